@@ -23,11 +23,13 @@ foreach(options tarn_options tarn_c_options)
   endif()
 endforeach()
 
-# tarn_test(NAME SOURCES a.cpp ... LIBS x ...): one GoogleTest program, each of its cases known to ctest.
+# tarn_test(NAME SOURCES a.cpp ... LIBS x ...): one GoogleTest program, each of its cases known to ctest. The prefix
+# tells the same case of several builds apart.
+set(TARN_TEST_PREFIX "" CACHE STRING "Put before every test's name")
 function(tarn_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE tarn_options ${ARG_LIBS} GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${TARN_TEST_PREFIX}" PROPERTIES TIMEOUT 300)
 endfunction()
