@@ -1,0 +1,36 @@
+// Trimming, squeezing, splitting and joining of byte strings. Blank means one of " \t\r\n"; the
+// locale plays no part.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Kiln {
+
+// Removes leading and trailing blanks in place.
+void strip(std::string& s);
+
+// Removes every blank in place; the pieces are joined with nothing between them.
+void collapse(std::string& s);
+
+// The fields of `s` between delimiters. A delimiter is any one character of `delims`, but the next
+// field starts strlen(delims) characters further on, at the end of `s` at the latest.
+//   max > 0:  at most `max` fields, the last one holding the uncut rest;
+//   max == 0: cut everywhere, trailing empty fields dropped (so "" has no field);
+//   max < 0:  cut everywhere, every field kept.
+// Empty fields in the middle are always kept.
+std::vector<std::string> split(const char* delims, const std::string& s, int max);
+
+// The strings of a range with `sep` between them.
+template <class It>
+std::string join(const char* sep, It first, It last) {
+    std::string joined;
+    for (It it = first; it != last; ++it) {
+        if (it != first)
+            joined += sep;
+        joined += *it;
+    }
+    return joined;
+}
+
+}  // namespace Kiln
