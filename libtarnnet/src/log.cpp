@@ -1,0 +1,58 @@
+#include "log.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdio.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* kLogPath = "/var/log/tarnnetcfg.log";
+constexpr mode_t kLogMode = 0666;  // narrowed by the umask
+constexpr size_t kMessageSize = 1024;
+constexpr size_t kStampSize = 3 * 21 + 1;  // three numbers with their tabs, and the newline
+
+void write_whole(int fd, const char* text, size_t length) {
+    while (length > 0) {
+        const ssize_t written = write(fd, text, length);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return;
+        }
+        text += written;
+        length -= static_cast<size_t>(written);
+    }
+}
+
+void append_line(const char* message) {
+    const int fd = open(kLogPath, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+    if (fd < 0) {
+        return;
+    }
+    char line[kStampSize + kMessageSize];
+    const int length =
+        snprintf(line, sizeof(line), "%ld\t%ld\t%ld\t%s\n", static_cast<long>(time(nullptr)),
+                 static_cast<long>(getpid()), static_cast<long>(getppid()), message);
+    if (length > 0) {
+        write_whole(fd, line, static_cast<size_t>(length));
+    }
+    close(fd);
+}
+
+}  // namespace
+
+void tarnnetlog(const char* format, ...) {
+    const int saved_errno = errno;
+    char message[kMessageSize] = "";
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(message, sizeof(message), format, arguments);
+    va_end(arguments);
+    append_line(message);
+    errno = saved_errno;
+}

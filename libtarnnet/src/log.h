@@ -1,0 +1,7 @@
+// The library's own log file. Every part of the library writes here; nothing is ever printed.
+#pragma once
+
+// Formats one message (cut to 1023 characters) and appends it to the log file as one line: seconds
+// since the epoch, process id, parent process id, message. The file is opened and closed for each
+// message; when it cannot be opened the message is dropped. errno is left as it was.
+void tarnnetlog(const char* format, ...) __attribute__((format(printf, 1, 2)));
