@@ -1,0 +1,35 @@
+# What is installed, and where. Three components, which the packages keep apart: program, library, development.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tarnhwcalc RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
+install(FILES doc/tarnhwcalc.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
+install(FILES completions/tarnhwcalc
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+
+set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
+install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
+install(DIRECTORY examples/ DESTINATION ${docdir}/examples COMPONENT program)
+
+install(TARGETS tarnnet_static tarnnet_shared EXPORT tarnnet
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES libtarnnet/include/tarnnet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES doc/tarnnet.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
+
+# find_package(tarnnet) gives tarnnet::tarnnet_shared and tarnnet::tarnnet_static.
+set(packagedir ${CMAKE_INSTALL_LIBDIR}/cmake/tarnnet)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
+  VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
+  DESTINATION ${packagedir} COMPONENT development)
+install(EXPORT tarnnet FILE tarnnet-config.cmake NAMESPACE tarnnet::
+  DESTINATION ${packagedir} COMPONENT development)
+
+# The prefix in tarnnet.pc is given from the file's own place, so that an installed tree may be moved.
+file(RELATIVE_PATH TARNNET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" TARNNET_PC_PREFIX "${TARNNET_PC_PREFIX}")
+configure_file(cmake/tarnnet.pc.in ${CMAKE_BINARY_DIR}/tarnnet.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/tarnnet.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
