@@ -32,10 +32,11 @@ struct NSAttrs {
 
 // One network interface as the calculator keeps it.
 struct NetIface {
-    std::uint32_t if_type = 0;              // one kind bit of libtarnnet (IFT_GENERIC and so on)
+    std::uint32_t if_type = 0;  // one kind bit of libtarnnet (IFT_GENERIC and so on)
     std::string ifname;
-    std::vector<std::string> ip_addresses;  // without prefix lengths; "127.0.0.1" is never among them
-    bool dhcp = false;                      // the first configured address is exactly "dhcp"
+    std::vector<std::string>
+        ip_addresses;   // without prefix lengths; "127.0.0.1" is never among them
+    bool dhcp = false;  // the first configured address is exactly "dhcp"
 };
 
 // The interfaces in the library's order.

@@ -1,6 +1,6 @@
 // TarnHWCalc: the calculator. It holds the settings of a run and its last error text, and owns the
-// steps of the calculation as members. The sampling steps are defined in calc/, the one-shot readings
-// of the host in inspect/.
+// steps of the calculation as members. The sampling steps are defined in calc/, the one-shot
+// readings of the host in inspect/.
 #pragma once
 
 #include <cstdint>
@@ -69,8 +69,8 @@ public:
     // Raises `counter` to `value` if it is lower; signed comparison.
     static void set_max(std::int32_t& counter, std::int32_t value);
 
-    // `value` truncated toward zero, kept within 32 signed bits: 2147483647 from 2^31 up, -2147483648
-    // for a NaN or anything too low. The name is not used: nothing is reported.
+    // `value` truncated toward zero, kept within 32 signed bits: 2147483647 from 2^31 up,
+    // -2147483648 for a NaN or anything too low. The name is not used: nothing is reported.
     static int check_overflow_parameter(const char* name, float value);
 
     // Formats the error text (cut to the buffer) and returns the code. Writes to no stream.

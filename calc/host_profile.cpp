@@ -1,0 +1,37 @@
+#include "calc/host_profile.h"
+
+namespace {
+
+constexpr std::uint32_t ETHERNET_KIND = 2;  // libtarnnet's IFT_ETHERNET
+
+}  // namespace
+
+std::string NetIfaceList::get_ip() const {
+    std::string text;
+    for (const NetIface& iface : *this) {
+        for (const std::string& address : iface.ip_addresses) {
+            text.append(address).append(" ");
+        }
+    }
+    return text;
+}
+
+std::string NetIfaceList::get_netif() const {
+    std::string text;
+    for (std::size_t i = 0; i < size(); ++i) {
+        const NetIface& iface = (*this)[i];
+        if (iface.if_type != ETHERNET_KIND) {
+            continue;
+        }
+        // The separator goes by the place in the whole list, on purpose: the text begins with ";"
+        // when the first interface is of another kind.
+        if (i != 0) {
+            text.append(";");
+        }
+        text.append("ifname=").append(iface.ifname);
+        if (iface.dhcp) {
+            text.append(",dhcp=yes");
+        }
+    }
+    return text;
+}

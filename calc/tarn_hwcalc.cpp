@@ -1,0 +1,92 @@
+#include "calc/tarn_hwcalc.h"
+
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "calc/container_config.h"
+#include "kiln/numbers.h"
+#include "kiln/strings.h"
+
+namespace {
+
+// Stores the host name; a name that cannot be read leaves the field as it is.
+void read_host_name(std::string& hostname) {
+    char buffer[1024] = "";
+    if (gethostname(buffer, sizeof(buffer)) == 0) {
+        buffer[sizeof(buffer) - 1] = '\0';
+        hostname = buffer;
+    }
+}
+
+}  // namespace
+
+int TarnHWCalc::calcPhysParams(PhysParams* params) {
+    Warnings& warnings = params->notes.warnings;
+
+    int code = calcProcParams(params);
+    if (code == 0) {
+        code = calcQuotaUGIDLimit(params);
+    }
+    if (code == 0) {
+        code = getNetIfaces(warnings, params->ifaces);
+    }
+    if (code != 0) {
+        return code;
+    }
+    // From here on nothing can fail: what goes wrong becomes a warning.
+    params->distribution = getDistribution(warnings);
+    read_host_name(params->hostname);
+    params->ns_attrs = getNSAttrs(warnings);
+    params->notes.excludes = calcExcludes(params, warnings);
+    return 0;
+}
+
+int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {
+    add_container_config(params, mem_scale, disk_scale, config);
+    return 0;
+}
+
+void TarnHWCalc::printPhysParams(const PhysParams& params) const {
+    const auto joined = [](const std::vector<std::string>& list) {
+        return Kiln::join(" ", list.begin(), list.end());
+    };
+    const auto count = [](const char* name, std::int32_t value) {
+        std::printf("%s: %u\n", name, static_cast<unsigned>(value));
+    };
+    count("numproc", params.numproc);
+    count("numtcpsock", params.numtcpsock);
+    count("numothersock", params.numothersock);
+    count("numfile", params.numfile);
+    count("privvmpages", params.privvmpages);
+    count("lockedpages", params.lockedpages);
+    count("shmpages", params.shmpages);
+    count("numflock", params.numflock);
+    count("numiptent", params.numiptent);
+    count("diskspace", params.diskspace);
+    count("diskinodes", params.diskinodes);
+    count("quotaugidlimit", params.quotaugidlimit);
+    std::printf("distribution: %s\nhostname: %s\nnameservers: %s\nsearch_domains: %s\n",
+                params.distribution.c_str(), params.hostname.c_str(),
+                joined(params.ns_attrs.nameservers).c_str(),
+                joined(params.ns_attrs.search_domains).c_str());
+}
+
+void TarnHWCalc::set_max(std::int32_t& counter, std::int32_t value) {
+    if (counter < value) {
+        counter = value;
+    }
+}
+
+int TarnHWCalc::check_overflow_parameter(const char* /*name*/, float value) {
+    return Kiln::truncate_to_int32(value);
+}
+
+int TarnHWCalc::setError(ec_t code, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(error_text, sizeof(error_text), format, args);
+    va_end(args);
+    return code;
+}

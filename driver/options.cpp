@@ -1,0 +1,143 @@
+#include "driver/options.h"
+
+#include <getopt.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "driver/time_span.h"
+
+namespace {
+
+constexpr const char* VERSION = "1.0";
+
+// What parse_args returns.
+constexpr int GO_ON = 0;
+constexpr int NOTHING_TO_DO = 1;
+constexpr int USAGE_ERROR = -1;
+
+// The two scale options have no short form.
+constexpr int MEM_SCALE = 'M';
+constexpr int DISK_SCALE = 'D';
+
+constexpr const char* SHORT_OPTIONS = "?ht:p:d:vo:";
+
+const option LONG_OPTIONS[] = {
+    {"help", no_argument, nullptr, 'h'},
+    {"scan-time", required_argument, nullptr, 't'},
+    {"scan-period", required_argument, nullptr, 'p'},
+    {"mem-scale", required_argument, nullptr, MEM_SCALE},
+    {"disk-scale", required_argument, nullptr, DISK_SCALE},
+    {"dist-detect", required_argument, nullptr, 'd'},
+    {"version", no_argument, nullptr, 'v'},
+    {"out", required_argument, nullptr, 'o'},
+    {nullptr, 0, nullptr, 0},
+};
+
+int set_span(const char* name, const char* arg, int* seconds) {
+    if (parse_time(arg, seconds) == 0) {
+        return GO_ON;
+    }
+    std::fprintf(stderr, "Bad time spec specified for --%s: %s\n", name, arg);
+    return USAGE_ERROR;
+}
+
+// The value is stored before it is checked, and a NaN passes the check.
+int set_scale(const char* name, const char* arg, float* scale) {
+    char* end = nullptr;
+    *scale = std::strtof(arg, &end);
+    if (*end != '\0') {
+        std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
+        return USAGE_ERROR;
+    }
+    if (0 >= *scale) {
+        std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
+        return USAGE_ERROR;
+    }
+    return GO_ON;
+}
+
+int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* calc,
+                 std::string& out_path) {
+    switch (code) {
+        case 't':
+            return set_span("scan-time", arg, &calc->scan_time);
+        case 'p':
+            return set_span("scan-period", arg, &calc->scan_period);
+        case MEM_SCALE:
+            return set_scale("mem-scale", arg, &calc->mem_scale);
+        case DISK_SCALE:
+            return set_scale("disk-scale", arg, &calc->disk_scale);
+        case 'd':
+            return GO_ON;  // accepted and ignored: detection keeps its default script
+        case 'v':
+            print_version();
+            return NOTHING_TO_DO;
+        case 'o':
+            out_path = arg;
+            return GO_ON;
+        default:
+            // Help, but also an unknown option or a missing argument: the status is lenient.
+            print_usage(progname);
+            return NOTHING_TO_DO;
+    }
+}
+
+// The checks that need the whole command line.
+int check_settings(const TarnHWCalc& calc) {
+    if (calc.scan_period == 0 && calc.scan_time > 0) {
+        std::fputs("--scan-period is 0 while --scan-time is not\n", stderr);
+        return USAGE_ERROR;
+    }
+    // Not alike, on purpose: 0 is refused for the memory scale alone.
+    if (0 >= calc.mem_scale || 0 > calc.disk_scale) {
+        std::fputs("--mem-scale and --disk-scale must be positive\n", stderr);
+        return USAGE_ERROR;
+    }
+    return GO_ON;
+}
+
+}  // namespace
+
+int parse_args(int argc, char** argv, TarnHWCalc* calc, std::string& out_path) {
+    const char* progname = argc > 0 ? argv[0] : "tarnhwcalc";
+    optind = 0;  // a fresh start for every command line, not only the first
+    for (;;) {
+        const int code = getopt_long(argc, argv, SHORT_OPTIONS, LONG_OPTIONS, nullptr);
+        if (code == -1) {
+            break;
+        }
+        const int result = apply_option(code, optarg, progname, calc, out_path);
+        if (result != GO_ON) {
+            return result;
+        }
+    }
+    if (optind != argc) {
+        std::fputs("No extra arguments allowed\n", stderr);
+        print_usage(progname);
+        return USAGE_ERROR;
+    }
+    return check_settings(*calc);
+}
+
+// The spelling and the default file name are the text's own.
+void print_usage(const char* progname) {
+    std::fprintf(stderr,
+                 "\nUsage: %s [options]\n\n"
+                 "    -h | -?, --help     print this text\n"
+                 "    -v, --version       print version\n"
+                 "    -o, --out           resulting VPS config file path\n"
+                 "                        'vps.conf' by default\n"
+                 "    -t, --scan-time     how long to scan for parameters\n"
+                 "                        ([DDd][HHh][MMm][SSs], e.g. 1h30m)\n"
+                 "    -p, --scan-period   time interval between scans\n"
+                 "                        ([DDd] [HHh] [MMm] [SSs])\n"
+                 "    --mem-scale         memory consumption enlagement factor\n"
+                 "    --disk-scale        disk consumption enlagement factor\n"
+                 "    -d, --dist-detect   path to distribution detection script\n",
+                 progname);
+}
+
+void print_version() {
+    std::printf("Corvane hardware configuration calculator v. %s\n", VERSION);
+}

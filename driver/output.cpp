@@ -1,0 +1,67 @@
+#include "driver/output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "kiln/files.h"
+#include "kiln/log.h"
+
+namespace {
+
+constexpr unsigned CONFIG_FILE_MODE = 0600;
+
+int open_for_writing(const char* path, int flags, unsigned mode) {
+    int fd = -1;
+    do {
+        fd = open(path, flags | O_WRONLY | O_TRUNC, mode);
+    } while (fd == -1 && errno == EINTR);
+    return fd;
+}
+
+// The descriptor is written to directly: a stream would lose text to an interrupted write.
+void write_standard_output(const std::string& text) {
+    std::fflush(stdout);
+    if (Kiln::write_all(STDOUT_FILENO, text.data(), text.size()) != 0) {
+        err(-1, errno, "unable to write to standard output");
+    }
+}
+
+}  // namespace
+
+int str2file(const char* path, const char* text, int flags, unsigned mode) {
+    const int fd = open_for_writing(path, flags, mode);
+    if (fd == -1) {
+        return err(-1, errno, "unable to open %s", path);
+    }
+    const std::size_t unwritten = Kiln::write_all(fd, text, std::strlen(text));
+    const int write_errno = errno;
+    close(fd);
+    if (unwritten != 0) {
+        return err(-1, write_errno, "unable to write %d bystes to the %s",
+                   static_cast<int>(unwritten), path);
+    }
+    return 0;
+}
+
+int write_configuration(const std::string& path, const std::string& text) {
+    if (path.empty()) {
+        write_standard_output(text);
+        return 0;
+    }
+    return str2file(path.c_str(), text.c_str(), O_CREAT, CONFIG_FILE_MODE);
+}
+
+void list_notes(const TarnACalculateHWNodeNotes& notes) {
+    std::string text;
+    for (const TarnACalculateHWNodeWarning& warning : notes.warnings) {
+        text.append(warning.message).append("\n");
+    }
+    for (const TarnAExcludePath& exclude : notes.excludes) {
+        text.append(exclude.path).append("\n");
+    }
+    Kiln::write_all(STDERR_FILENO, text.data(), text.size());
+}

@@ -1,0 +1,92 @@
+#include "driver/progress_line.h"
+
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+
+#include "kiln/files.h"
+
+namespace {
+
+constexpr int DEFAULT_COLUMNS = 80;
+constexpr int MIN_BAR_WIDTH = 6;
+constexpr int MAX_BAR_WIDTH = 30;
+
+int columns_of(int fd) {
+    winsize size{};
+    if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+    return DEFAULT_COLUMNS;
+}
+
+// 90 is "1:30", 3690 is "1:01:30".
+std::string clock_text(std::int64_t seconds) {
+    char text[48];
+    const std::int64_t hours = seconds / 3600;
+    const auto minutes = static_cast<int>(seconds / 60 % 60);
+    const auto rest = static_cast<int>(seconds % 60);
+    if (hours > 0) {
+        std::snprintf(text, sizeof(text), "%" PRId64 ":%02d:%02d", hours, minutes, rest);
+    } else {
+        std::snprintf(text, sizeof(text), "%d:%02d", minutes, rest);
+    }
+    return text;
+}
+
+std::string bar(std::int64_t part, std::int64_t whole, int width) {
+    const auto filled = static_cast<std::size_t>(whole > 0 ? part * width / whole : width);
+    const auto total = static_cast<std::size_t>(width);
+    return "[" + std::string(filled, '#') + std::string(total - filled, '.') + "] ";
+}
+
+}  // namespace
+
+std::string format_progress(const ScanProgress& progress, int columns) {
+    const std::int64_t total = std::max<std::int64_t>(progress.total_seconds, 0);
+    const std::int64_t elapsed =
+        std::min(std::max<std::int64_t>(progress.elapsed_seconds, 0), total);
+    const int room = std::max(columns - 1, 0);  // a full line would wrap on some terminals
+
+    const std::string times = clock_text(elapsed) + "/" + clock_text(total);
+    const std::string passes = " passes " + std::to_string(progress.passes_done);
+    const std::string next = progress.next_pass_seconds > 0
+                                 ? " next " + clock_text(progress.next_pass_seconds)
+                                 : std::string(" measuring");
+
+    std::string text = times;
+    for (const std::string& part : {passes, next}) {
+        if (static_cast<int>(text.size() + part.size()) <= room) {
+            text += part;
+        }
+    }
+    const int left = room - static_cast<int>(text.size()) - 3;  // the brackets and a blank
+    if (left >= MIN_BAR_WIDTH) {
+        text.insert(0, bar(elapsed, total, std::min(left, MAX_BAR_WIDTH)));
+    }
+    return text.substr(0, static_cast<std::size_t>(room));
+}
+
+void ProgressLine::progress(const ScanProgress& progress) {
+    const std::string line = format_progress(progress, columns_of(fd_));
+    std::string text = "\r" + line;
+    if (line.size() < shown_) {
+        text.append(shown_ - line.size(), ' ').append("\r" + line);
+    }
+    shown_ = line.size();
+    write(text);
+}
+
+void ProgressLine::finished() {
+    if (shown_ > 0) {
+        write("\r" + std::string(shown_, ' ') + "\r");
+        shown_ = 0;
+    }
+}
+
+// A terminal that cannot be written to must not disturb the scan.
+void ProgressLine::write(const std::string& text) const {
+    static_cast<void>(Kiln::write_all(fd_, text.data(), text.size()));
+}
