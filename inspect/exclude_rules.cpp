@@ -1,0 +1,129 @@
+#include "inspect/exclude_rules.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <initializer_list>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+bool is_one_of(std::string_view word, std::initializer_list<std::string_view> words) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+// Plain substring tests on purpose: "noloop" counts as a loop mount and "fuseblk" as fuse.
+bool is_detached(const MountEntry& entry) {
+    return contains(entry.device, "/fd") || contains(entry.device, "/loop") ||
+           contains(entry.options, "loop") || contains(entry.options, "bind") ||
+           contains(entry.options, "removable_t");
+}
+
+// The first rule that applies decides; nothing for a local disk.
+std::optional<MntFlags> classify(const MountEntry& entry, const FsTypeTable& types) {
+    const std::string& type = entry.type;
+    if (is_one_of(type, {"rootfs", "devfs", "tarnfs"})) {
+        return std::nullopt;
+    }
+    if (is_one_of(type, {"smbfs", "usbfs", "iso9660", "nfs"})) {
+        return MntFlags(true, true);
+    }
+    if (is_one_of(type, {"auto", "autofs", "subfs"}) || contains(type, "fuse")) {
+        return MntFlags(true, false);
+    }
+    if (is_detached(entry)) {
+        return MntFlags(true, true);
+    }
+    const auto known = types.find(type);
+    if (known != types.end() && known->second) {
+        return MntFlags(false, true);
+    }
+    return std::nullopt;
+}
+
+// Only mounts of kernel file systems hide what lies below them; a mount excluded whole survives
+// exactly two levels (ancestor/x/y) below such a one. Both are meant.
+bool covers(const MntFlags& ancestor, const MntFlags& flags, std::string_view below) {
+    if (ancestor.flag) {
+        return false;
+    }
+    const bool two_below = std::count(below.begin(), below.end(), '/') == 2;
+    return !ancestor.contents_only || flags.contents_only || !two_below;
+}
+
+std::size_t common_length(std::string_view a, std::string_view b) {
+    const std::size_t limit = std::min(a.size(), b.size());
+    const auto end = a.begin() + static_cast<std::ptrdiff_t>(limit);
+    return static_cast<std::size_t>(std::mismatch(a.begin(), end, b.begin()).first - a.begin());
+}
+
+// Whether a proper ancestor of `path` in the table covers it, the shortest ancestor first (that of
+// an absolute path is the empty text). Prefixes that cannot be in the table, because its next key
+// lies behind them, are skipped: a deep path costs a look-up for each neighbour it meets, not for
+// each level.
+bool is_covered(const ExcludeTable& table, std::string_view path, const MntFlags& flags) {
+    std::size_t slash = path.find('/');
+    while (slash != std::string_view::npos) {
+        const auto next = table.lower_bound(path.substr(0, slash));
+        if (next == table.end()) {
+            return false;
+        }
+        const std::string_view key = next->first;
+        const std::size_t common = common_length(key, path);
+        if (common == key.size() && common == slash) {
+            if (covers(next->second, flags, path.substr(slash))) {
+                return true;
+            }
+            slash = path.find('/', slash + 1);
+        } else if (common == path.size() ||
+                   (common < key.size() && path.substr(common) < key.substr(common))) {
+            return false;
+        } else {
+            slash = path.find('/', std::max(common, slash + 1));
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void note_mount(const MountEntry& entry, const FsTypeTable& types, MountFindings& findings) {
+    if (entry.type == "nfs") {
+        findings.nfs_found = true;
+    }
+    if (entry.type == "reiserfs") {
+        findings.reiserfs_found = true;
+    }
+    if (const std::optional<MntFlags> flags = classify(entry, types)) {
+        findings.candidates[entry.mount_point] = *flags;
+    }
+}
+
+void add_exclude_dir(ExcludeTable& table, const std::string& path, const MntFlags& flags) {
+    std::string_view bare = path;
+    while (bare.size() > 1 && bare.back() == '/') {
+        bare.remove_suffix(1);
+    }
+    if (bare == "/" || !contains(bare, "/")) {
+        return;
+    }
+    const auto root = table.find(std::string_view("/"));
+    if (root != table.end() && !root->second.flag) {
+        return;
+    }
+    if (!is_covered(table, bare, flags)) {
+        table.insert_or_assign(std::string(bare), flags);
+    }
+}
+
+ExcludeTable refactor_excludes(const ExcludeTable& candidates) {
+    ExcludeTable reduced;
+    for (const auto& [path, flags] : candidates) {
+        add_exclude_dir(reduced, path, flags);
+    }
+    return reduced;
+}
