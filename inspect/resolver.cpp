@@ -1,0 +1,53 @@
+#include "inspect/resolver.h"
+
+#include <cstddef>
+#include <vector>
+
+#include "calc/tarn_hwcalc.h"
+#include "kiln/files.h"
+#include "kiln/strings.h"
+
+namespace {
+
+constexpr const char* blanks = " \t";
+constexpr std::size_t npos = std::string::npos;
+
+void append_words(const std::string& text, std::vector<std::string>& words) {
+    std::size_t begin = text.find_first_not_of(blanks);
+    while (begin != npos) {
+        const std::size_t end = text.find_first_of(blanks, begin);
+        words.push_back(text.substr(begin, end - begin));
+        begin = text.find_first_not_of(blanks, end);
+    }
+}
+
+}  // namespace
+
+// Lines read "nameserver 10.0.0.1" and "search a.example b.example".
+NSAttrs parse_resolver(const std::string& text) {
+    NSAttrs attrs;
+    for (std::string line : Kiln::split("\n", text, 0)) {
+        Kiln::strip(line);
+        const std::size_t keyword_end = line.find_first_of(blanks);
+        if (keyword_end == npos) {
+            continue;
+        }
+        const std::string keyword = line.substr(0, keyword_end);
+        std::string rest = line.substr(keyword_end);
+        if (keyword == "nameserver") {
+            Kiln::collapse(rest);  // words behind the address are glued to it, as required
+            attrs.nameservers.push_back(rest);
+        } else if (keyword == "search") {
+            append_words(rest, attrs.search_domains);
+        }
+    }
+    return attrs;
+}
+
+TarnHWCalc::NSAttrs TarnHWCalc::getNSAttrs(Warnings& /*warnings*/) const {
+    std::string text;
+    if (Kiln::get_file("/etc/resolv.conf", text) != 0) {
+        return {};
+    }
+    return parse_resolver(text);
+}
