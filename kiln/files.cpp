@@ -1,0 +1,81 @@
+#include "kiln/files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace Kiln {
+
+namespace {
+
+constexpr std::size_t piece_size = 65536;
+
+int open_for_reading(const char* path) {
+    int fd = -1;
+    do {
+        fd = open(path, O_RDONLY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+// Appends everything up to the end of the file. The size that the file system reports is not asked
+// for: under /proc it is 0.
+int append_rest(int fd, std::string& out) {
+    char piece[piece_size];
+    for (;;) {
+        const ssize_t count = read(fd, piece, sizeof piece);
+        if (count == 0)
+            return 0;
+        if (count > 0)
+            out.append(piece, static_cast<std::size_t>(count));
+        else if (errno != EINTR)
+            return errno;
+    }
+}
+
+// Closes the descriptor also when appending runs out of memory.
+struct Descriptor {
+    explicit Descriptor(int descriptor) : fd(descriptor) {}
+    ~Descriptor() { close(fd); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    const int fd;
+};
+
+}  // namespace
+
+int get_file(const std::string& path, std::string& out) {
+    const int fd = open_for_reading(path.c_str());
+    if (fd < 0)
+        return errno;
+    const Descriptor owner(fd);
+    out.clear();
+    return append_rest(fd, out);
+}
+
+int setFDNonblock(int fd) {
+    const int flags = fcntl(fd, F_GETFL);
+    if (flags == -1)
+        return -1;
+    return fcntl(fd, F_SETFL, flags | O_NONBLOCK);
+}
+
+std::size_t write_all(int fd, const char* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t count = write(fd, data, size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            if (count == 0)
+                errno = EIO;  // a device that takes nothing would keep us here for ever
+            return size;
+        }
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return 0;
+}
+
+}  // namespace Kiln

