@@ -1,0 +1,151 @@
+#include "conf_file.h"
+
+#include <errno.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include "conf_lists.h"
+#include "netinfo/kind_sources.h"
+#include "netinfo/records.h"
+#include "state.h"
+#include "text.h"
+
+namespace {
+
+constexpr const char* kConfPath = "/etc/tarn/tarnnet.conf";
+constexpr size_t kConfLineSize = 256;  // a longer line continues as the next one
+
+struct conf_prefix {
+    const char* text;
+    enum conf_key key;
+};
+
+constexpr conf_prefix kPrefixes[] = {
+    {"VNID_", CONF_NETWORK},
+    {"IFLST_", CONF_INTERFACES},
+    {"VLAN_", CONF_VLANS},
+    {"ADDR_", CONF_ADDRESSES},
+};
+
+const conf_prefix* prefix_of(const char* line) {
+    for (const conf_prefix& prefix : kPrefixes) {
+        if (has_prefix(line, prefix.text)) {
+            return &prefix;
+        }
+    }
+    return nullptr;
+}
+
+// The first interface of a network is its master, the others are its slaves.
+void join_network(struct network* net, const char* ifname) {
+    if (net->master[0] == '\0') {
+        copy_cut(net->master, sizeof(net->master), ifname);
+    } else {
+        add_slave_iface(net, ifname);
+    }
+}
+
+void take_interfaces(const char* bridge, char* words) {
+    struct network* net = find_network_by_br(bridge);
+    if (net == nullptr) {
+        return;
+    }
+    while (const char* word = strsep(&words, " ")) {
+        if (*word != '\0') {
+            join_network(net, word);
+        }
+    }
+}
+
+void take_vlans(const char* device, char* words) {
+    while (const char* word = strsep(&words, " ")) {
+        if (*word != '\0') {
+            add_vlan(device, static_cast<uint32_t>(strtoul(word, nullptr, 10)));
+        }
+    }
+}
+
+// Empty words count here: an empty value makes the interface's record too, without an address.
+void take_addresses(const char* ifname, char* words) {
+    while (const char* word = strsep(&words, " ")) {
+        add_iface_addr(ifname, word);
+        update_tarnnetif_info(ifname, 0, IFU_CONF_ADDRESSES, text_value(word));
+    }
+}
+
+void take_line(const struct conf_line* line) {
+    switch (line->key) {
+        case CONF_NETWORK:
+            add_network(line->value, line->name);
+            break;
+        case CONF_INTERFACES:
+            take_interfaces(line->name, line->value);
+            break;
+        case CONF_VLANS:
+            take_vlans(line->name, line->value);
+            break;
+        case CONF_ADDRESSES:
+            take_addresses(line->name, line->value);
+            break;
+        case CONF_NONE:
+            break;
+    }
+}
+
+int read_conf_file() {
+    FILE* file = open_text_file(kConfPath);
+    if (file == nullptr) {
+        return 1;
+    }
+    char text[kConfLineSize];
+    while (fgets(text, sizeof(text), file) != nullptr) {
+        const struct conf_line line = parse_conf_line(text);
+        take_line(&line);
+    }
+    fclose(file);
+    return 0;
+}
+
+}  // namespace
+
+// VNID_br0="net1"
+struct conf_line parse_conf_line(char* line) {
+    struct conf_line parsed = {CONF_NONE, nullptr, nullptr};
+    const conf_prefix* prefix = prefix_of(line);
+    if (prefix == nullptr) {
+        return parsed;
+    }
+    char* name = line + strlen(prefix->text);
+    char* equals = strchr(name, '=');
+    if (equals == nullptr || equals[1] != '"') {
+        return parsed;
+    }
+    char* value = equals + 2;
+    char* closing = strchr(value, '"');
+    if (closing == nullptr) {
+        return parsed;
+    }
+    *equals = '\0';
+    *closing = '\0';
+    parsed = {prefix->key, name, value};
+    return parsed;
+}
+
+int read_tarnnetconf(int force) {
+    flush_networks();
+    flush_vlans();
+    flush_iface_addrs();
+    read_vlan_config(0);
+
+    struct stat status;
+    if (stat(kConfPath, &status) < 0) {
+        return errno == ENOENT ? 0 : 1;
+    }
+    if (!force && status.st_mtime == libtarnnet_state.conf_time) {
+        return 0;
+    }
+    return read_conf_file();
+}

@@ -1,0 +1,26 @@
+// The library's own configuration file, "/etc/tarn/tarnnet.conf".
+#pragma once
+
+// What a line of the file sets.
+enum conf_key {
+    CONF_NONE,        // nothing: a comment, an unknown or a malformed line
+    CONF_NETWORK,     // VNID_<bridge>="<network id>"
+    CONF_INTERFACES,  // IFLST_<bridge>="<interface> ..."
+    CONF_VLANS,       // VLAN_<device>="<VLAN id> ..."
+    CONF_ADDRESSES,   // ADDR_<interface>="<address> ..."
+};
+
+struct conf_line {
+    enum conf_key key;
+    char* name;   // the key without its prefix
+    char* value;  // what the quotes enclose
+};
+
+// Takes one line apart, in place: name and value point into `line`.
+struct conf_line parse_conf_line(char* line);
+
+// Reads the file into the configured lists, which are emptied first, and gives the host's records
+// their configured addresses; the VLAN naming style is read anew as well. 0, also when there is no
+// file; 1 when it cannot be examined or opened. Unless `force`, a file that is not newer than the
+// last one the library wrote itself is not read. The caller holds the library lock.
+int read_tarnnetconf(int force);
