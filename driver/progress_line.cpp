@@ -11,7 +11,8 @@
 namespace {
 
 constexpr int DEFAULT_COLUMNS = 80;
-constexpr int MIN_BAR_WIDTH = 6;
+constexpr int BAR_FRAME = 3;  // brackets and a blank
+constexpr int MIN_BAR_WIDTH = 5;
 constexpr int MAX_BAR_WIDTH = 30;
 
 int columns_of(int fd) {
@@ -42,6 +43,25 @@ std::string bar(std::int64_t part, std::int64_t whole, int width) {
     return "[" + std::string(filled, '#') + std::string(total - filled, '.') + "] ";
 }
 
+// What stands before the numbers, for wide and for narrow terminals.
+struct Labels {
+    const char* passes;
+    const char* next;
+    const char* measuring;
+};
+
+constexpr Labels LONG_LABELS = {" passes ", " next ", " measuring"};
+constexpr Labels SHORT_LABELS = {" #", " +", " ..."};
+
+std::string numbers_text(const ScanProgress& progress, const std::string& times,
+                         const Labels& labels) {
+    std::string text = times + labels.passes + std::to_string(progress.passes_done);
+    if (progress.next_pass_seconds > 0) {
+        return text + labels.next + clock_text(progress.next_pass_seconds);
+    }
+    return text + labels.measuring;
+}
+
 }  // namespace
 
 std::string format_progress(const ScanProgress& progress, int columns) {
@@ -51,20 +71,13 @@ std::string format_progress(const ScanProgress& progress, int columns) {
     const int room = std::max(columns - 1, 0);  // a full line would wrap on some terminals
 
     const std::string times = clock_text(elapsed) + "/" + clock_text(total);
-    const std::string passes = " passes " + std::to_string(progress.passes_done);
-    const std::string next = progress.next_pass_seconds > 0
-                                 ? " next " + clock_text(progress.next_pass_seconds)
-                                 : std::string(" measuring");
-
-    std::string text = times;
-    for (const std::string& part : {passes, next}) {
-        if (static_cast<int>(text.size() + part.size()) <= room) {
-            text += part;
+    std::string text;
+    for (const Labels& labels : {LONG_LABELS, SHORT_LABELS}) {
+        text = numbers_text(progress, times, labels);
+        const int left = room - static_cast<int>(text.size()) - BAR_FRAME;
+        if (left >= MIN_BAR_WIDTH) {
+            return bar(elapsed, total, std::min(left, MAX_BAR_WIDTH)) + text;
         }
-    }
-    const int left = room - static_cast<int>(text.size()) - 3;  // the brackets and a blank
-    if (left >= MIN_BAR_WIDTH) {
-        text.insert(0, bar(elapsed, total, std::min(left, MAX_BAR_WIDTH)));
     }
     return text.substr(0, static_cast<std::size_t>(room));
 }

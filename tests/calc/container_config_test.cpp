@@ -1,0 +1,200 @@
+// The computation of the configuration, against numbers worked out with exact rational arithmetic.
+#include "calc/container_config.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <vector>
+
+#include "calc/tarn_hwcalc.h"
+
+namespace {
+
+std::string configuration(const PhysParams& profile, float mem_scale, float disk_scale) {
+    TarnHWCalc calc;
+    calc.mem_scale = mem_scale;
+    calc.disk_scale = disk_scale;
+    EnvConfig config;
+    EXPECT_EQ(calc.calcVPSConf(profile, config), 0);
+    return config.text();
+}
+
+// The values by name.
+std::map<std::string, std::string> values(const std::string& text) {
+    std::map<std::string, std::string> result;
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = text.find('\n', start)) != std::string::npos;
+         start = end + 1) {
+        const std::string line = text.substr(start, end - start);
+        const std::size_t equals = line.find("=\"");
+        result[line.substr(0, equals)] = line.substr(equals + 2, line.size() - equals - 3);
+    }
+    return result;
+}
+
+void expect_values(const std::string& text, const std::map<std::string, std::string>& expected) {
+    auto found = values(text);
+    for (const auto& [name, value] : expected) {
+        EXPECT_EQ(found[name], value) << name;
+    }
+}
+
+PhysParams measured_host() {
+    PhysParams p;
+    p.numproc = 120;
+    p.avnumproc = 110.5F;
+    p.numtcpsock = 40;
+    p.numothersock = 300;
+    p.numfile = 2500;
+    p.numpty = 255;
+    p.privvmpages = 150000;
+    p.shmpages = 500;
+    p.numflock = 20;
+    p.numiptent = 30;
+    p.diskspace = 5000000;
+    p.diskinodes = 200000;
+    return p;
+}
+
+TEST(ContainerConfig, AMeasuredHostLineForLine) {
+    PhysParams profile = measured_host();
+    profile.distribution = "debian";
+    profile.hostname = "db1";
+    profile.ifaces.push_back({2, "eth0", {"10.0.0.5", "10.0.0.6"}, false});
+    profile.ns_attrs.search_domains = {"a.example", "b.example"};
+    profile.ns_attrs.nameservers = {"10.0.0.1", "10.0.0.2"};
+    profile.nfs_used = true;
+    EXPECT_EQ(configuration(profile, 1.2F, 1.5F),
+              "NUMPROC=\"288:288\"\n"
+              "AVNUMPROC=\"180:180\"\n"
+              "NUMTCPSOCK=\"432:432\"\n"
+              "NUMOTHERSOCK=\"432:432\"\n"
+              "NUMPTY=\"255:255\"\n"
+              "NUMFILE=\"11174:11174\"\n"
+              "DCACHESIZE=\"4719897:4719897\"\n"
+              "KMEMSIZE=\"22414616:22414616\"\n"
+              "TCPSNDBUF=\"27205632:28311552\"\n"
+              "TCPRCVBUF=\"27205632:28311552\"\n"
+              "OTHERSOCKBUF=\"27205632:28311552\"\n"
+              "DGRAMRCVBUF=\"262144:262144\"\n"
+              "PRIVVMPAGES=\"180000:198000\"\n"
+              "VMGUARPAGES=\"180000:2147483647\"\n"
+              "OOMGUARPAGES=\"180000:2147483647\"\n"
+              "LOCKEDPAGES=\"307:307\"\n"
+              "SHMPAGES=\"25804:25804\"\n"
+              "PHYSPAGES=\"0:9223372036854775807\"\n"
+              "NUMFLOCK=\"225:247\"\n"
+              "NUMSIGINFO=\"256:256\"\n"
+              "NUMIPTENT=\"153:153\"\n"
+              "DISKSPACE=\"7500000:8250000\"\n"
+              "DISKINODES=\"300000:330000\"\n"
+              "CPUUNITS=\"1000\"\n"
+              "QUOTATIME=\"0\"\n"
+              "QUOTAUGIDLIMIT=\"0\"\n"
+              "SLMMEMORYLIMIT=\"1103852288:1103852288\"\n"
+              "SLMMODE=\"all\"\n"
+              "DISTRIBUTION=\"debian\"\n"
+              "HOSTNAME=\"db1\"\n"
+              "#IP_ADDRESS=\"10.0.0.5 10.0.0.6 \"\n"
+              "SEARCHDOMAIN=\"a.example b.example\"\n"
+              "NAMESERVER=\"10.0.0.1 10.0.0.2\"\n"
+              "FEATURES=\"nfs:on\"\n");
+    EXPECT_EQ(profile.dcachesize, 0) << "the caller's profile keeps what was measured";
+    EXPECT_EQ(profile.numproc, 120);
+}
+
+TEST(ContainerConfig, AnIdleHostGetsTheFloorsAndNoEmptyLines) {
+    PhysParams profile;
+    profile.ns_attrs.nameservers = {""};
+    const std::string text = configuration(profile, 1.2F, 1.5F);
+    expect_values(text, {{"NUMPROC", "288:288"},
+                         {"AVNUMPROC", "180:180"},
+                         {"NUMPTY", "255:255"},
+                         {"NUMFILE", "11174:11174"},
+                         {"PRIVVMPAGES", "65536:72089"},
+                         {"LOCKEDPAGES", "307:307"},
+                         {"DISKSPACE", "0:0"},
+                         {"SLMMEMORYLIMIT", "484974560:484974560"}});
+    EXPECT_EQ(values(text).size(), 28U);
+    EXPECT_EQ(text.substr(text.size() - 14), "SLMMODE=\"all\"\n");
+}
+
+// Shifts of the socket counts, the dentry product and the quota count wrap; counts beyond 2^31 are
+// clamped; negative numbers have twenty digits.
+TEST(ContainerConfig, ABusyHostWrapsAndClamps) {
+    PhysParams p;
+    p.numproc = 30000;
+    p.avnumproc = 29000.0F;
+    p.numtcpsock = 40000;
+    p.numothersock = 2000000000;
+    p.numfile = 10000000;
+    p.privvmpages = 2000000000;
+    p.lockedpages = 700000;
+    p.shmpages = 100000000;
+    p.numflock = 5000;
+    p.numiptent = 77777;
+    p.diskspace = 2147483647;
+    p.diskinodes = 1900000001;
+    p.quotaugidlimit = 1200000000;
+    expect_values(configuration(p, 1.5F, 1.1F),
+                  {{"NUMPROC", "45000:45000"},
+                   {"AVNUMPROC", "43500:43500"},
+                   {"NUMTCPSOCK", "60000:60000"},
+                   {"NUMOTHERSOCK", "2147483647:2147483647"},
+                   {"NUMFILE", "15000000:15000000"},
+                   {"DCACHESIZE", "1611536000:1611536000"},
+                   {"KMEMSIZE", "81368704:81368704"},
+                   {"TCPSNDBUF", "18446744073193144320:18446744073346744320"},
+                   {"TCPRCVBUF", "18446744073193144320:18446744073346744320"},
+                   {"OTHERSOCKBUF", "18446744071562067968:18446744073709486080"},
+                   {"PRIVVMPAGES", "2147483647:2147483647"},
+                   {"LOCKEDPAGES", "1050000:1050000"},
+                   {"SHMPAGES", "150000000:150000000"},
+                   {"NUMFLOCK", "7500:8250"},
+                   {"NUMIPTENT", "116665:116665"},
+                   {"DISKSPACE", "2147483647:2147483647"},
+                   {"DISKINODES", "2090000000:2147483647"},
+                   {"QUOTAUGIDLIMIT", "1024"},
+                   {"SLMMEMORYLIMIT", "13199625682944:13199625682944"}});
+}
+
+TEST(ContainerConfig, ANanScaleGivesTheLowestNumbersAndTheMemoryCap) {
+    PhysParams profile;
+    profile.avnumproc = 100.0F;
+    expect_values(configuration(profile, std::nanf(""), std::nanf("")),
+                  {{"NUMPROC", "18446744071562067968:18446744071562067968"},
+                   {"AVNUMPROC", "18446744071562067968:18446744071562067968"},
+                   {"NUMFILE", "255:255"},
+                   {"DCACHESIZE", "107712:107712"},
+                   {"TCPSNDBUF", "2147483647:0"},
+                   {"PRIVVMPAGES", "65536:72089"},
+                   {"SHMPAGES", "1024:1024"},
+                   {"DISKSPACE", "18446744071562067968:18446744071562067968"},
+                   {"SLMMEMORYLIMIT", "18446744073709547520:18446744073709547520"}});
+}
+
+TEST(ContainerConfig, QuotaLimitIsDoubledAndRaisedOnlyWhereThereAreQuotas) {
+    const std::pair<int, const char*> cases[] = {
+        {0, "0"}, {300, "1024"}, {512, "1024"}, {600, "1200"}};
+    for (const auto& [measured, written] : cases) {
+        PhysParams profile;
+        profile.quotaugidlimit = measured;
+        expect_values(configuration(profile, 1.2F, 1.5F), {{"QUOTAUGIDLIMIT", written}});
+    }
+}
+
+TEST(CheckOverflowParameter, IsDefinedForEveryFloat) {
+    const std::pair<float, int> cases[] = {{2147483648.0F, 2147483647},
+                                           {2147483520.0F, 2147483520},
+                                           {INFINITY, 2147483647},
+                                           {-1.9F, -1},
+                                           {-2147483648.0F, -2147483647 - 1},
+                                           {-INFINITY, -2147483647 - 1},
+                                           {std::nanf(""), -2147483647 - 1}};
+    for (const auto& [value, expected] : cases) {
+        EXPECT_EQ(TarnHWCalc::check_overflow_parameter("NUMPROC", value), expected) << value;
+    }
+}
+
+}  // namespace

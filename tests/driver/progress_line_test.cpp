@@ -1,0 +1,62 @@
+// The progress line: its text at several widths, and that nothing of it stays on the screen.
+#include "driver/progress_line.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+ScanProgress halfway() {
+    ScanProgress progress;
+    progress.elapsed_seconds = 1800;
+    progress.total_seconds = 3690;
+    progress.next_pass_seconds = 65;
+    progress.passes_done = 7;
+    return progress;
+}
+
+TEST(ProgressLine, FitsTheTerminal) {
+    // 1800 of 3690 seconds fill 14 of 30 places.
+    EXPECT_EQ(format_progress(halfway(), 80),
+              "[##############................] 30:00/1:01:30 passes 7 next 1:05");
+    // 22 numbers' characters leave 14 of the 39 columns for the bar: 1800*14/3690 = 6.
+    EXPECT_EQ(format_progress(halfway(), 40), "[######........] 30:00/1:01:30 #7 +1:05");
+    EXPECT_EQ(format_progress(halfway(), 25), "30:00/1:01:30 #7 +1:05");
+    EXPECT_EQ(format_progress(halfway(), 10), "30:00/1:0");
+    EXPECT_EQ(format_progress(halfway(), 0), "");
+    for (int columns = 0; columns < 100; ++columns) {
+        EXPECT_LT(static_cast<int>(format_progress(halfway(), columns).size()),
+                  std::max(columns, 1));
+    }
+    ScanProgress late = halfway();
+    late.elapsed_seconds = 999999;
+    late.next_pass_seconds = 0;
+    EXPECT_EQ(format_progress(late, 80),
+              "[##############################] 1:01:30/1:01:30 passes 7 measuring");
+}
+
+TEST(ProgressLine, RewritesInPlaceAndWipes) {
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    ProgressLine line(fds[1]);
+    ScanProgress progress = halfway();
+    line.progress(progress);
+    progress.next_pass_seconds = 5;
+    line.progress(progress);
+    progress.passes_done = 10;
+    line.finished();
+    line.finished();
+    char text[512];
+    const ssize_t size = read(fds[0], text, sizeof(text));
+    ASSERT_GT(size, 0);
+    const std::string first = format_progress(halfway(), 80);
+    progress.passes_done = 7;
+    const std::string second = format_progress(progress, 80);
+    EXPECT_EQ(std::string(text, static_cast<std::size_t>(size)),
+              "\r" + first + "\r" + second + "\r" + std::string(second.size(), ' ') + "\r");
+    close(fds[0]);
+    close(fds[1]);
+}
+
+}  // namespace
