@@ -1,8 +1,7 @@
 // The process-wide state of the library, and its start.
 //
 // Used by every public entry, by the locks and by the configuration readers.
-#ifndef TARNNET_STATE_H
-#define TARNNET_STATE_H
+#pragma once
 
 #include <semaphore.h>
 #include <time.h>
@@ -19,5 +18,3 @@ extern struct libtarnnet_state libtarnnet_state;
 // Sets the library up, once. Returns 0, or TARNNET_ERR_STATE when that failed; the next call tries
 // again then.
 int init_libtarnnet_state(void);
-
-#endif

@@ -1,8 +1,7 @@
 // The files that tell of what kind an interface is.
 //
 // Used by the inventory; the VLAN file is read by the configuration reader too.
-#ifndef TARNNET_NETINFO_KIND_SOURCES_H
-#define TARNNET_NETINFO_KIND_SOURCES_H
+#pragma once
 
 // Reads pair devices, VLANs and bridges and classifies the records of the host, in that order. A
 // file that is missing or of another version is left out. The library lock is held.
@@ -11,5 +10,3 @@ void read_iface_types(void);
 // Reads "/proc/net/vlan/config": hands the naming style to set_vlan_naming() and, unless
 // make_records is 0, makes a record of each VLAN device. The library lock is held for the latter.
 void read_vlan_config(int make_records);
-
-#endif

@@ -2,8 +2,7 @@
 //
 // Used by every reader that fills the inventory. The library lock is held by the caller of each
 // function here. Nothing here reads a source.
-#ifndef TARNNET_NETINFO_RECORDS_H
-#define TARNNET_NETINFO_RECORDS_H
+#pragma once
 
 #include <stdint.h>
 
@@ -31,6 +30,9 @@ enum {
 
 // Sources of an origin.
 enum { ORIGIN_LIVE = 0, ORIGIN_CONF = 1 };
+
+// The generation of a record that was dropped while results held it.
+enum { JUNK_GENERATION = -1 };
 
 // The value of an update: a number or a text, as the code demands. A text may be NULL (no value);
 // it is copied.
@@ -73,14 +75,15 @@ struct tarnnetif_info* find_tarnnetif_info(const char* name, uint32_t veid, uint
 // A record that a result holds is not touched but replaced, at the head of the active list, when
 // the value differs. Lists (IFU_ADDRESSES, IFU_CONF_ADDRESSES) take a text of blank-separated
 // pieces: the first update of a generation empties the list, every update appends.
-// Returns the record that carries the value, which is netinfo.last_ib from then on; NULL when
-// memory is short (last_ib is none then, and a record that was to be replaced is gone), or when the
-// code is not one for a record of that kind (nothing has changed then).
+// Returns the record that carries the value, which is netinfo.last_ib from then on. NULL, and no
+// last_ib, when memory is short (the value is not there, or a list only in part) or when the code
+// is not one for a record of that kind (nothing has changed). The codes of name and container end
+// the process.
 struct tarnnetif_info* update_tarnnetif_info(const char* name, uint32_t veid, uint32_t code,
                                              struct if_value value);
 
-// The same for an active record. When the record is replaced, the pointer is only good as long as
-// the caller's result holds it: go on with the returned one.
+// The same for a record at hand. When it was replaced meanwhile, which only a holder can see, its
+// replacement is meant.
 struct tarnnetif_info* update_tarnnetif_info_by_ptr(struct tarnnetif_info* record, uint32_t code,
                                                     struct if_value value);
 
@@ -103,5 +106,3 @@ void purge_all_generations(void);
 // The active records that match the filter (all for NULL), newest first, each held once more.
 // Released with tarnnet_release_info_SL(). NULL when memory is short.
 struct tarnnet_info* get_cached_info(const struct tarnnet_filter* filter);
-
-#endif

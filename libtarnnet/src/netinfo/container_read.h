@@ -1,0 +1,23 @@
+// The live read of containers, through the platform's container-control library. Without that
+// library there are no containers, and nothing here does anything.
+#pragma once
+
+#include <stdint.h>
+
+#include "netinfo/link_facts.h"
+
+// Over the pipe from the container goes a link as four lines of text: its name, its addresses, its
+// hardware address or nothing, its flags in decimal.
+enum { LINK_LINES = 4 };
+
+// Takes the four lines, without their line ends, apart. What is too long is cut.
+void parse_link_lines(const char* const lines[LINK_LINES], struct link_facts* facts);
+
+// Reads the links inside a container into its records. The library lock is held, here and below.
+void read_container_links(uint32_t flags, uint32_t veid);
+
+// Reads every running container as an origin of its own, the one listed last first.
+void read_running_containers(uint32_t flags);
+
+// Opens and reads the configuration of a container, of which nothing is taken.
+void read_container_conf(uint32_t veid);

@@ -1,0 +1,25 @@
+// The live read: the links of a network namespace with their addresses, from routing netlink.
+#pragma once
+
+#include <stdint.h>
+
+#include "netinfo/link_facts.h"
+
+// Is given each link, in the order of the kernel's answer.
+typedef void (*link_sink)(void* argument, const struct link_facts* facts);
+
+// Reads the links of the calling process's network namespace. flags: TARNNET_READ_IPV4 and
+// TARNNET_READ_IPV6 say which addresses to take. When the kernel cannot be asked the sink is never
+// called; why is printed to standard error.
+void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument);
+
+// Applies the facts of a link to the records of a container (0 for the host).
+void apply_link_facts(uint32_t veid, const struct link_facts* facts);
+
+// Reads the host, or a container, as an origin of its own. The library lock is held, here and
+// below.
+void read_single_ifconfioctl(uint32_t flags, uint32_t veid);
+
+// Reads the containers min_veid..max_veid one by one, or, when these are more than twelve, all
+// containers that run, without the host.
+void read_ifconfioctl(uint32_t flags, uint32_t min_veid, uint32_t max_veid);

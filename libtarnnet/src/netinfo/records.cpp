@@ -1,0 +1,99 @@
+#include "netinfo/records.h"
+
+#include "netinfo/index.h"
+#include "netinfo/record_lists.h"
+#include "netinfo/record_memory.h"
+
+struct record_state netinfo;
+
+void push_record(struct tarnnetif_info** head, struct tarnnetif_info* record) {
+    record->prev = nullptr;
+    record->next = *head;
+    if (*head != nullptr) {
+        (*head)->prev = record;
+    }
+    *head = record;
+}
+
+void unlink_record(struct tarnnetif_info** head, struct tarnnetif_info* record) {
+    if (record->prev != nullptr) {
+        record->prev->next = record->next;
+    } else {
+        *head = record->next;
+    }
+    if (record->next != nullptr) {
+        record->next->prev = record->prev;
+    }
+    record->prev = nullptr;
+    record->next = nullptr;
+}
+
+void discard_record(struct tarnnetif_info* record) {
+    if (netinfo.last_ib == record) {
+        netinfo.last_ib = nullptr;
+    }
+    if (record->refcount == 0) {
+        free_record(record);
+        return;
+    }
+    record->generation = JUNK_GENERATION;
+    push_record(&netinfo.trash, record);
+}
+
+void use_origin(uint32_t veid, uint32_t source) {
+    netinfo.cur_origin.veid = veid;
+    netinfo.cur_origin.source = source;
+    netinfo.next_generation =
+        netinfo.next_generation == INT32_MAX ? 0 : netinfo.next_generation + 1;
+}
+
+struct tarnnetif_info* create_tarnnetif_info(const char* name, uint32_t veid,
+                                             const struct tarnnetif_info* source) {
+    struct tarnnetif_info* record =
+        source == nullptr ? new_record(name, veid) : copy_record(source, name, veid);
+    if (record == nullptr) {
+        return nullptr;
+    }
+    if (index_insert(record, record->type, record->network_id) != 0) {
+        free_record(record);
+        return nullptr;
+    }
+    push_record(&netinfo.active, record);
+    return record;
+}
+
+struct tarnnetif_info* find_tarnnetif_info(const char* name, uint32_t veid, uint32_t kind) {
+    return index_find(name, veid, kind);
+}
+
+void junk_tarnnetif_info(struct tarnnetif_info* record) {
+    index_remove(record, record->type, record->network_id);
+    unlink_record(&netinfo.active, record);
+    discard_record(record);
+}
+
+void unref_tarnnetif_info(struct tarnnetif_info* record) {
+    record->refcount--;
+    if (record->refcount == 0 && record->generation == JUNK_GENERATION) {
+        unlink_record(&netinfo.trash, record);
+        free_record(record);
+    }
+}
+
+void purge_old_generations(void) {
+    struct tarnnetif_info* next = nullptr;
+    for (struct tarnnetif_info* record = netinfo.active; record != nullptr; record = next) {
+        next = record->next;
+        if (record->origin.veid == netinfo.cur_origin.veid &&
+            record->origin.source == netinfo.cur_origin.source &&
+            record->generation != netinfo.next_generation) {
+            junk_tarnnetif_info(record);
+        }
+    }
+}
+
+void purge_all_generations(void) {
+    while (netinfo.active != nullptr) {
+        junk_tarnnetif_info(netinfo.active);
+    }
+}

@@ -1,0 +1,70 @@
+// The calls of the platform's container-control library that this library makes.
+//
+// They are weak: a program that is not linked with that library runs all the same, and finds
+// nothing for containers. See tarnctl_is_there().
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <sys/types.h>
+
+#define TARNCTL_WEAK __attribute__((weak, visibility("default")))
+
+extern "C" {
+
+// The state of a container that is up.
+enum { TARNCTL_STATE_RUNNING = 4 };
+
+// A list of container ids.
+struct tarnctl_env_ids {
+    uint32_t* ids;
+    uint32_t count;
+};
+
+// What the configuration of a container says.
+struct tarnctl_env_param {
+    const char* root;  // directory that the container sees as "/"
+};
+
+struct tarnctl_conf;  // an open configuration of a container
+
+// Sets the library up; 0, or negative.
+TARNCTL_WEAK int tarnctl_open(void);
+
+// An empty list, or NULL. Given back with tarnctl_free_env_ids().
+TARNCTL_WEAK struct tarnctl_env_ids* tarnctl_alloc_env_ids(void);
+TARNCTL_WEAK void tarnctl_free_env_ids(struct tarnctl_env_ids* list);
+
+// Fills the list with the containers in that state, in rising order; 0, or negative.
+TARNCTL_WEAK int tarnctl_get_env_ids_by_state(struct tarnctl_env_ids* list, uint32_t state);
+
+// Writes the path of a container's configuration, NUL-terminated; 0, or negative.
+TARNCTL_WEAK int tarnctl_get_env_conf_path(uint32_t veid, char* path, size_t size);
+
+// Opens a configuration, or NULL. Given back with tarnctl_conf_close().
+TARNCTL_WEAK struct tarnctl_conf* tarnctl_conf_open(const char* path);
+TARNCTL_WEAK void tarnctl_conf_close(struct tarnctl_conf* conf);
+
+// Reads an open configuration; 0, or negative.
+TARNCTL_WEAK int tarnctl_conf_parse(struct tarnctl_conf* conf);
+
+// What was read, or NULL. Given back with tarnctl_free_env_param(), before the configuration.
+TARNCTL_WEAK struct tarnctl_env_param* tarnctl_conf_get_env_param(struct tarnctl_conf* conf);
+TARNCTL_WEAK void tarnctl_free_env_param(struct tarnctl_env_param* param);
+
+// Starts a child process inside the container whose root is given; it runs the function, which has
+// the caller's memory and descriptors as they were, and exits with its result. Returns the child's
+// process id, which the caller waits for, or -1.
+TARNCTL_WEAK pid_t tarnctl_env_exec_fn_async(uint32_t veid, const char* root,
+                                             int (*function)(void* argument), void* argument);
+}
+
+// Whether the container-control library is linked, whole.
+static inline bool tarnctl_is_there(void) {
+    return tarnctl_open != nullptr && tarnctl_alloc_env_ids != nullptr &&
+           tarnctl_free_env_ids != nullptr && tarnctl_get_env_ids_by_state != nullptr &&
+           tarnctl_get_env_conf_path != nullptr && tarnctl_conf_open != nullptr &&
+           tarnctl_conf_close != nullptr && tarnctl_conf_parse != nullptr &&
+           tarnctl_conf_get_env_param != nullptr && tarnctl_free_env_param != nullptr &&
+           tarnctl_env_exec_fn_async != nullptr;
+}
