@@ -26,11 +26,6 @@ inline void list_add_head(struct list_node* head, struct list_node* node) {
     head->next = node;
 }
 
-inline void list_del(struct list_node* node) {
-    node->prev->next = node->next;
-    node->next->prev = node->prev;
-}
-
 // The entry of a node that is not a head.
 template <class Entry>
 Entry* list_entry(struct list_node* node) {
@@ -50,12 +45,14 @@ Entry* list_find(struct list_node* head, Accepts accepts) {
     return nullptr;
 }
 
-// Unlinks every entry and hands it to `release`, which frees it.
+// Empties the list and hands every entry to `release`, which frees it.
 template <class Entry, class Release>
 void list_flush(struct list_node* head, Release release) {
-    while (!list_empty(head)) {
-        struct list_node* node = head->next;
-        list_del(node);
+    struct list_node* node = head->next;
+    list_init(head);
+    while (node != head) {
+        struct list_node* next = node->next;
         release(list_entry<Entry>(node));
+        node = next;
     }
 }

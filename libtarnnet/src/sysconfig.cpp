@@ -100,8 +100,8 @@ bool rules_out(const struct ifcfg_listing* listing, const char* name) {
     }
     snprintf(wanted.d_name, sizeof(wanted.d_name), "%s%s", kFilePrefix, name);
     const struct dirent* key = &wanted;
-    return bsearch(&key, listing->entries, static_cast<size_t>(listing->count),
-                   sizeof(*listing->entries), compare_entries) == nullptr;
+    return bsearch(&key, listing->entries, static_cast<size_t>(listing->count), sizeof(void*),
+                   compare_entries) == nullptr;
 }
 
 bool has_file(struct ifcfg_listing* listing, const char* dir, const char* name) {
