@@ -20,7 +20,7 @@ constexpr int kNoPrivilege = 77;
 
 inline bool enter() {
     return unshare(CLONE_NEWNS) == 0 &&
-           mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("none", "/etc", "tmpfs", 0, nullptr) == 0 &&
            mount("none", "/var/log", "tmpfs", 0, nullptr) == 0;
 }
