@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "inspect/quota_mgmt.h"
+#include "kiln/strings.h"
+
+namespace {
+
+// Each record as ID:BLOCKS,INODES with a triple soft/hard/grace for both.
+std::string show(const Quotas& quotas) {
+    const auto triple = [](const QLimit& limit) {
+        return std::to_string(limit.soft) + "/" + std::to_string(limit.hard) + "/" +
+               std::to_string(limit.grace);
+    };
+    std::string text;
+    for (const auto& [id, quota] : quotas.quotas) {
+        text += std::to_string(id) + ":" + triple(quota.blocks) + "," + triple(quota.inodes) + " ";
+    }
+    return text;
+}
+
+std::string parse(const std::string& text) {
+    Quotas users;
+    Quotas groups;
+    users.quotas[99] = {};
+    groups.quotas[99] = {};
+    EXPECT_EQ(QuotaMgmt::limits_parse_phys(text, &users, &groups), 0);
+    return show(users) + "| " + show(groups);
+}
+
+TEST(QuotaReport, ReadsBothKinds) {
+    EXPECT_EQ(parse("*** Report for user quotas on device /dev/sda3\n"
+                    "Block grace time: 7days; Inode grace time: 7days\n"
+                    "                        Block limits                File limits\n"
+                    "User            used    soft    hard  grace    used  soft  hard  grace\n"
+                    "----------------------------------------------------------------------\n"
+                    "#0        --   20480       0       0              3     0     0\n"
+                    "#500      --   20480   50000   60000             12   200   300\n"
+                    "#501      ++   61000   50000   60000  6days     230   200   300  23:59\n"
+                    "#502      +-   61000   50000   60000   none     230   200   300\n"
+                    "\n"
+                    "Statistics:\nTotal blocks: 7\n"
+                    "*** Report for group quotas on device /dev/sda3\n"
+                    "#7 is of the header\n"
+                    "------\n"
+                    "#100      -+   20480       1       2              3     4     5  2months\n"
+                    "\n"
+                    "#101      --   1 2 3 4 5 6\n"),
+              "0:0/0/0,0/0/0 500:50000/60000/0,200/300/0 501:50000/60000/518400,200/300/86340 "
+              "502:50000/60000/0,200/300/0 | 100:1/2/0,4/5/36288000 ");
+}
+
+TEST(QuotaReport, ReadsDamagedRecordsAsFarAsTheyGo) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"#", "0:0/0/0,0/0/0 "},
+        {"#7", "7:0/0/0,0/0/0 "},
+        {"#name -- 1 2 3 4 5 6", "0:2/3/0,5/6/0 "},
+        {"#-1 -- 1 2 3 4 5 6", "4294967295:2/3/0,5/6/0 "},
+        {"#4294967301 -- 1 2 3 4 5 6", "5:2/3/0,5/6/0 "},
+        {"#7 -- 1 2 3", "7:2/3/0,0/0/0 "},
+        {"#7 -- 1 2 3 4", "7:2/3/0,0/0/0 "},
+        {"#7 +- 1 2 3 6days", "7:2/3/518400,0/0/0 "},
+        {"#7 +- 1 2 3 6days 4 5", "7:2/3/518400,5/0/0 "},
+        {"#7 ++ 1 2 3 01:30 4 5 6 2weeks 8 9", "7:2/3/5400,5/6/1209600 "},
+        {"#7 -- 1K 2x 3y 4 5 6", "7:2/3/0,5/6/0 "},
+        {"#7 -- 1 99999999999999999999 3 4 -5 6", "7:9223372036854775807/3/0,5/6/0 "},
+        {"#7\t--\t1\t2 3 4 5 6 7", "7:4/5/0,7/0/0 "},
+        {"#7 -- 1 2 3 4 5 6\n#7 -- 1 8 9 4 5 6", "7:8/9/0,5/6/0 "},
+        {"#7 -- 1 2 3 4 5 6\r", "7:2/3/0,5/6/0 "}};
+    for (const auto& [lines, expected] : cases) {
+        EXPECT_EQ(parse("---\n" + lines), expected + "| ") << lines;
+    }
+    EXPECT_EQ(parse(""), "| ");
+    EXPECT_EQ(parse("#1 -- 1 2 3 4 5 6\n- group quotas user quotas\n#2\n"), "2:0/0/0,0/0/0 | ");
+}
+
+TEST(QuotaReport, ConvertsGraceTimes) {
+    EXPECT_EQ(QuotaMgmt::grace_atoll(""), 0U);
+    EXPECT_EQ(QuotaMgmt::grace_atoll(" \t "), 0U);
+    const std::string cases =
+        "5=5 45seconds=45 3minutes=180 2hours=7200 7days=604800 2weeks=1209600 2months=36288000 "
+        "1day=1 7Days=7 none=0 01:30=5400 1:=3600 :30=1800 :=0 1x:30=3600 x:30=0 "
+        "-2days=18446744073709378816 99999999999999999999weeks=18446744073708946816";
+    for (const std::string& text : Kiln::split(" ", cases, 0)) {
+        const std::size_t sign = text.find('=');
+        const std::uint64_t seconds = QuotaMgmt::grace_atoll(text.substr(0, sign).c_str());
+        EXPECT_EQ(std::to_string(seconds), text.substr(sign + 1)) << text;
+    }
+}
+
+TEST(QuotaReport, TakesLongNamesAndManyIds) {
+    std::string text =
+        "---\n#" + std::string(1000000, 'x') + " -- 1 2 3 " + std::string(1000000, '9') + " 5 6\n";
+    for (int id = 1; id < 100000; ++id) {
+        text += "#" + std::to_string(id) + " -- 1 2 3 4 5 6\n";
+    }
+    Quotas users;
+    Quotas groups;
+    QuotaMgmt::limits_parse_phys(text, &users, &groups);
+    EXPECT_EQ(users.quotas.size(), 100000U);
+    EXPECT_EQ(users.quotas[0].inodes.hard, 6U);
+    EXPECT_EQ(users.quotas[99999].blocks.hard, 3U);
+}
+
+}  // namespace

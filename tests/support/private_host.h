@@ -1,0 +1,78 @@
+// A made-up host for tests of steps that read fixed paths: a child process with its own mount and
+// network namespaces, in which /etc, /tmp and /var/log are empty and the test puts its own files.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+namespace private_host {
+
+inline void write_file(const std::string& path, const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// A shell script that is found before the host's own command of that name.
+inline void write_command(const std::string& name, const std::string& script) {
+    const std::string path = "/tmp/bin/" + name;
+    write_file(path, "#!/bin/sh\n" + script);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+// Puts a file in the place of an existing one, such as one of the kernel's.
+inline void replace_file(const std::string& path, const std::string& text) {
+    const std::string copy = "/tmp/replaced" + path;
+    write_file(copy, text);
+    ASSERT_EQ(mount(copy.c_str(), path.c_str(), nullptr, MS_BIND, nullptr), 0) << path;
+}
+
+inline bool enter() {
+    if (unshare(CLONE_NEWNS | CLONE_NEWNET) != 0 ||
+        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        return false;
+    }
+    for (const char* path : {"/etc", "/tmp", "/var/log"}) {
+        if (mount("none", path, "tmpfs", 0, nullptr) != 0) {
+            return false;
+        }
+    }
+    const char* search_path = getenv("PATH");
+    setenv("PATH", ("/tmp/bin:" + std::string(search_path ? search_path : "/bin")).c_str(), 1);
+    return true;
+}
+
+// Runs `body` on such a host; its failed expectations fail the test. Skips the test where
+// namespaces are refused. Nothing may follow it in a test.
+inline void run(const std::function<void()>& body) {
+    constexpr int refused = 77;
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        int result = refused;
+        if (enter()) {
+            [&]() noexcept { body(); }();  // an exception must not reach the runner's copy
+            result = testing::Test::HasFailure() ? 1 : 0;
+        }
+        std::fflush(nullptr);
+        _exit(result);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status)) << "wait status " << status;
+    if (WEXITSTATUS(status) == refused) {
+        GTEST_SKIP() << "mount and network namespaces are refused here";
+    }
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "see the expectations above";
+}
+
+}  // namespace private_host
