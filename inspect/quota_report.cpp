@@ -19,8 +19,8 @@ struct GraceUnit {
     std::uint64_t seconds;
 };
 
-// As the tools print them; a singular ("1day") is none of them. The month is thirty weeks long: the
-// receiving side counts with the same.
+// As the tools print them; a singular ("1day") is none of them. The month is thirty weeks long on
+// purpose.
 constexpr GraceUnit grace_units[] = {
     {"seconds", 1},  {"minutes", 60},   {"hours", 3600},
     {"days", 86400}, {"weeks", 604800}, {"months", 18144000},
