@@ -1,0 +1,2 @@
+// The consumer once more, as a C++ program.
+#include "../consumer.c"
