@@ -21,7 +21,6 @@ struct conf_line parse_conf_line(char* line);
 
 // Reads the file into the configured lists, which are emptied first, and gives the host's records
 // their configured addresses; the VLAN naming style is read anew as well. 0, also when there is no
-// file; 1 when it cannot be examined or opened. Unless `force`, a file
-// whose modification time is the one that the library remembers as its own is not read. The caller
-// holds the library lock.
+// file; 1 when it cannot be examined or opened. Unless `force`, a file whose modification time is
+// the one that the library remembers as its own is not read. The caller holds the library lock.
 int read_tarnnetconf(int force);

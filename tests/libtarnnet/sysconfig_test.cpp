@@ -21,7 +21,7 @@ using own_mounts::write_file;
 
 std::string found(const char* name, uint32_t kind = IFT_ETHERNET, const char* hwaddr = nullptr) {
     char* path = find_sysconfig(name, kind, hwaddr);
-    const std::string text = path != nullptr ? path : "none";
+    std::string text = path != nullptr ? path : "none";
     free(path);
     return text;
 }
