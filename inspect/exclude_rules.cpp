@@ -116,7 +116,8 @@ void add_exclude_dir(ExcludeTable& table, const std::string& path, const MntFlag
         return;
     }
     if (!is_covered(table, bare, flags)) {
-        table.insert_or_assign(std::string(bare), flags);
+        // Paths mostly come in ascending order: a new one goes behind all others.
+        table.insert_or_assign(table.end(), std::string(bare), flags);
     }
 }
 
