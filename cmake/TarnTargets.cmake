@@ -21,6 +21,11 @@ foreach(options tarn_options tarn_c_options)
       -fsanitize=${TARN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(${options} INTERFACE -fsanitize=${TARN_SANITIZE})
   endif()
+  if(TARN_FUZZ)
+    # Everything tells the fuzzer where it went; only the fuzz targets link it.
+    target_compile_options(${options} INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(${options} INTERFACE -fsanitize=fuzzer-no-link)
+  endif()
 endforeach()
 
 # tarn_test(NAME SOURCES a.cpp ... LIBS x ...): one GoogleTest program, each of its cases known to ctest. The prefix

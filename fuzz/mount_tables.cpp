@@ -1,0 +1,64 @@
+// Mount tables with the kernel's list of file system types, and the paths that they exclude.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "fuzz/support.h"
+#include "inspect/exclude_rules.h"
+#include "inspect/mount_table.h"
+
+namespace {
+
+std::vector<MountEntry> entries_of(const std::string& table) {
+    const int fd = memfd_create("table", 0);
+    fuzz::require(fd >= 0, "the machine has room for a table");
+    const ssize_t written = write(fd, table.data(), table.size());
+    fuzz::require(written == static_cast<ssize_t>(table.size()), "the table is written");
+    std::vector<MountEntry> entries;
+    read_mount_table(("/proc/self/fd/" + std::to_string(fd)).c_str(), entries);
+    close(fd);
+    return entries;
+}
+
+// Whether the mount at `ancestor` hides the one at `path`, which lies below it.
+bool hides(const MntFlags& above, const std::string& ancestor, const MntFlags& below,
+           const std::string& path) {
+    const auto levels =
+        std::count(path.begin() + static_cast<std::ptrdiff_t>(ancestor.size()), path.end(), '/');
+    return !above.flag && (!above.contents_only || below.contents_only || levels != 2);
+}
+
+void check_reduced(const ExcludeTable& reduced) {
+    for (const auto& [path, flags] : reduced) {
+        fuzz::require(path.size() > 1 && path.back() != '/', "no root and no trailing slash");
+        for (std::size_t slash = path.find('/'); slash != std::string::npos;
+             slash = path.find('/', slash + 1)) {
+            const auto above = reduced.find(path.substr(0, slash));
+            fuzz::require(
+                above == reduced.end() || !hides(above->second, above->first, flags, path),
+                "no path is listed below one that hides it");
+        }
+    }
+    const ExcludeTable again = refactor_excludes(reduced);
+    const auto same = [](const auto& a, const auto& b) {
+        return a.first == b.first && a.second.flag == b.second.flag &&
+               a.second.contents_only == b.second.contents_only;
+    };
+    fuzz::require(std::equal(again.begin(), again.end(), reduced.begin(), reduced.end(), same),
+                  "a reduced table is reduced");
+}
+
+}  // namespace
+
+// Input: the list of types, the mount table.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<std::string> parts = fuzz::sections(data, size, 2);
+    const FsTypeTable types = parse_filesystem_types(parts[0]);
+    MountFindings findings;
+    for (const MountEntry& entry : entries_of(parts[1])) {
+        note_mount(entry, types, findings);
+    }
+    check_reduced(refactor_excludes(findings.candidates));
+    return 0;
+}
