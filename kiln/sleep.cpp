@@ -6,10 +6,12 @@
 namespace Kiln {
 
 void sleep_full(int seconds) {
-    // Not sleep(): it rounds what remains to whole seconds, so that a stream of signals would end
-    // the wait early.
-    timespec remaining = {seconds, 0};
-    while (seconds > 0 && nanosleep(&remaining, &remaining) != 0 && errno == EINTR) {
+    // Until a point of time. sleep() rounds what remains to whole seconds and nanosleep() adds the
+    // timer's slack to it, so that a stream of signals would cut the wait short or stretch it.
+    timespec end = {};
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    end.tv_sec += seconds;
+    while (seconds > 0 && clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
     }
 }
 
