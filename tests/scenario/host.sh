@@ -1,0 +1,159 @@
+# The words in which a scenario describes its host and what the program must print there. Sourced by run_scenario.
+#
+# The host to begin with: one link without an address, the name "box", a detection script that says "testos", an empty
+# mount table, no process, no name server, and commands that count nothing.
+
+failures=0 runs=0
+out=$stage/out # what the stubs print, one file a command
+
+# put FILE [TEXT]: writes TEXT and a newline, or standard input, to FILE. rows N FILE: N lines.
+put() {
+    mkdir -p "${1%/*}"
+    if (($# > 1)); then printf '%s\n' "$2" >"$1"; else cat >"$1"; fi
+}
+rows() {
+    mkdir -p "${2%/*}"
+    seq "$1" >"$2"
+}
+
+# stub NAME BODY: a command of the host. It notes how it was called, then runs BODY.
+stub() {
+    printf '#!/bin/sh\necho "%s $*" >>%s\n%s\n' "$1" "$stage/calls" "$2" >"$stage/bin/$1"
+    chmod +x "$stage/bin/$1"
+}
+
+# The counting commands print their file under $out, and only when called with the arguments that the run gives them.
+counting() { stub "$1" "[ \"\$*\" = '$2' ] || exit 64; cat $out/$1"; }
+
+# process PID [KEY=VALUE ...]: a status file as the kernel writes it; a key with a value of its own unit is in KiB.
+process() {
+    local pid=$1 pair
+    shift
+    {
+        printf 'Name:\tp%s\nState:\tS (sleeping)\nPid:\t%s\n' "$pid" "$pid"
+        for pair; do
+            case $pair in
+            Vm*) printf '%s:\t%8s kB\n' "${pair%%=*}" "${pair#*=}" ;;
+            *) printf '%s:\t%s\n' "${pair%%=*}" "${pair#*=}" ;;
+            esac
+        done
+    } | put "/proc/$pid/status"
+}
+
+# fds PID N: N open descriptors.
+fds() {
+    mkdir -p "/proc/$1/fd"
+    (cd "/proc/$1/fd" && seq 0 $(($2 - 1)) | xargs -r touch)
+}
+
+# link NAME [ADDRESS ...]: an ethernet link (the near end of a pair) that is up; addresses as "ip address add" takes
+# them. Links are listed in the order in which they were made.
+next_index=10
+link() {
+    local name=$1 address
+    shift
+    "$stage/ip" link add "$name" index $next_index type veth peer name "p$next_index" index $((next_index + 100)) \
+        2>/dev/null || skip "the kernel has no pair links"
+    "$stage/ip" link set "p$next_index" addrgenmode none
+    "$stage/ip" link set "$name" addrgenmode none up
+    next_index=$((next_index + 1))
+    for address; do "$stage/ip" address add $address dev "$name"; done
+}
+
+# detect BODY: the detection script.
+detect() { put /tmp/usr/local/share/tarnp2v/distdetect-common.sh "$1"; }
+
+undetected='OS distribution was not detected. It must be manually set.'
+
+# The whole result of the host above. Beyond a factor times a floor:
+#   NUMFILE      trunc(9312 x 1.2) = 11174, above the 432 + 432 + 255 sockets and terminals and above 32 x 180
+#   DCACHESIZE   trunc(11174 x 384 x 1.1)
+#   KMEMSIZE     288 x 61440 + 4719897 = 22414617, to even among the floats
+#   *BUF         432 x 65536, and 432 x 2560 less
+#   PRIVVMPAGES  trunc(65536 x 1.1)
+#   SLMMEMORYLIMIT  1.2 x (22414616 + 2 x 28311552 + 28311552 + 262144 + 4096 x 72089 + 4096 x 307) in floats
+floors=(
+    NUMPROC=288:288 AVNUMPROC=180:180 NUMTCPSOCK=432:432 NUMOTHERSOCK=432:432 NUMPTY=255:255 NUMFILE=11174:11174
+    DCACHESIZE=4719897:4719897 KMEMSIZE=22414616:22414616 TCPSNDBUF=27205632:28311552 TCPRCVBUF=27205632:28311552
+    OTHERSOCKBUF=27205632:28311552 DGRAMRCVBUF=262144:262144 PRIVVMPAGES=65536:72089 VMGUARPAGES=65536:2147483647
+    OOMGUARPAGES=65536:2147483647 LOCKEDPAGES=307:307 SHMPAGES=25804:25804 PHYSPAGES=0:9223372036854775807
+    NUMFLOCK=225:247 NUMSIGINFO=256:256 NUMIPTENT=153:153 DISKSPACE=0:0 DISKINODES=0:0 CPUUNITS=1000 QUOTATIME=0
+    QUOTAUGIDLIMIT=0 SLMMEMORYLIMIT=484974560:484974560 SLMMODE=all DISTRIBUTION=testos HOSTNAME=box '#IP_ADDRESS='
+    SEARCHDOMAIN= NAMESERVER= FEATURES=
+)
+
+# config [NAME=VALUE ...]: the next run prints the result of the host above with these values instead; a text line
+# without a value is left out. prints TEXT, complains LINE ...: the next run's standard output and standard error.
+config() {
+    local -A value
+    local pair name
+    for pair in "${floors[@]}" "$@"; do value[${pair%%=*}]=${pair#*=}; done
+    for pair in "${floors[@]}"; do
+        name=${pair%%=*}
+        [[ -z ${value[$name]} ]] || printf '%s="%s"\n' "$name" "${value[$name]}"
+    done >"$stage/want.out"
+}
+prints() { printf '%s' "$1" >"$stage/want.out"; }
+complains() { printf '%s\n' "$@" >"$stage/want.err"; }
+
+# launch ARGUMENT ...: turns the shell it is called in into the program, in an environment that is the same
+# everywhere. extra_env adds to it, wrapper is a command that starts it. The leak check of a sanitizer wants the task
+# list of the process, by number.
+program=$stage/bin/tarnhwcalc
+extra_env=() wrapper=()
+launch() {
+    mkdir -p "/proc/$BASHPID"
+    ln -sfn "$stage/proc/$BASHPID/task" "/proc/$BASHPID/task"
+    exec env -i PATH="$stage/bin:/usr/sbin:/usr/bin:/sbin:/bin" HOME=/ "${extra_env[@]}" \
+        ${ASAN_OPTIONS:+"ASAN_OPTIONS=$ASAN_OPTIONS"} ${UBSAN_OPTIONS:+"UBSAN_OPTIONS=$UBSAN_OPTIONS"} \
+        "${wrapper[@]}" "$program" "$@"
+}
+
+# same WHAT WANTED GOT: two files that must not differ by a byte.
+same() {
+    cmp -s "$2" "$3" && return
+    failures=1
+    echo "run $runs: $1 differs (-foretold, +seen)"
+    diff -u --label foretold --label seen "$2" "$3" || true
+}
+# is WHAT WANTED GOT: two texts.
+is() {
+    [[ $2 == "$3" ]] && return
+    failures=1
+    printf 'run %s: %s is "%s", not "%s"\n' "$runs" "$1" "$3" "$2"
+}
+
+# verdict STATUS WANTED: compares the last run and forgets what was foretold. adjust edits standard output first.
+adjust=
+verdict() {
+    is "exit status" "$2" "$1"
+    [[ -z $adjust ]] || sed -i "$adjust" "$stage/got.out"
+    same "standard output" "$stage/want.out" "$stage/got.out"
+    same "standard error" "$stage/want.err" "$stage/got.err"
+    prints ''
+    : >"$stage/want.err"
+}
+
+# run STATUS ARGUMENT ...: the program must end with STATUS and print what was foretold.
+run() {
+    local want=$1 status=0
+    shift
+    runs=$((runs + 1))
+    : >"$stage/calls"
+    (launch "$@") >"$stage/got.out" 2>"$stage/got.err" || status=$?
+    verdict "$status" "$want"
+}
+
+touch "$stage"/{want.out,want.err,calls}
+echo box >"$stage/proc/sys/kernel/hostname"
+for table in net/tcp net/unix net/udp net/raw locks; do rows 0 /proc/$table; done
+for command in "ps ax" "iptables -n -L -t filter" "ip route list" "ipcs -m -u"; do
+    counting ${command%% *} "${command#* }"
+    rows 0 "$out/${command%% *}"
+done
+stub df "case \"\$*\" in '-k -l' | '-i -l') cat $out/df\$1 ;; *) exit 64 ;; esac"
+rows 0 "$out/df-k"
+rows 0 "$out/df-i"
+rows 0 /etc/mtab
+detect 'echo testos'
+link eth0
