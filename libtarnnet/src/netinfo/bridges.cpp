@@ -1,10 +1,15 @@
 #include "netinfo/bridges.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <linux/magic.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
 
 #include "conf_lists.h"
 #include "netinfo/records.h"
@@ -13,14 +18,35 @@
 namespace {
 
 const char net_path[] = "/sys/class/net";
+const char virtual_path[] = "../../devices/virtual/net";  // from there
 const size_t path_size = 512;
+
+// The directory to look for "name/bridge" in, for the caller to close; -1 when there is none. On
+// the kernel's own file system that is where the links of all bridges lead, as no hardware is below
+// them: to follow the link of each of a thousand interfaces would cost as much as to ask for them.
+int open_bridge_root(void) {
+    const int listed = open(net_path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    struct statfs status;
+    if (listed < 0 || fstatfs(listed, &status) != 0 || status.f_type != SYSFS_MAGIC) {
+        return listed;
+    }
+    const int virtual_devices = openat(listed, virtual_path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (virtual_devices < 0) {
+        return listed;
+    }
+    close(listed);
+    return virtual_devices;
+}
+
+// Where is_bridge() looks, which a filter of scandir() cannot be told; the library lock guards it.
+int bridge_root = -1;
 
 // Of scandir(): the entries that have a directory "bridge".
 int is_bridge(const struct dirent* entry) {
-    char path[path_size];
+    char path[sizeof(entry->d_name) + sizeof("/bridge")];
     struct stat status;
-    snprintf(path, sizeof(path), "%s/%s/bridge", net_path, entry->d_name);
-    return stat(path, &status) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
+    stpcpy(stpcpy(path, entry->d_name), "/bridge");
+    return fstatat(bridge_root, path, &status, 0) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
 }
 
 void free_entries(struct dirent** entries, int count) {
@@ -74,8 +100,13 @@ void read_bridge(const char* name) {
 }  // namespace
 
 void read_bridges(void) {
+    bridge_root = open_bridge_root();
+    if (bridge_root < 0) {
+        return;
+    }
     struct dirent** entries = nullptr;
     const int count = scandir(net_path, &entries, is_bridge, alphasort);
+    close(bridge_root);
     if (count < 0) {
         return;
     }

@@ -9,7 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "netinfo/live_read.h"
 #include "tarnctl.h"
 #include "text.h"
 

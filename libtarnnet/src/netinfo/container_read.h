@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-#include "netinfo/link_facts.h"
+#include "netinfo/live_read.h"
 
 // Over the pipe from the container goes a link as four lines of text: its name, its addresses, its
 // hardware address or nothing, its flags in decimal.

@@ -5,20 +5,9 @@
 #include <linux/if_arp.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
-#include <netinet/in.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 #include "rtnl.h"
-#include "text.h"
-
-// An address message: the link it belongs to, and its place in the dump.
-struct address_entry {
-    uint32_t link;
-    uint32_t order;
-    struct nlmsghdr* message;
-};
 
 namespace {
 
@@ -28,8 +17,35 @@ const int last_address_attribute = IFA_LOCAL;
 // Two ends with the same first four bytes are one address, whatever the family.
 const size_t compared_address_bytes = 4;
 
-// "255" of a prefix length, its slash and the NUL.
-const size_t address_text_size = INET6_ADDRSTRLEN + 4;
+// A fixed buffer that is filled from the front; what does not fit is cut.
+struct text_buffer {
+    char* text;
+    size_t size;  // the NUL included
+    size_t used;
+};
+
+void put_char(struct text_buffer* out, char c) {
+    if (out->used + 1 < out->size) {
+        out->text[out->used++] = c;
+        out->text[out->used] = '\0';
+    }
+}
+
+void put_text(struct text_buffer* out, const char* text) {
+    while (*text != '\0') {
+        put_char(out, *text++);
+    }
+}
+
+void put_decimal(struct text_buffer* out, unsigned char number) {
+    if (number >= 100) {
+        put_char(out, static_cast<char>('0' + number / 100));
+    }
+    if (number >= 10) {
+        put_char(out, static_cast<char>('0' + number / 10 % 10));
+    }
+    put_char(out, static_cast<char>('0' + number % 10));
+}
 
 // The body of a message of that type, or NULL when it is another one or shorter than its body.
 template <class Body>
@@ -73,46 +89,50 @@ const void* address_bytes(const struct rtattr* attribute, size_t size) {
     return attribute == nullptr || payload_size(attribute) < size ? nullptr : RTA_DATA(attribute);
 }
 
-int compare_entries(const void* a, const void* b) {
-    const auto* left = static_cast<const struct address_entry*>(a);
-    const auto* right = static_cast<const struct address_entry*>(b);
-    if (left->link != right->link) {
-        return left->link < right->link ? -1 : 1;
-    }
-    return left->order < right->order ? -1 : (left->order > right->order ? 1 : 0);
-}
-
-void index_messages(struct address_index* addresses, const struct message_list* list) {
-    for (struct nlmsghdr* message = first_message(list); message != nullptr;
-         message = next_message(list, message)) {
-        const auto* body = body_of<struct ifaddrmsg>(message, RTM_NEWADDR);
-        if (body == nullptr || (body->ifa_family != AF_INET && body->ifa_family != AF_INET6)) {
-            continue;
+// Written by hand, as is the hardware address: the conversions of a thousand links would cost more
+// than their records.
+void put_ipv4(struct text_buffer* out, const void* address) {
+    const auto* bytes = static_cast<const unsigned char*>(address);
+    for (size_t i = 0; i < sizeof(struct in_addr); ++i) {
+        if (i > 0) {
+            put_char(out, '.');
         }
-        addresses->entries[addresses->count] = {body->ifa_index,
-                                                static_cast<uint32_t>(addresses->count), message};
-        addresses->count++;
+        put_decimal(out, bytes[i]);
     }
 }
 
-// The first entry of a link, or where it would be.
-size_t first_entry(const struct address_index* addresses, uint32_t link) {
-    size_t low = 0;
-    size_t high = addresses->count;
-    while (low < high) {
-        const size_t middle = low + (high - low) / 2;
-        if (addresses->entries[middle].link < link) {
-            low = middle + 1;
-        } else {
-            high = middle;
-        }
+void put_ipv6(struct text_buffer* out, const void* address) {
+    char text[INET6_ADDRSTRLEN];
+    if (inet_ntop(AF_INET6, address, text, sizeof(text)) != nullptr) {
+        put_text(out, text);
     }
-    return low;
+}
+
+// Writes the address of a message; false without one.
+bool print_addrinfo(struct nlmsghdr* message, struct ifaddrmsg* body, struct text_buffer* out) {
+    struct rtattr* table[last_address_attribute + 1];
+    parse_attributes(message, body, table, last_address_attribute);
+    const bool is_ipv6 = body->ifa_family == AF_INET6;
+    const size_t width = is_ipv6 ? sizeof(struct in6_addr) : sizeof(struct in_addr);
+    const void* local = address_bytes(table[IFA_LOCAL], width);
+    const void* peer = address_bytes(table[IFA_ADDRESS], width);
+    const void* shown = local != nullptr ? local : peer;
+    if (shown == nullptr) {
+        return false;
+    }
+    (is_ipv6 ? put_ipv6 : put_ipv4)(out, shown);
+    const bool point_to_point =
+        local != nullptr && peer != nullptr && memcmp(local, peer, compared_address_bytes) != 0;
+    if (!point_to_point) {
+        put_char(out, '/');
+        put_decimal(out, body->ifa_prefixlen);
+    }
+    return true;
 }
 
 }  // namespace
 
-bool parse_link(struct nlmsghdr* message, struct link_facts* facts, uint32_t* index) {
+bool parse_link(struct nlmsghdr* message, struct link_entry* link) {
     auto* body = body_of<struct ifinfomsg>(message, RTM_NEWLINK);
     if (body == nullptr || body->ifi_type == ARPHRD_LOOPBACK) {
         return false;
@@ -122,92 +142,37 @@ bool parse_link(struct nlmsghdr* message, struct link_facts* facts, uint32_t* in
     if (table[IFLA_IFNAME] == nullptr) {
         return false;
     }
-    take_name(table[IFLA_IFNAME], facts->name);
-    facts->addresses[0] = '\0';
-    facts->hwaddr[0] = '\0';
+    take_name(table[IFLA_IFNAME], link->name);
+    link->hwaddr[0] = '\0';
     const struct rtattr* address = table[IFLA_ADDRESS];
     if (address != nullptr && shows_hwaddr(body->ifi_type)) {
         ll_addr_n2a(static_cast<const unsigned char*>(RTA_DATA(address)), payload_size(address),
-                    facts->hwaddr, sizeof(facts->hwaddr));
+                    link->hwaddr, sizeof(link->hwaddr));
     }
-    facts->flags = body->ifi_flags;
-    *index = static_cast<uint32_t>(body->ifi_index);
+    link->flags = body->ifi_flags;
+    link->index = static_cast<uint32_t>(body->ifi_index);
     return true;
 }
 
-int make_address_index(struct address_index* addresses, const struct message_list* ipv4,
-                       const struct message_list* ipv6) {
-    *addresses = {};
-    const size_t most = ipv4->count + ipv6->count;
-    if (most == 0) {
-        return 0;
-    }
-    addresses->entries =
-        static_cast<struct address_entry*>(calloc(most, sizeof(struct address_entry)));
-    if (addresses->entries == nullptr) {
-        return -1;
-    }
-    index_messages(addresses, ipv4);
-    index_messages(addresses, ipv6);
-    qsort(addresses->entries, addresses->count, sizeof(struct address_entry), compare_entries);
-    return 0;
-}
-
-void free_address_index(struct address_index* addresses) {
-    free(addresses->entries);
-    *addresses = {};
-}
-
-bool print_addrinfo(struct nlmsghdr* message, char* text, size_t size) {
+bool parse_address(struct nlmsghdr* message, struct address_entry* address) {
     auto* body = body_of<struct ifaddrmsg>(message, RTM_NEWADDR);
-    if (body == nullptr) {
+    if (body == nullptr || (body->ifa_family != AF_INET && body->ifa_family != AF_INET6)) {
         return false;
     }
-    struct rtattr* table[last_address_attribute + 1];
-    parse_attributes(message, body, table, last_address_attribute);
-    const size_t width =
-        body->ifa_family == AF_INET6 ? sizeof(struct in6_addr) : sizeof(struct in_addr);
-    const void* local = address_bytes(table[IFA_LOCAL], width);
-    const void* peer = address_bytes(table[IFA_ADDRESS], width);
-    const void* shown = local != nullptr ? local : peer;
-    char address[INET6_ADDRSTRLEN];
-    if (shown == nullptr ||
-        inet_ntop(body->ifa_family, shown, address, sizeof(address)) == nullptr) {
-        return false;
-    }
-    if (local != nullptr && peer != nullptr && memcmp(local, peer, compared_address_bytes) != 0) {
-        copy_cut(text, size, address);
-    } else {
-        snprintf(text, size, "%s/%u", address, unsigned{body->ifa_prefixlen});
-    }
-    return true;
-}
-
-void print_selected_addrinfo(const struct address_index* addresses, uint32_t index, char* text,
-                             size_t size) {
-    size_t used = 0;
-    text[0] = '\0';
-    for (size_t i = first_entry(addresses, index);
-         i < addresses->count && addresses->entries[i].link == index; ++i) {
-        char address[address_text_size];
-        if (!print_addrinfo(addresses->entries[i].message, address, sizeof(address))) {
-            continue;
-        }
-        const int length =
-            snprintf(text + used, size - used, "%s%s", used == 0 ? "" : " ", address);
-        used += static_cast<size_t>(length);
-        if (used >= size) {
-            return;
-        }
-    }
+    address->link = body->ifa_index;
+    struct text_buffer out = {address->text, sizeof(address->text), 0};
+    return print_addrinfo(message, body, &out);
 }
 
 void ll_addr_n2a(const unsigned char* address, size_t length, char* text, size_t size) {
+    const char digits[] = "0123456789abcdef";
+    struct text_buffer out = {text, size, 0};
     text[0] = '\0';
-    size_t used = 0;
-    for (size_t i = 0; i < length && used < size; ++i) {
-        const int written =
-            snprintf(text + used, size - used, "%s%02x", i == 0 ? "" : ":", unsigned{address[i]});
-        used += static_cast<size_t>(written);
+    for (size_t i = 0; i < length; ++i) {
+        if (i > 0) {
+            put_char(&out, ':');
+        }
+        put_char(&out, digits[address[i] >> 4]);
+        put_char(&out, digits[address[i] & 15]);
     }
 }

@@ -1,51 +1,39 @@
-// What the kernel's link and address messages say about one link, as texts and numbers.
+// What the kernel's link and address messages say, as texts and numbers.
 //
 // Pure: no socket, no record. Used by the live read.
 #pragma once
 
 #include <linux/netlink.h>
 #include <net/if.h>
+#include <netinet/in.h>
 #include <stddef.h>
 #include <stdint.h>
 
-#include "netinfo/message_list.h"
-
 enum {
-    ADDRESSES_SIZE = 1024,  // bytes, what is longer is cut
-    HWADDR_SIZE = 20
+    HWADDR_SIZE = 20,                     // bytes, what is longer is cut
+    ADDRESS_SIZE = INET6_ADDRSTRLEN + 4,  // an address, a slash, three digits
 };
 
-struct link_facts {
+struct link_entry {
+    uint32_t index;
+    uint32_t flags;  // IFF_ bits
     char name[IFNAMSIZ];
-    char addresses[ADDRESSES_SIZE];  // separated by one blank
-    char hwaddr[HWADDR_SIZE];        // empty when there is none to show
-    uint32_t flags;                  // IFF_ bits
+    char hwaddr[HWADDR_SIZE];  // empty when there is none to show
 };
 
-// Takes a link message apart: everything but the addresses, and the link's index. False for a
-// message that is to be ignored: no new link, a loopback, no name, or cut short.
-bool parse_link(struct nlmsghdr* message, struct link_facts* facts, uint32_t* index);
-
-// The addresses of a dump by link, each link's in the order of their arrival. Refers to the lists
-// it was made of.
-struct address_index {
-    struct address_entry* entries;
-    size_t count;
+struct address_entry {
+    uint32_t link;            // index of the link that has the address
+    uint32_t order;           // place among all addresses
+    char text[ADDRESS_SIZE];  // "10.0.0.1/24"; a point-to-point one without the "/24"
 };
 
-// Indexes the addresses of both lists, those of the first before those of the second. 0, or -1 when
-// memory is short. Given back with free_address_index().
-int make_address_index(struct address_index* addresses, const struct message_list* ipv4,
-                       const struct message_list* ipv6);
-void free_address_index(struct address_index* addresses);
+// Takes a link message apart. False for one that is to be ignored: no new link, a loopback, no
+// name, or cut short.
+bool parse_link(struct nlmsghdr* message, struct link_entry* link);
 
-// Writes the addresses of a link, separated by one blank, cut to the size given.
-void print_selected_addrinfo(const struct address_index* addresses, uint32_t index, char* text,
-                             size_t size);
-
-// Writes one address message: "10.0.0.1/24", without the "/24" for a point-to-point address. False
-// when the message carries no address.
-bool print_addrinfo(struct nlmsghdr* message, char* text, size_t size);
+// Takes an address message apart, but for the order. False for one that is to be ignored: no new
+// address, of another family than IPv4 and IPv6, without an address, or cut short.
+bool parse_address(struct nlmsghdr* message, struct address_entry* address);
 
 // Writes a hardware address: "00:1a:2b:3c:4d:5e", cut to the size given.
 void ll_addr_n2a(const unsigned char* address, size_t length, char* text, size_t size);

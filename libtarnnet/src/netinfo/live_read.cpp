@@ -9,6 +9,7 @@
 #include "netinfo/records.h"
 #include "rtnl.h"
 #include "tarnnet.h"
+#include "text.h"
 
 namespace {
 
@@ -17,65 +18,54 @@ const uint32_t widest_range = 11;
 
 const char vnic_prefix[] = "vnic";
 
-// The answers to the dumps of one read.
-struct live_tables {
-    struct message_list links;
-    struct message_list ipv4;
-    struct message_list ipv6;
-};
-
-int collect_message(const struct sockaddr_nl* /*sender*/, struct nlmsghdr* message, void* list) {
-    return add_message(static_cast<struct message_list*>(list), message);
+int collect_link_message(const struct sockaddr_nl* /*sender*/, struct nlmsghdr* message,
+                         void* tables) {
+    return collect_link(static_cast<struct link_tables*>(tables), message);
 }
 
-int dump_table(struct rtnl_sock* sock, int family, int type, struct message_list* list) {
+int collect_address_message(const struct sockaddr_nl* /*sender*/, struct nlmsghdr* message,
+                            void* tables) {
+    return collect_address(static_cast<struct link_tables*>(tables), message);
+}
+
+int dump_table(struct rtnl_sock* sock, int family, int type, rtnl_filter_fn collect,
+               struct link_tables* tables) {
     if (rtnl_wilddump_request(sock, family, type) < 0) {
         perror("Cannot send dump request");
         return -1;
     }
-    if (rtnl_dump_filter(sock, collect_message, list, nullptr, nullptr) < 0) {
+    if (rtnl_dump_filter(sock, collect, tables, nullptr, nullptr) < 0) {
         fputs("Dump terminated\n", stderr);
         return -1;
     }
     return 0;
 }
 
-int dump_tables(struct rtnl_sock* sock, uint32_t flags, struct live_tables* tables) {
-    if (dump_table(sock, AF_UNSPEC, RTM_GETLINK, &tables->links) != 0) {
+int dump_addresses(struct rtnl_sock* sock, int family, struct link_tables* tables) {
+    return dump_table(sock, family, RTM_GETADDR, collect_address_message, tables);
+}
+
+int dump_tables(struct rtnl_sock* sock, uint32_t flags, struct link_tables* tables) {
+    if (dump_table(sock, AF_UNSPEC, RTM_GETLINK, collect_link_message, tables) != 0) {
         return -1;
     }
-    if ((flags & TARNNET_READ_IPV4) != 0 &&
-        dump_table(sock, AF_INET, RTM_GETADDR, &tables->ipv4) != 0) {
+    if ((flags & TARNNET_READ_IPV4) != 0 && dump_addresses(sock, AF_INET, tables) != 0) {
         return -1;
     }
-    if ((flags & TARNNET_READ_IPV6) != 0 &&
-        dump_table(sock, AF_INET6, RTM_GETADDR, &tables->ipv6) != 0) {
+    if ((flags & TARNNET_READ_IPV6) != 0 && dump_addresses(sock, AF_INET6, tables) != 0) {
         return -1;
     }
     return 0;
 }
 
-void print_linkinfo(struct nlmsghdr* message, const struct address_index* addresses, link_sink sink,
+void print_linkinfo(const struct link_tables* tables, const struct link_entry* link, link_sink sink,
                     void* argument) {
     struct link_facts facts;
-    uint32_t index = 0;
-    if (!parse_link(message, &facts, &index)) {
-        return;
-    }
-    print_selected_addrinfo(addresses, index, facts.addresses, sizeof(facts.addresses));
+    copy_cut(facts.name, sizeof(facts.name), link->name);
+    copy_cut(facts.hwaddr, sizeof(facts.hwaddr), link->hwaddr);
+    facts.flags = link->flags;
+    print_selected_addrinfo(tables, link->index, facts.addresses);
     sink(argument, &facts);
-}
-
-void print_links(const struct live_tables* tables, link_sink sink, void* argument) {
-    struct address_index addresses;
-    if (make_address_index(&addresses, &tables->ipv4, &tables->ipv6) != 0) {
-        return;
-    }
-    for (struct nlmsghdr* message = first_message(&tables->links); message != nullptr;
-         message = next_message(&tables->links, message)) {
-        print_linkinfo(message, &addresses, sink, argument);
-    }
-    free_address_index(&addresses);
 }
 
 // A letter or digit of the C locale.
@@ -105,13 +95,14 @@ void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument) {
     if (rtnl_open(&sock, 0) < 0) {
         return;
     }
-    struct live_tables tables = {};
+    struct link_tables tables = {};
     if (dump_tables(&sock, flags, &tables) == 0) {
-        print_links(&tables, sink, argument);
+        sort_addresses(&tables);
+        for (size_t i = 0; i < tables.link_count; ++i) {
+            print_linkinfo(&tables, &tables.links[i], sink, argument);
+        }
     }
-    free_messages(&tables.links);
-    free_messages(&tables.ipv4);
-    free_messages(&tables.ipv6);
+    free_link_tables(&tables);
     rtnl_close(&sock);
 }
 

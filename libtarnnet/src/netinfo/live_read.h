@@ -3,7 +3,15 @@
 
 #include <stdint.h>
 
-#include "netinfo/link_facts.h"
+#include "netinfo/link_tables.h"
+
+// One link with its addresses.
+struct link_facts {
+    char name[IFNAMSIZ];
+    char addresses[ADDRESSES_SIZE];  // separated by one blank
+    char hwaddr[HWADDR_SIZE];        // empty when there is none to show
+    uint32_t flags;                  // IFF_ bits
+};
 
 // Is given each link, in the order of the kernel's answer.
 typedef void (*link_sink)(void* argument, const struct link_facts* facts);
