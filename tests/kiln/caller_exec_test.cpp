@@ -161,18 +161,34 @@ TEST(CallerExec, AFailureInTheLoopRestoresTheMaskAloneAndLeaksNothing) {
     EXPECT_EQ(failed, 0);
 }
 
-// Takes the child's status away before the runner can.
-struct Thief : Collector {
-    long process() override {
-        while (waitpid(-1, nullptr, 0) < 0 && errno == EINTR) {
+// Waits for the end of the child before the loop begins; takes its status away if told to.
+struct Latecomer : Caller {
+    Latecomer(const char* script, int wait_options) : Caller(script), options(wait_options) {}
+    void prepareMainLoop_() override {
+        siginfo_t info;
+        while (waitid(P_PID, static_cast<id_t>(pid), &info, options) < 0 && errno == EINTR) {
         }
-        return Collector::process();
     }
+    const int options;
 };
 
+TEST(CallerExec, AnExitBeforeTheWaitIsNotFoundByTheTimeOut) {
+    using Clock = std::chrono::steady_clock;
+    Clock::duration fastest = Clock::duration::max();
+    for (int i = 0; i < 3; ++i) {
+        const Clock::time_point start = Clock::now();
+        Collector out;
+        Latecomer caller("echo x; exit 3", WEXITED | WNOWAIT);
+        EXPECT_EQ(caller.call_with(nullptr, &out, nullptr), 3);
+        EXPECT_EQ(out.buffer, "x\n");
+        fastest = std::min(fastest, Clock::now() - start);
+    }
+    EXPECT_LT(fastest, std::chrono::milliseconds(900));
+}
+
 TEST(CallerExec, AChildThatSomebodyElseCollectedEndsTheCall) {
-    Thief out;
-    Caller caller("sleep 0.1; echo x");
+    Collector out;
+    Latecomer caller("echo x; exit 3", WEXITED);
     EXPECT_EQ(caller.call_with(nullptr, &out, nullptr), -1);
     EXPECT_EQ(caller.term_signal, 0);
     EXPECT_EQ(out.buffer, "x\n");
