@@ -57,10 +57,8 @@ TEST(Reduction, FollowsTheCoveringRules) {
         {{{"/dev", kernel}, {"/dev/pts", kernel}, {"/proc", kernel}}, "K/dev/* K/proc/* "},
         {{{"/home", network}, {"/home/shared", network}}, "+/home/* +/home/shared/* "},
         {{{"/n", network}, {"/n/p", kernel}, {"/n/p/x", network}}, "+/n/* K/n/p/* "},
-        {{{"/a", automount}, {"/a/b", kernel}}, "+/a K/a/b/* "},
         {{{"/p", kernel}, {"/p/a", automount}, {"/p/a/b", automount}, {"/p/a/b/c", automount}},
          "K/p/* +/p/a/b "},
-        {{{"/p", kernel}, {"/p/a/b", network}}, "K/p/* "},
         {{{"/p", kernel_whole}, {"/p/a/b", automount}}, "K/p "},
         // Neighbours that sort between a mount and what lies below it.
         {{{"/p", kernel}, {"/p/a/b", automount}, {"/p-a", kernel}, {"/pa", kernel}},
@@ -76,20 +74,15 @@ TEST(Reduction, FollowsTheCoveringRules) {
     }
 }
 
-TEST(Reduction, LooksAtTheRootAndAtTheEmptyPrefix) {
-    ExcludeTable table = {{"/", kernel}};
-    add_exclude_dir(table, "/a/b", automount);
-    EXPECT_EQ(show(table), "K//* ");
-    table = {{"", kernel}};
-    add_exclude_dir(table, "/a", automount);
-    add_exclude_dir(table, "/a/b", automount);
-    EXPECT_EQ(show(table), "K/* +/a/b ");
-}
-
-// The covering rules word by word, with each prefix made by joining components.
-bool covered_by_the_book(const ExcludeTable& table, const std::string& path,
+// Whether a path is not to be added, by the rules word by word, with each prefix made by joining
+// components.
+bool refused_by_the_book(const ExcludeTable& table, const std::string& path,
                          const MntFlags& flags) {
     const std::vector<std::string> parts = Kiln::split("/", path, 0);
+    const auto root = table.find("/");
+    if (parts.size() < 2 || (root != table.end() && !root->second.flag)) {
+        return true;
+    }
     for (auto end = parts.begin() + 1; end < parts.end(); ++end) {
         const auto found = table.find(Kiln::join("/", parts.begin(), end));
         if (found == table.end() || found->second.flag) {
@@ -110,6 +103,11 @@ TEST(Reduction, AgreesWithTheRulesOnRandomTables) {
     };
     for (int round = 0; round < 5000; ++round) {
         ExcludeTable table;
+        for (const char* root : {"", "/"}) {  // only the rules themselves know such entries
+            if (below(20) == 0) {
+                table[root] = MntFlags(below(2) == 0, below(2) == 0);
+            }
+        }
         for (int entry = 0; entry < 8; ++entry) {
             std::string path = below(8) != 0 ? "/" : "";
             for (unsigned length = 1 + below(7); length > 0; --length) {
@@ -118,7 +116,7 @@ TEST(Reduction, AgreesWithTheRulesOnRandomTables) {
             path += 'z';
             const MntFlags flags(below(3) == 0, below(2) == 0);
             ExcludeTable expected = table;
-            if (path.find('/') != std::string::npos && !covered_by_the_book(table, path, flags)) {
+            if (!refused_by_the_book(table, path, flags)) {
                 expected[path] = flags;
             }
             add_exclude_dir(table, path + "//", flags);
