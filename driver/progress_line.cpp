@@ -83,10 +83,12 @@ std::string format_progress(const ScanProgress& progress, int columns) {
 }
 
 void ProgressLine::progress(const ScanProgress& progress) {
-    const std::string line = format_progress(progress, columns_of(fd_));
+    const int columns = columns_of(fd_);
+    const std::string line = format_progress(progress, columns);
+    const std::size_t left_over = shown_within(columns);
     std::string text = "\r" + line;
-    if (line.size() < shown_) {
-        text.append(shown_ - line.size(), ' ').append("\r" + line);
+    if (line.size() < left_over) {
+        text.append(left_over - line.size(), ' ').append("\r" + line);
     }
     shown_ = line.size();
     write(text);
@@ -94,9 +96,14 @@ void ProgressLine::progress(const ScanProgress& progress) {
 
 void ProgressLine::finished() {
     if (shown_ > 0) {
-        write("\r" + std::string(shown_, ' ') + "\r");
+        write("\r" + std::string(shown_within(columns_of(fd_)), ' ') + "\r");
         shown_ = 0;
     }
+}
+
+// A terminal made narrower meanwhile must not wrap the blanks into another line.
+std::size_t ProgressLine::shown_within(int columns) const {
+    return std::min(shown_, static_cast<std::size_t>(columns - 1));
 }
 
 // A terminal that cannot be written to must not disturb the scan.

@@ -1,6 +1,7 @@
 // The line that shows on a terminal how far a long scan is.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "calc/scan_observer.h"
@@ -20,6 +21,7 @@ public:
     void finished() override;
 
 private:
+    std::size_t shown_within(int columns) const;
     void write(const std::string& text) const;
 
     int fd_;

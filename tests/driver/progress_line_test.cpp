@@ -3,7 +3,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 namespace {
 
@@ -57,6 +60,39 @@ TEST(ProgressLine, RewritesInPlaceAndWipes) {
               "\r" + first + "\r" + second + "\r" + std::string(second.size(), ' ') + "\r");
     close(fds[0]);
     close(fds[1]);
+}
+
+// On a terminal that becomes narrower, as on one that stays, a line takes one row at most.
+TEST(ProgressLine, FollowsTheWidthOfTheTerminal) {
+    const int screen = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(screen, 0);
+    ASSERT_EQ(grantpt(screen), 0);
+    ASSERT_EQ(unlockpt(screen), 0);
+    const int terminal = open(ptsname(screen), O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    const auto resize = [&](unsigned short columns) {
+        const winsize size = {24, columns, 0, 0};
+        EXPECT_EQ(ioctl(terminal, TIOCSWINSZ, &size), 0);
+    };
+    ProgressLine line(terminal);
+    resize(80);
+    line.progress(halfway());
+    resize(40);
+    line.progress(halfway());
+    resize(30);
+    line.finished();
+    const std::string expected = "\r" + format_progress(halfway(), 80) + "\r" +
+                                 format_progress(halfway(), 40) + "\r" + std::string(29, ' ') +
+                                 "\r";
+    std::string seen;  // a terminal hands on in pieces
+    char piece[512];
+    ssize_t size = 1;
+    while (seen.size() < expected.size() && (size = read(screen, piece, sizeof(piece))) > 0) {
+        seen.append(piece, static_cast<std::size_t>(size));
+    }
+    EXPECT_EQ(seen, expected);
+    close(terminal);
+    close(screen);
 }
 
 }  // namespace
