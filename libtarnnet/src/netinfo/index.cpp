@@ -199,6 +199,25 @@ void drop_network_if_empty(struct kind_slot* slot, struct network_node* network)
     free_network(network);
 }
 
+void keep_record(void* /*record*/) {}
+
+void destroy_container(void* node) {
+    tdestroy(static_cast<struct container_node*>(node)->names, keep_record);
+    free(node);
+}
+
+void clear_level(struct container_level* level) {
+    tdestroy(level->host.names, keep_record);
+    tdestroy(level->containers, destroy_container);
+    *level = {};
+}
+
+void destroy_network(void* node) {
+    auto* network = static_cast<struct network_node*>(node);
+    clear_level(&network->level);
+    free_network(network);
+}
+
 }  // namespace
 
 void stamp_index_slots(void) {
@@ -251,6 +270,14 @@ void index_remove(const struct tarnnetif_info* record, uint32_t kind, const char
     level_remove(&slot->level, record);
     if (network_id != nullptr) {
         network_index_remove(record, kind, network_id);
+    }
+}
+
+void index_clear(void) {
+    for (struct kind_slot& slot : slots) {
+        clear_level(&slot.level);
+        tdestroy(slot.networks, destroy_network);
+        slot.networks = nullptr;
     }
 }
 

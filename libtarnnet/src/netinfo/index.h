@@ -19,6 +19,9 @@ int index_insert(struct tarnnetif_info* record, uint32_t kind, const char* netwo
 // Takes the record out of where it was filed.
 void index_remove(const struct tarnnetif_info* record, uint32_t kind, const char* network_id);
 
+// Takes every record out, at a fraction of what taking out each one costs.
+void index_clear(void);
+
 // Puts another record of the same name, container, kind and network in its place. Never fails.
 void index_replace(const struct tarnnetif_info* record, struct tarnnetif_info* other);
 

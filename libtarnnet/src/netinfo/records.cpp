@@ -93,7 +93,10 @@ void purge_old_generations(void) {
 }
 
 void purge_all_generations(void) {
+    index_clear();
     while (netinfo.active != nullptr) {
-        junk_tarnnetif_info(netinfo.active);
+        struct tarnnetif_info* record = netinfo.active;
+        unlink_record(&netinfo.active, record);
+        discard_record(record);
     }
 }
