@@ -79,8 +79,7 @@ bool is_covered(const ExcludeTable& table, std::string_view path, const MntFlags
                 return true;
             }
             slash = path.find('/', slash + 1);
-        } else if (common == path.size() ||
-                   (common < key.size() && path.substr(common) < key.substr(common))) {
+        } else if (common < key.size() && path.substr(common) < key.substr(common)) {
             return false;
         } else {
             slash = path.find('/', std::max(common, slash + 1));
