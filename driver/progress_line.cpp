@@ -1,6 +1,7 @@
 #include "driver/progress_line.h"
 
 #include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -21,6 +22,13 @@ int columns_of(int fd) {
         return size.ws_col;
     }
     return DEFAULT_COLUMNS;
+}
+
+// A job in the background must not draw over the shell's prompt, and a terminal may stop it for
+// trying.
+bool in_foreground(int fd) {
+    const pid_t foreground = tcgetpgrp(fd);
+    return foreground == -1 || foreground == getpgrp();
 }
 
 // 90 is "1:30", 3690 is "1:01:30".
@@ -83,6 +91,9 @@ std::string format_progress(const ScanProgress& progress, int columns) {
 }
 
 void ProgressLine::progress(const ScanProgress& progress) {
+    if (!in_foreground(fd_)) {
+        return;
+    }
     const int columns = columns_of(fd_);
     const std::string line = format_progress(progress, columns);
     const std::size_t left_over = shown_within(columns);
@@ -95,10 +106,10 @@ void ProgressLine::progress(const ScanProgress& progress) {
 }
 
 void ProgressLine::finished() {
-    if (shown_ > 0) {
+    if (shown_ > 0 && in_foreground(fd_)) {
         write("\r" + std::string(shown_within(columns_of(fd_)), ' ') + "\r");
-        shown_ = 0;
     }
+    shown_ = 0;
 }
 
 // A terminal made narrower meanwhile must not wrap the blanks into another line.
