@@ -1,0 +1,82 @@
+// A host for the inventory's tests: a network namespace with links of the test's own, a /sys that
+// shows it, and a result as lines of text.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "tarnnet.h"
+#include "tests/support/private_host.h"
+
+namespace inventory_host {
+
+using Lines = std::vector<std::string>;
+
+// Runs commands of "ip", one a line. Links stay down, so that the kernel adds no addresses.
+inline void run_ip(const std::string& commands) {
+    FILE* ip = popen("ip -batch -", "w");
+    ASSERT_NE(ip, nullptr);
+    std::fputs(commands.c_str(), ip);
+    ASSERT_EQ(pclose(ip), 0) << commands;
+}
+
+inline void show_own_sys() {
+    ASSERT_EQ(mount("sysfs", "/sys", "sysfs", 0, nullptr), 0);
+}
+
+// An empty tmpfs over a directory.
+inline void empty(const char* path) {
+    ASSERT_EQ(mount("none", path, "tmpfs", 0, nullptr), 0) << path;
+}
+
+inline std::string joined(char* const* list) {
+    std::string text;
+    for (; list != nullptr && *list != nullptr; ++list)
+        text += (text.empty() ? "" : ",") + std::string(*list);
+    return text;
+}
+
+inline std::string field(const char* name, const char* value) {
+    return value == nullptr ? "" : std::string(" ") + name + "=" + value;
+}
+
+// "eth0 2 [10.0.0.1/24] [dhcp] bridge=br0 network=net1", with "101:" in front for a container.
+inline std::string line_of(const tarnnetif_info& record) {
+    std::string line = record.veid == 0 ? "" : std::to_string(record.veid) + ":";
+    line += std::string(record.name) + " " + std::to_string(record.type) + " [" +
+            joined(record.addresses) + "] [" + joined(record.conf_addresses) + "]" +
+            field("bridge", record.bridge) + field("network", record.network_id);
+    if (record.type == IFT_VETH && record.data.veth.peer_name != nullptr)
+        line += " peer=" + std::to_string(record.data.veth.peer_veid) + ":" +
+                record.data.veth.peer_name;
+    if (record.type == IFT_VLAN)
+        line += " vlan=" + std::to_string(record.data.vlan.vlan_id) +
+                field("master", record.data.vlan.vlan_master);
+    return line;
+}
+
+inline Lines lines_of(const tarnnet_info* result) {
+    Lines lines;
+    if (result == nullptr)
+        return {"none"};
+    for (tarnnetif_info** record = result->records; *record != nullptr; ++record)
+        lines.push_back(line_of(**record));
+    return lines;
+}
+
+// The inventory of all kinds of a range of containers.
+inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, uint32_t max = 0) {
+    tarnnet_filter* filter =
+        tarnnet_get_simple_filter(IFT_ALL, nullptr, nullptr, nullptr, min, max);
+    tarnnet_info* result = tarnnet_get_info(flags, filter);
+    tarnnet_release_filter(filter);
+    Lines lines = lines_of(result);
+    tarnnet_release_info(result);
+    return lines;
+}
+
+}  // namespace inventory_host
