@@ -13,7 +13,8 @@ struct libtarnnet_state {
     int lock_fd;       // open lock file, or -1
     time_t conf_time;  // configuration file's modification time as its writer left it; never set
 };
-extern struct libtarnnet_state libtarnnet_state;
+extern struct libtarnnet_state
+    libtarnnet_state;  // NOLINT(bugprone-dynamic-static-initializers): all constants
 
 // Sets the library up, once. Returns 0, or TARNNET_ERR_STATE when that failed; the next call tries
 // again then.

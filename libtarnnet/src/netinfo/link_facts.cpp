@@ -67,6 +67,10 @@ void parse_attributes(struct nlmsghdr* message, Body* body, struct rtattr* table
                  static_cast<int>(length));
 }
 
+const unsigned char* payload(const struct rtattr* attribute) {
+    return static_cast<const unsigned char*>(static_cast<const void*>(attribute)) + RTA_LENGTH(0);
+}
+
 size_t payload_size(const struct rtattr* attribute) {
     return attribute->rta_len - RTA_LENGTH(0);
 }
@@ -80,13 +84,13 @@ bool shows_hwaddr(uint16_t hardware) {
 void take_name(const struct rtattr* attribute, char name[IFNAMSIZ]) {
     const size_t size = payload_size(attribute);
     const size_t length = size < IFNAMSIZ ? size : IFNAMSIZ - 1;
-    memcpy(name, RTA_DATA(attribute), length);
+    memcpy(name, payload(attribute), length);
     name[length] = '\0';
 }
 
 // The bytes of an address attribute, or NULL when it is missing or too short for its family.
 const void* address_bytes(const struct rtattr* attribute, size_t size) {
-    return attribute == nullptr || payload_size(attribute) < size ? nullptr : RTA_DATA(attribute);
+    return attribute == nullptr || payload_size(attribute) < size ? nullptr : payload(attribute);
 }
 
 // Written by hand, as is the hardware address: the conversions of a thousand links would cost more
@@ -146,8 +150,7 @@ bool parse_link(struct nlmsghdr* message, struct link_entry* link) {
     link->hwaddr[0] = '\0';
     const struct rtattr* address = table[IFLA_ADDRESS];
     if (address != nullptr && shows_hwaddr(body->ifi_type)) {
-        ll_addr_n2a(static_cast<const unsigned char*>(RTA_DATA(address)), payload_size(address),
-                    link->hwaddr, sizeof(link->hwaddr));
+        ll_addr_n2a(payload(address), payload_size(address), link->hwaddr, sizeof(link->hwaddr));
     }
     link->flags = body->ifi_flags;
     link->index = static_cast<uint32_t>(body->ifi_index);

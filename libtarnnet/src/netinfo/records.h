@@ -57,7 +57,7 @@ struct record_state {
     struct tarnnetif_info* active;     // list of the records in the indexes, newest first
     struct tarnnetif_info* trash;      // replaced records that results still hold
 };
-extern struct record_state netinfo;
+extern struct record_state netinfo;  // NOLINT(bugprone-dynamic-static-initializers): all constants
 
 // Starts a read: its records get this origin and a new generation.
 void use_origin(uint32_t veid, uint32_t source);
