@@ -1,10 +1,12 @@
 // Datagrams of a netlink answer, and what their link and address messages say.
+#include <arpa/inet.h>
+
 #include <cstring>
 #include <memory>
 
 #include "fuzz/support.h"
 #include "netinfo/link_facts.h"
-#include "netinfo/message_list.h"
+#include "netinfo/link_tables.h"
 #include "rtnl.h"
 
 namespace {
@@ -13,8 +15,12 @@ namespace {
 constexpr std::uint32_t our_port = 0x31313131;
 constexpr std::uint32_t our_sequence = 0x32323232;
 
-int collect(const sockaddr_nl* /*sender*/, nlmsghdr* message, void* list) {
-    return add_message(static_cast<message_list*>(list), message);
+int take_link(const sockaddr_nl* /*sender*/, nlmsghdr* message, void* tables) {
+    return collect_link(static_cast<link_tables*>(tables), message);
+}
+
+int take_address(const sockaddr_nl* /*sender*/, nlmsghdr* message, void* tables) {
+    return collect_address(static_cast<link_tables*>(tables), message);
 }
 
 int refuse(const sockaddr_nl* /*sender*/, nlmsghdr* /*message*/, void* /*argument*/) {
@@ -22,33 +28,43 @@ int refuse(const sockaddr_nl* /*sender*/, nlmsghdr* /*message*/, void* /*argumen
 }
 
 // Walks one datagram in a copy of exactly its size, so that a read behind it is noticed.
-rtnl_walk walk(const std::string& datagram, message_list* list, rtnl_filter_fn junk) {
+void walk(const std::string& datagram, rtnl_filter_fn filter, link_tables* tables,
+          rtnl_filter_fn junk) {
     rtnl_sock sock = {};
     sock.local_addr.nl_pid = our_port;
     sock.dump_seq = our_sequence;
     const sockaddr_nl kernel = {};
-    const rtnl_receivers receivers = {collect, list, junk, nullptr};
+    const rtnl_receivers receivers = {filter, tables, junk, nullptr};
     const std::unique_ptr<char[]> copy(new char[datagram.size()]);
     std::memcpy(copy.get(), datagram.data(), datagram.size());
     const rtnl_walk end =
         rtnl_walk_datagram(&sock, &kernel, copy.get(), datagram.size(), &receivers);
     fuzz::require(end.remaining <= datagram.size(), "no more is left over than there was");
     fuzz::require(end.result <= 0 && (end.finished != 0 || end.result == 0), "a documented end");
-    return end;
 }
 
-void show_links(const message_list& links, const address_index& addresses) {
-    for (nlmsghdr* message = first_message(&links); message != nullptr;
-         message = next_message(&links, message)) {
-        link_facts facts;
-        std::uint32_t index = 0;
-        if (!parse_link(message, &facts, &index)) {
-            continue;
-        }
-        print_selected_addrinfo(&addresses, index, facts.addresses, sizeof(facts.addresses));
-        fuzz::require(std::strlen(facts.name) < sizeof(facts.name) &&
-                          std::strlen(facts.addresses) < sizeof(facts.addresses) &&
-                          std::strlen(facts.hwaddr) < sizeof(facts.hwaddr),
+// The C library reads the text of an address and would write the same.
+void check_address(const std::string& text) {
+    const std::string address = text.substr(0, text.find('/'));
+    const int family = address.find(':') == std::string::npos ? AF_INET : AF_INET6;
+    in6_addr bytes = {};
+    char again[INET6_ADDRSTRLEN] = "";
+    fuzz::require(inet_pton(family, address.c_str(), &bytes) == 1, "an address can be read");
+    inet_ntop(family, &bytes, again, sizeof(again));
+    fuzz::require(address == again, "an address has its usual form");
+}
+
+void check_tables(const link_tables& tables) {
+    for (std::size_t i = 0; i < tables.address_count; ++i) {
+        check_address(tables.addresses[i].text);
+    }
+    for (std::size_t i = 0; i < tables.link_count; ++i) {
+        const link_entry& link = tables.links[i];
+        char line[ADDRESSES_SIZE];
+        print_selected_addrinfo(&tables, link.index, line);
+        fuzz::require(std::strlen(link.name) < sizeof(link.name) &&
+                          std::strlen(link.hwaddr) < sizeof(link.hwaddr) &&
+                          std::strlen(line) < sizeof(line),
                       "every text is ended");
     }
 }
@@ -58,21 +74,13 @@ void show_links(const message_list& links, const address_index& addresses) {
 // Input: three datagrams, of links and of the addresses of two families.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string> datagrams = fuzz::sections(data, size, 3);
-    message_list lists[3] = {};
-    for (std::size_t i = 0; i < 3; ++i) {
-        walk(datagrams[i], &lists[i], nullptr);
-    }
-    message_list unused = {};
-    walk(datagrams[0], &unused, refuse);
-    free_messages(&unused);
-
-    address_index addresses;
-    fuzz::require(make_address_index(&addresses, &lists[1], &lists[2]) == 0, "memory");
-    show_links(lists[0], addresses);
-    free_address_index(&addresses);
-    for (message_list& list : lists) {
-        free_messages(&list);
-    }
+    link_tables tables = {};
+    walk(datagrams[0], take_link, &tables, nullptr);
+    walk(datagrams[1], take_address, &tables, nullptr);
+    walk(datagrams[2], take_address, &tables, refuse);
+    sort_addresses(&tables);
+    check_tables(tables);
+    free_link_tables(&tables);
     return 0;
 }
 
