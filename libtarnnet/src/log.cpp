@@ -30,7 +30,10 @@ void write_whole(int fd, const char* text, size_t length) {
 }
 
 void append_line(const char* message) {
-    const int fd = open(kLogPath, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+    int fd = -1;
+    do {
+        fd = open(kLogPath, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+    } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
         return;
     }

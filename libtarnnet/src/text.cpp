@@ -20,7 +20,10 @@ bool is_space(char c) {
 }
 
 FILE* open_text_file(const char* path) {
-    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    int fd = -1;
+    do {
+        fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
         return nullptr;
     }

@@ -385,8 +385,8 @@ TEST(Faults, AnOutputThatCannotBeWrittenIsReported) {
 TEST(Faults, AnInterruptionChangesNothing) {
     on_fault_host([](Expectations& host) {
         const auto same = nothing_changes(host);
-        for (const fault_call call :
-             {FAULT_read, FAULT_write, FAULT_close, FAULT_ppoll, FAULT_waitpid, FAULT_recvmsg}) {
+        for (const fault_call call : {FAULT_open, FAULT_read, FAULT_write, FAULT_close, FAULT_ppoll,
+                                      FAULT_waitpid, FAULT_recvmsg}) {
             fail_each(host, {call, 0, EINTR}, same);
         }
         fail_each(host, {FAULT_dup2, 0, EINTR, true}, same);
