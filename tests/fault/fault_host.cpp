@@ -24,7 +24,7 @@ namespace {
 
 using private_host::write_file;
 
-constexpr std::chrono::seconds time_limit(20);
+constexpr std::chrono::seconds time_limit(60);
 constexpr const char* page_path = "/tmp/page";
 constexpr const char* out_path = "/tmp/out";
 constexpr const char* err_path = "/tmp/err";
