@@ -68,6 +68,8 @@ TEST(Reduction, FollowsTheCoveringRules) {
         {{{"a/b", network}, {"a", kernel}}, "+a/b/* "},
         {{{"/m/", network}, {"/m", automount}, {"/m//", kernel}}, "K/m/* "},
         {{{"/m", kernel}, {"/m//x", automount}, {"/m/x/", network}}, "K/m/* +/m//x "},
+        // What sorts before the mount that would cover it is in the table already, and stays.
+        {{{"/m/#", network}, {"/m//", kernel}}, "K/m/* +/m/#/* "},
     };
     for (const auto& [candidates, expected] : cases) {
         EXPECT_EQ(show(refactor_excludes(candidates)), expected) << show(candidates);
