@@ -1,4 +1,5 @@
-/* A user of the installed library: prints how many interfaces the host has. Builds as C and as C++. */
+/* A user of the installed library: prints how many interfaces the host has. Builds as C and as C++.
+ */
 #include <stdio.h>
 #include <tarnnet.h>
 
