@@ -49,7 +49,8 @@ enum fault_call {
 
 struct fault_page {
     /* The order: the at-th of these calls fails with that system error, in the program itself or in
-     * the children that it forks, before they become another program. at 0 only counts. The four of
+     * the children that it forks, before they become another program. at 0 only counts. With the
+     * error 0 read(), write() and recvmsg() succeed with less than they were asked for. The four of
      * malloc() and its kind count only while libtarnnet is at work. */
     int call;
     int at;

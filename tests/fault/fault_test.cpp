@@ -384,6 +384,17 @@ TEST(Faults, AnOutputThatCannotBeWrittenIsReported) {
     });
 }
 
+TEST(Faults, AShortTransferChangesNothing) {
+    on_fault_host([](Expectations& host) {
+        fail_each(host, {FAULT_read, 0, 0}, nothing_changes(host));
+        fail_each(host, {FAULT_write, 0, 0}, nothing_changes(host));
+        // But half a netlink message ends the process as it stands.
+        const Outcomes ended = {{1, "", ""}};
+        const int socket_stays_open = 1;
+        fail_each(host, {FAULT_recvmsg, 0, 0}, one_of(ended), socket_stays_open);
+    });
+}
+
 TEST(Faults, AnInterruptionChangesNothing) {
     on_fault_host([](Expectations& host) {
         const auto same = nothing_changes(host);
