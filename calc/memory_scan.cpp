@@ -3,8 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cinttypes>
-#include <cstdio>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -45,9 +44,8 @@ ProcessTables read_processes(const std::vector<std::int32_t>& pids) {
     ProcessTables tables;
     std::string text;
     for (const std::int32_t pid : pids) {
-        char path[32];
-        std::snprintf(path, sizeof(path), "/proc/%" PRIu32 "/status",
-                      static_cast<std::uint32_t>(pid));
+        const std::string path =
+            "/proc/" + std::to_string(static_cast<std::uint32_t>(pid)) + "/status";
         if (Kiln::get_file(path, text) == 0) {
             add_process(tables, pid, text);
         }

@@ -8,14 +8,16 @@
 
 namespace {
 
+bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+
 // The part of the line from its value on: behind the first run of blanks. Empty without a value.
 std::string_view value_of(std::string_view line) {
-    constexpr const char* BLANKS = " \t";
-    std::size_t pos = line.find_first_of(BLANKS);
-    if (pos != std::string_view::npos) {
-        pos = line.find_first_not_of(BLANKS, pos);
-    }
-    return pos == std::string_view::npos ? std::string_view() : line.substr(pos);
+    const auto* const blank = std::find_if(line.begin(), line.end(), is_blank);
+    const auto* const value = std::find_if_not(blank, line.end(), is_blank);
+    line.remove_prefix(static_cast<std::size_t>(value - line.begin()));
+    return line;
 }
 
 // A copy ends the number at the end of the line: the conversion itself would read on over a
@@ -24,8 +26,11 @@ std::int32_t number_of(std::string_view line) {
     return Kiln::leading_int(std::string(value_of(line)).c_str());
 }
 
-bool has_key(std::string_view line, std::string_view key) {
-    return line.compare(0, key.size(), key) == 0;
+// A template, so that each key is compared in a few instructions: status files have many lines.
+template <std::size_t SIZE>
+bool has_key(std::string_view line, const char (&key)[SIZE]) {
+    constexpr std::size_t LENGTH = SIZE - 1;
+    return line.size() >= LENGTH && std::memcmp(line.data(), key, LENGTH) == 0;
 }
 
 struct TextSizes {
@@ -92,7 +97,8 @@ void parse_process_status(const std::string& text, proc_info_t& info) {
 }
 
 void add_process(ProcessTables& tables, std::int32_t pid, const std::string& status_text) {
-    proc_info_t& info = tables.processes[pid];
+    // The directory lists rising ids, so a new one nearly always belongs at the end.
+    proc_info_t& info = tables.processes.try_emplace(tables.processes.end(), pid)->second;
     parse_process_status(status_text, info);
     tables.children[info.ppid].push_back(pid);
 }
