@@ -1,0 +1,145 @@
+// What the memory scan costs beside a bare loop that opens, reads and closes the same status files,
+// over many real processes, and how it grows with their number.
+//
+//     memory_scan_bench [--quick]      as root
+#include <dirent.h>
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "bench/bench_support.h"
+#include "calc/tarn_hwcalc.h"
+
+namespace {
+
+constexpr double ratio_limit = 1.2;
+constexpr double growth_limit = 5.5;  // from 1,000 to 5,000 processes
+
+std::string status_path(pid_t pid) {
+    return "/proc/" + std::to_string(pid) + "/status";
+}
+
+// Processes that do nothing. They end with the first process of their namespace, the benchmark.
+class IdleProcesses {
+public:
+    // The benchmark itself is one of them.
+    IdleProcesses() : paths_{status_path(getpid())} {}
+
+    void grow_to(std::size_t count) {
+        while (paths_.size() < count)
+            paths_.push_back(status_path(start_one()));
+    }
+
+    const std::vector<std::string>& status_paths() const { return paths_; }
+
+private:
+    // Returns when the process stands still, so that it costs no measurement anything.
+    static pid_t start_one() {
+        const pid_t pid = fork();
+        if (pid < 0)
+            Bench::give_up("fork");
+        if (pid == 0) {
+            raise(SIGSTOP);
+            _exit(0);
+        }
+        if (waitpid(pid, nullptr, WUNTRACED) != pid)
+            Bench::give_up("waitpid");
+        return pid;
+    }
+
+    std::vector<std::string> paths_;
+};
+
+// The floor for files that are known beforehand: nothing is kept, no end of file is looked for.
+void bare_read(const char* path) {
+    char text[4096];
+    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0 || read(fd, text, sizeof text) <= 0)
+        Bench::give_up(path);
+    close(fd);
+}
+
+// The floor: finds the processes in /proc, as anybody must, and reads the file of each.
+void bare_scan() {
+    DIR* proc = opendir("/proc");
+    while (const dirent* entry = readdir(proc)) {
+        if (entry->d_name[0] < '0' || entry->d_name[0] > '9')
+            continue;
+        char path[300];
+        std::snprintf(path, sizeof path, "/proc/%s/status", entry->d_name);
+        bare_read(path);
+    }
+    closedir(proc);
+}
+
+void scan() {
+    TarnHWCalc calc;
+    PhysParams profile;
+    if (calc.calcMemInfoByVmSize(&profile) != 0 || profile.privvmpages == 0)
+        Bench::give_up("memory scan");
+}
+
+int measure(const Bench::Options& options) {
+    Bench::Table table;
+    IdleProcesses processes;
+    const auto cost_of = [&](std::size_t count, int rounds) {
+        processes.grow_to(count);
+        const Bench::Medians medians =
+            Bench::by_turns(rounds, Bench::Timing::cold_cpu, scan, bare_scan);
+        table.compare("memory scan, " + std::to_string(count) + " processes", medians, ratio_limit);
+        return medians;
+    };
+    const Bench::Medians of_100 = cost_of(100, options.rounds(200, 40));
+    const Bench::Medians of_1000 = cost_of(1000, options.rounds(100, 20));
+    const Bench::Medians of_5000 = cost_of(5000, options.rounds(40, 10));
+    const auto read_known = [&] {
+        for (const std::string& path : processes.status_paths())
+            bare_read(path.c_str());
+    };
+    table.compare(
+        "  beside reading 5000 files known beforehand",
+        Bench::by_turns(options.rounds(40, 10), Bench::Timing::cold_cpu, scan, read_known),
+        Bench::no_limit);
+    table.growth("  growth, 100 to 1000 processes", of_100, of_1000, Bench::no_limit);
+    table.growth("  growth, 1000 to 5000 processes", of_1000, of_5000, growth_limit);
+    return table.exit_status();
+}
+
+// Makes the first process of a process namespace whose /proc shows that namespace alone, and leaves
+// the measuring to it. It ends with us, and all that it has started ends with it.
+int measure_in_private(const Bench::Options& options) {
+    if (unshare(CLONE_NEWPID | CLONE_NEWNS) != 0)
+        Bench::give_up("unshare");
+    const pid_t pid = fork();
+    if (pid < 0)
+        Bench::give_up("fork");
+    if (pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("proc", "/proc", "proc", 0, nullptr) != 0)
+            Bench::give_up("mount");
+        _exit(measure(options));
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Bench::Options options(argc, argv);
+    if (geteuid() != 0) {
+        Bench::Table().skip("memory scan", "skipped: needs root");
+        return 0;
+    }
+    return measure_in_private(options);
+}
