@@ -18,35 +18,90 @@
 namespace {
 
 const char net_path[] = "/sys/class/net";
-const char virtual_path[] = "../../devices/virtual/net";  // from there
+const char virtual_path[] = "/sys/class/net/../../devices/virtual/net";
 const size_t path_size = 512;
 
-// The directory to look for "name/bridge" in, for the caller to close; -1 when there is none. On
-// the kernel's own file system that is where the links of all bridges lead, as no hardware is below
-// them: to follow the link of each of a thousand interfaces would cost as much as to ask for them.
-int open_bridge_root(void) {
-    const int listed = open(net_path, O_PATH | O_DIRECTORY | O_CLOEXEC);
+// To follow the link of an interface costs twice what it costs to look where it leads. On the
+// kernel's own file system the link of a device without hardware leads to its namesake in a second
+// directory, which is listed in the same order: the one that comes next in both is looked up there,
+// every other one, and each when there is no such directory, through its link.
+struct bridge_search {
+    int interfaces;             // directory of all interfaces
+    DIR* virtuals;              // directory of the devices without hardware, or NULL
+    const struct dirent* next;  // the first of them not met yet, or NULL
+};
+
+// What is_bridge() uses, which a filter of scandir() cannot be told; the library lock guards it.
+struct bridge_search search;
+
+bool is_sysfs(int fd) {
     struct statfs status;
-    if (listed < 0 || fstatfs(listed, &status) != 0 || status.f_type != SYSFS_MAGIC) {
-        return listed;
-    }
-    const int virtual_devices = openat(listed, virtual_path, O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (virtual_devices < 0) {
-        return listed;
-    }
-    close(listed);
-    return virtual_devices;
+    return fstatfs(fd, &status) == 0 && status.f_type == SYSFS_MAGIC;
 }
 
-// Where is_bridge() looks, which a filter of scandir() cannot be told; the library lock guards it.
-int bridge_root = -1;
+// Whether two directories show the devices of the same network namespace.
+bool same_file_system(int a, int b) {
+    struct stat left;
+    struct stat right;
+    return fstat(a, &left) == 0 && fstat(b, &right) == 0 && left.st_dev == right.st_dev;
+}
+
+DIR* open_virtuals(int interfaces) {
+    DIR* virtuals = is_sysfs(interfaces) ? opendir(virtual_path) : nullptr;
+    if (virtuals != nullptr && !same_file_system(interfaces, dirfd(virtuals))) {
+        closedir(virtuals);
+        virtuals = nullptr;
+    }
+    return virtuals;
+}
+
+bool is_dots(const char* name) {
+    return strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
+}
+
+void take_next_virtual(void) {
+    do {
+        search.next = readdir(search.virtuals);
+    } while (search.next != nullptr && is_dots(search.next->d_name));
+}
+
+// 0, or -1 when there is nothing to search.
+int begin_search(void) {
+    search = {open(net_path, O_PATH | O_DIRECTORY | O_CLOEXEC), nullptr, nullptr};
+    if (search.interfaces < 0) {
+        return -1;
+    }
+    search.virtuals = open_virtuals(search.interfaces);
+    if (search.virtuals != nullptr) {
+        take_next_virtual();
+    }
+    return 0;
+}
+
+void end_search(void) {
+    if (search.virtuals != nullptr) {
+        closedir(search.virtuals);
+    }
+    close(search.interfaces);
+}
+
+// The directory in which to look for an interface, given in the order of the listing.
+int directory_of(const char* name) {
+    if (search.next == nullptr || strcmp(search.next->d_name, name) != 0) {
+        return search.interfaces;
+    }
+    take_next_virtual();
+    return dirfd(search.virtuals);
+}
 
 // Of scandir(): the entries that have a directory "bridge".
 int is_bridge(const struct dirent* entry) {
     char path[sizeof(entry->d_name) + sizeof("/bridge")];
     struct stat status;
     stpcpy(stpcpy(path, entry->d_name), "/bridge");
-    return fstatat(bridge_root, path, &status, 0) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
+    return fstatat(directory_of(entry->d_name), path, &status, 0) == 0 && S_ISDIR(status.st_mode)
+               ? 1
+               : 0;
 }
 
 void free_entries(struct dirent** entries, int count) {
@@ -100,13 +155,12 @@ void read_bridge(const char* name) {
 }  // namespace
 
 void read_bridges(void) {
-    bridge_root = open_bridge_root();
-    if (bridge_root < 0) {
+    if (begin_search() != 0) {
         return;
     }
     struct dirent** entries = nullptr;
     const int count = scandir(net_path, &entries, is_bridge, alphasort);
-    close(bridge_root);
+    end_search();
     if (count < 0) {
         return;
     }
