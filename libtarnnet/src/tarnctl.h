@@ -1,7 +1,8 @@
 // The calls of the platform's container-control library that this library makes.
 //
 // They are weak: a program that is not linked with that library runs all the same, and finds
-// nothing for containers. See tarnctl_is_there().
+// nothing for containers. See tarnctl_is_there(). Weak calls do not pull a library in: who wants it
+// links it with --no-as-needed, and an archive of it with --whole-archive.
 #pragma once
 
 #include <stddef.h>
