@@ -203,7 +203,7 @@ void CallerExec::doMainLoop_() {
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
         mask.block();
         const int ready = pollEntries_(mask);
-        if (sigchld_received != 0 || (ask_again_ && ready == 0))
+        if (sigchld_received != 0 || (ask_again_ && ready <= 0))
             collectChild_();
         // Also lets in a SIGCHLD that the wait left pending because an entry was ready at once.
         mask.unblock();
@@ -246,9 +246,9 @@ void CallerExec::collectChild_() {
     }
 }
 
-// The kernel says that there is no such child. Once may be a mistake, so it is asked again at the
-// next time-out. If it insists when nothing is left to read, somebody else has taken the child's
-// status.
+// The kernel says that there is no such child. Once may be a mistake, so it is asked again after
+// the next wait that finds no entry ready, be it interrupted. If it insists when nothing is left to
+// read, somebody else has taken the child's status.
 void CallerExec::missChild_() {
     if (ask_again_ && nfds == 0) {
         wait_status = unknown_wait_status;

@@ -1,6 +1,7 @@
 #include "kiln/caller_exec.h"
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include <chrono>
 #include <limits>
@@ -194,11 +195,19 @@ TEST(CallerExec, AnExitBeforeTheWaitIsNotFoundByTheTimeOut) {
 }
 
 TEST(CallerExec, AChildThatSomebodyElseCollectedEndsTheCall) {
-    Collector out;
-    Latecomer caller("echo x; exit 3", WEXITED);
-    EXPECT_EQ(caller.call_with(nullptr, &out, nullptr), -1);
-    EXPECT_EQ(caller.term_signal, 0);
-    EXPECT_EQ(out.buffer, "x\n");
+    const auto old_handler = std::signal(SIGALRM, [](int) {});
+    const itimerval stream = {{0, 200000}, {0, 200000}};
+    const itimerval none = {};
+    for (const itimerval& timer : {none, stream}) {  // also when no wait lasts to its time-out
+        setitimer(ITIMER_REAL, &timer, nullptr);
+        Collector out;
+        Latecomer caller("echo x; exit 3", WEXITED);
+        EXPECT_EQ(caller.call_with(nullptr, &out, nullptr), -1);
+        EXPECT_EQ(caller.term_signal, 0);
+        EXPECT_EQ(out.buffer, "x\n");
+    }
+    setitimer(ITIMER_REAL, &none, nullptr);
+    std::signal(SIGALRM, old_handler);
 }
 
 }  // namespace
