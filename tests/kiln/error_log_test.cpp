@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -30,17 +31,18 @@ protected:
     ~Log() override {
         log_set_file(nullptr);
         log_state() = LogState();
-        std::remove(path_);
+        std::remove(path_.c_str());
     }
 
-    // What `action` makes the log print, standard output before standard error.
+    // What `action` makes the log print: standard output, and behind a "2>" standard error.
     template <class Action>
     static std::string printed(const Action& action) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         action();
         const std::string out = testing::internal::GetCapturedStdout();
-        return out + testing::internal::GetCapturedStderr();
+        const std::string errors = testing::internal::GetCapturedStderr();
+        return errors.empty() ? out : out + "2>" + errors;
     }
 
     // "1700000000 text\n" without the time; "(no time)" when there is none.
@@ -56,15 +58,16 @@ protected:
         return text;
     }
 
-    const char* path_ = "kiln_log_test.log";
+    // Of this process: ctest runs the cases side by side in one folder.
+    const std::string path_ = "kiln_log_test." + std::to_string(getpid());
 };
 
 TEST_F(Log, AnErrorGoesToStandardErrorAndTheBuffer) {
     errno = EPERM;
-    EXPECT_EQ(printed([] { EXPECT_EQ(err(5, 0, "%s", "x"), 5); }), "Error: x\n");
+    EXPECT_EQ(printed([] { EXPECT_EQ(err(5, 0, "%s", "x"), 5); }), "2>Error: x\n");
     EXPECT_STREQ(get_error_buffer(), "x");
     EXPECT_EQ(printed([] { err(-1, ENOENT, "open %d", 3); }),
-              "Error: open 3: No such file or directory\n");
+              "2>Error: open 3: No such file or directory\n");
     EXPECT_STREQ(get_last_error(), "open 3: No such file or directory");
     EXPECT_EQ(errno, EPERM);
 }
@@ -76,7 +79,7 @@ TEST_F(Log, DetailsCarryTheTimeUpToTheVerbosity) {
 }
 
 TEST_F(Log, TheFileStampsEveryLineAndHasItsOwnThreshold) {
-    EXPECT_EQ(log_set_file(path_), 0);
+    EXPECT_EQ(log_set_file(path_.c_str()), 0);
     EXPECT_EQ(log_set_level(-1), 3);
     EXPECT_EQ(log_set_quiet(1), 0);
     EXPECT_EQ(printed([] { log(0, "below"), log(-1, "failed"); }), "");
@@ -88,9 +91,9 @@ TEST_F(Log, TheFileStampsEveryLineAndHasItsOwnThreshold) {
 }
 
 TEST_F(Log, AFileThatCannotBeOpenedLeavesNone) {
-    log_set_file(path_);
+    log_set_file(path_.c_str());
     EXPECT_EQ(printed([] { EXPECT_EQ(log_set_file("/nonexistent/log"), -1); }),
-              "Error: unable to open log file: /nonexistent/log: No such file or directory\n");
+              "2>Error: unable to open log file: /nonexistent/log: No such file or directory\n");
     printed([] { log(0, "unheard"); });
     EXPECT_EQ(in_file(), "");
 }
