@@ -27,8 +27,9 @@ constexpr int core_dump_bit = 0x80;
 constexpr int unknown_wait_status = 0x7f;  // neither an exit nor a signal
 
 void close_end(int& fd) noexcept {
-    if (fd >= 0)
+    if (fd >= 0) {
         close(fd);
+    }
     fd = -1;
 }
 
@@ -59,16 +60,18 @@ void put_in_place(int fd, int wanted_fd) {
         return;
     }
     while (dup2(fd, wanted_fd) < 0) {
-        if (errno != EINTR)
+        if (errno != EINTR) {
             fail_kid("Can't make dup2(%d, %d): %s", fd, wanted_fd, std::strerror(errno));
+        }
     }
     close(fd);
 }
 
 std::vector<char*> pointers_to(std::list<std::string>& strings) {
     std::vector<char*> pointers;
-    for (std::string& s : strings)
+    for (std::string& s : strings) {
         pointers.push_back(s.data());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
@@ -87,21 +90,26 @@ CallerExec::CallerExec(const char* program_name, const std::list<std::string>& a
 
 CallerExec::~CallerExec() {
     closePipes_();
-    if (pid > 0 && !collected_)
+    if (pid > 0 && !collected_) {
         wait_for(pid, nullptr, 0);
+    }
 }
 
 int CallerExec::enter(std::vector<Connector*>& connector_list) {
-    for (unsigned i = 0; i < fd_count; ++i)
+    for (unsigned i = 0; i < fd_count; ++i) {
         connectors[i] = connector_list[i];
+    }
     openPipes_();
-    if (running)
+    if (running) {
         installDispositions_();
+    }
     const pid_t child = fork();
-    if (child < 0)
+    if (child < 0) {
         throw Error(Error::CallerGenericError, "Fork returned: %s", std::strerror(errno));
-    if (child == 0)
+    }
+    if (child == 0) {
         doKid_();
+    }
     pid = child;
     doDad_();
     return CallerBase::enter(connector_list);
@@ -113,16 +121,18 @@ void CallerExec::leave() {
 
 void CallerExec::openPipes_() {
     for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr)
+        if (connectors[i] == nullptr) {
             continue;
+        }
         if (running) {
             connectors[i]->pfd = &pollfds[nfds];
             slot_connectors[nfds] = connectors[i];
             ++nfds;
         }
-        if (pipe2(pipes[i], O_CLOEXEC) != 0)
+        if (pipe2(pipes[i], O_CLOEXEC) != 0) {
             throw Error(Error::CallerGenericError, "Can't create pipe for callee's %u fd: %s", i,
                         std::strerror(errno));
+        }
     }
     std::swap(pipes[0][parent_end], pipes[0][child_end]);  // the one pipe that the parent writes to
 }
@@ -144,18 +154,20 @@ void CallerExec::restoreDispositions_() const {
 
 void CallerExec::doDad_() {
     for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr)
+        if (connectors[i] == nullptr) {
             continue;
+        }
         close_end(pipes[i][child_end]);
         const int fd = pipes[i][parent_end];
         if (connectors[i]->pfd != nullptr) {  // null when no call() is running
             connectors[i]->pfd->fd = fd;
             connectors[i]->pfd->events = i == STDIN_FILENO ? POLLOUT : POLLIN;
         }
-        if (setFDNonblock(fd) == -1)
+        if (setFDNonblock(fd) == -1) {
             throw Error(Error::CallerGenericError,
                         "Can't set O_NONBLOCK for fd %d (connector #%u): %s", fd, i,
                         std::strerror(errno));
+        }
     }
 }
 
@@ -163,8 +175,9 @@ void CallerExec::doKid_() noexcept {
     try {
         connectKid_();
         restoreDispositions_();
-        if (!intrinsics.work_dir.empty() && chdir(intrinsics.work_dir.c_str()) != 0)
+        if (!intrinsics.work_dir.empty() && chdir(intrinsics.work_dir.c_str()) != 0) {
             fail_kid("Can't chdir to %s: %s", intrinsics.work_dir.c_str(), std::strerror(errno));
+        }
         execKid_();
     } catch (const std::exception& exception) {
         warnx("Can't execute %s: %s", program.c_str(), exception.what());
@@ -177,14 +190,16 @@ void CallerExec::doKid_() noexcept {
 // earlier one needs.
 void CallerExec::connectKid_() {
     for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr)
+        if (connectors[i] == nullptr) {
             continue;
+        }
         close_end(pipes[i][parent_end]);
         put_in_place(pipes[i][child_end], static_cast<int>(i));
     }
     for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr)
+        if (connectors[i] == nullptr) {
             close(static_cast<int>(i));
+        }
     }
     close_descriptors_from(fd_count);
 }
@@ -203,12 +218,14 @@ void CallerExec::doMainLoop_() {
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
         mask.block();
         const int ready = pollEntries_(mask);
-        if (sigchld_received != 0 || (ask_again_ && ready <= 0))
+        if (sigchld_received != 0 || (ask_again_ && ready <= 0)) {
             collectChild_();
+        }
         // Also lets in a SIGCHLD that the wait left pending because an entry was ready at once.
         mask.unblock();
-        if (ready > 0)
+        if (ready > 0) {
             serveEntries_();
+        }
     }
     waitForChild_();
     analyzeExitStatus_();
@@ -221,25 +238,28 @@ int CallerExec::pollEntries_(const SigMask& mask) {
     sigdelset(&open_mask, SIGCHLD);
     const timespec timeout = {sigchld_received != 0 ? 0 : poll_timeout_seconds, 0};
     const int ready = ppoll(pollfds, nfds, &timeout, &open_mask);
-    if (ready < 0 && errno != EINTR)
+    if (ready < 0 && errno != EINTR) {
         throw Error(Error::CallerGenericError, "Error calling poll(): %s", std::strerror(errno));
+    }
     return ready;
 }
 
 void CallerExec::collectChild_() {
     sigchld_received = 0;
-    if (collected_)
+    if (collected_) {
         return;
+    }
     int answer = 0;
     const pid_t result = wait_for(pid, &answer, WNOHANG);
-    if (result < 0 && errno != ECHILD)
+    if (result < 0 && errno != ECHILD) {
         throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
+    }
     if (result < 0) {
         missChild_();
         return;
     }
-    reaped =
-        true;  // also when the child still runs (0); its true end is then awaited after the loop
+    // Also when the child still runs (0); its true end is then awaited after the loop.
+    reaped = true;
     if (result > 0) {
         wait_status = answer;
         collected_ = true;
@@ -260,16 +280,18 @@ void CallerExec::missChild_() {
 
 void CallerExec::serveEntries_() {
     for (unsigned i = 0; i < nfds; ++i) {
-        if (pollfds[i].revents != 0 && slot_connectors[i]->process() < 1)
+        if (pollfds[i].revents != 0 && slot_connectors[i]->process() < 1) {
             dropEntry_(i);
+        }
     }
 }
 
 // The last entry moves into the free place, where it is served in the next pass.
 void CallerExec::dropEntry_(unsigned index) {
     for (auto& ends : pipes) {
-        if (ends[parent_end] == pollfds[index].fd)
+        if (ends[parent_end] == pollfds[index].fd) {
             close_end(ends[parent_end]);
+        }
     }
     const unsigned last = --nfds;
     if (index != last) {
@@ -284,16 +306,20 @@ void CallerExec::dropEntry_(unsigned index) {
 // A SIGCHLD that somebody sent, or a child that was merely stopped, ends the loop early; the true
 // status is fetched here. The pipes go first, so that a child which waits for us to read ends too.
 void CallerExec::waitForChild_() {
-    if (collected_)
+    if (collected_) {
         return;
+    }
     closePipes_();
     pid_t result = wait_for(pid, &wait_status, 0);
-    if (result < 0 && errno == ECHILD)
+    if (result < 0 && errno == ECHILD) {
         result = wait_for(pid, &wait_status, 0);
-    if (result < 0 && errno != ECHILD)
+    }
+    if (result < 0 && errno != ECHILD) {
         throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
-    if (result < 0)
+    }
+    if (result < 0) {
         wait_status = unknown_wait_status;
+    }
     collected_ = true;
 }
 
@@ -316,13 +342,16 @@ void CallerExec::analyzeExitStatus_() {
 }
 
 std::string CallerExec::getCoreDumpName() const {
-    if (term_signal == 0 || (wait_status & core_dump_bit) == 0)
+    if (term_signal == 0 || (wait_status & core_dump_bit) == 0) {
         return {};
+    }
     std::string uses_pid;
-    if (get_file("/proc/sys/kernel/core_uses_pid", uses_pid) != 0 || uses_pid.empty())
+    if (get_file("/proc/sys/kernel/core_uses_pid", uses_pid) != 0 || uses_pid.empty()) {
         uses_pid = "0";
-    if (uses_pid[0] == '0')
+    }
+    if (uses_pid[0] == '0') {
         return "core";
+    }
     return "core." + std::to_string(static_cast<unsigned>(pid));
 }
 

@@ -23,8 +23,9 @@ bool close_range_from(int first) {
 
 void close_up_to_limit(int first) {
     const long limit = sysconf(_SC_OPEN_MAX);
-    for (int fd = first; fd < limit; ++fd)
+    for (int fd = first; fd < limit; ++fd) {
         close(fd);
+    }
 }
 
 }  // namespace
@@ -38,15 +39,17 @@ void close_descriptors_one_by_one(int first) {
     // The listing goes by rising numbers, so closing what it has named does not disturb it.
     while (const dirent* entry = readdir(directory)) {
         const int fd = leading_int(entry->d_name);
-        if (fd >= first && fd != dirfd(directory))
+        if (fd >= first && fd != dirfd(directory)) {
             close(fd);
+        }
     }
     closedir(directory);
 }
 
 void close_descriptors_from(int first) {
-    if (!close_range_from(first))
+    if (!close_range_from(first)) {
         close_descriptors_one_by_one(first);
+    }
 }
 
 }  // namespace Kiln

@@ -28,8 +28,9 @@ bool CtoDynaBuf::store(const char* chunk, std::size_t size) {
 }
 
 void CtoDynaBuf::copy_to_tee(const char* chunk, std::size_t size) {
-    if (tee_fd < 0 || write_all(tee_fd, chunk, size) == 0)
+    if (tee_fd < 0 || write_all(tee_fd, chunk, size) == 0) {
         return;
+    }
     close(tee_fd);
     tee_fd = -1;
 }
@@ -37,12 +38,14 @@ void CtoDynaBuf::copy_to_tee(const char* chunk, std::size_t size) {
 long CtoDynaBuf::process() {
     char chunk[chunk_size];
     const ssize_t count = read(pfd->fd, chunk, sizeof chunk);
-    if (count < 0)
+    if (count < 0) {
         return errno == EINTR ? keep_entry : -errno;
+    }
     if (count > 0) {
         const auto size = static_cast<std::size_t>(count);
-        if (!store(chunk, size) && !keep_draining)
+        if (!store(chunk, size) && !keep_draining) {
             return close_entry;
+        }
         copy_to_tee(chunk, size);
     }
     return count;
@@ -51,10 +54,12 @@ long CtoDynaBuf::process() {
 long CfromStaticBuf::process() {
     // From the start of the area each time, not from `written` on; kept as designed.
     const ssize_t count = write(pfd->fd, data, std::min(chunk_size, size - written));
-    if (count < 0 && errno != EINTR)
+    if (count < 0 && errno != EINTR) {
         return -errno;
-    if (count > 0)
+    }
+    if (count > 0) {
         written += static_cast<std::uint32_t>(count);
+    }
     return size > written ? keep_entry : close_entry;
 }
 

@@ -34,15 +34,17 @@ constexpr DomainRow domains_[] = {
 
 const ErrorRow& find_error(Error::Code code) {
     const ErrorRow* row = errors_;
-    while (row->code != code && row->code != Error::UnknownError)
+    while (row->code != code && row->code != Error::UnknownError) {
         ++row;
+    }
     return *row;
 }
 
 const char* find_domain(std::uint32_t id) {
     const DomainRow* row = domains_;
-    while (row->id != id && row->id != 0)
+    while (row->id != id && row->id != 0) {
         ++row;
+    }
     return row->name;
 }
 
@@ -65,8 +67,9 @@ const char* Error::what() const noexcept {
     // Longer than the buffer when the detail fills its own; cut then.
     const int length = std::snprintf(what_buffer, sizeof what_buffer, "[%s] %s. %s",
                                      find_domain(error_domain), error_message, error_detail);
-    if (length < 0)
+    if (length < 0) {
         what_buffer[0] = '\0';
+    }
     return what_buffer;
 }
 

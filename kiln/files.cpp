@@ -25,12 +25,14 @@ int append_rest(int fd, std::string& out) {
     char piece[piece_size];
     for (;;) {
         const ssize_t count = read(fd, piece, sizeof piece);
-        if (count == 0)
+        if (count == 0) {
             return 0;
-        if (count > 0)
+        }
+        if (count > 0) {
             out.append(piece, static_cast<std::size_t>(count));
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             return errno;
+        }
     }
 }
 
@@ -48,8 +50,9 @@ struct Descriptor {
 
 int get_file(const std::string& path, std::string& out) {
     const int fd = open_for_reading(path.c_str());
-    if (fd < 0)
+    if (fd < 0) {
         return errno;
+    }
     const Descriptor owner(fd);
     out.clear();
     return append_rest(fd, out);
@@ -57,19 +60,22 @@ int get_file(const std::string& path, std::string& out) {
 
 int setFDNonblock(int fd) {
     const int flags = fcntl(fd, F_GETFL);
-    if (flags == -1)
+    if (flags == -1) {
         return -1;
+    }
     return fcntl(fd, F_SETFL, flags | O_NONBLOCK);
 }
 
 std::size_t write_all(int fd, const char* data, std::size_t size) {
     while (size > 0) {
         const ssize_t count = write(fd, data, size);
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
+        }
         if (count <= 0) {
-            if (count == 0)
+            if (count == 0) {
                 errno = EIO;  // a device that takes nothing would keep us here for ever
+            }
             return size;
         }
         data += count;

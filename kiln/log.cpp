@@ -14,8 +14,9 @@ char error_buffer[message_size];
 // The system's error text goes behind a message only if at least its colon fits.
 void append_errno_text(char (&message)[message_size], int length, int errnum) {
     constexpr int longest = static_cast<int>(message_size) - 2;
-    if (errnum == 0 || length < 0 || length > longest)
+    if (errnum == 0 || length < 0 || length > longest) {
         return;
+    }
     const auto used = static_cast<std::size_t>(length);
     std::snprintf(message + used, message_size - used, ": %s", std::strerror(errnum));
 }
@@ -34,8 +35,9 @@ void write_line(std::FILE* stream, int level, const char* message) {
 }
 
 void write_console(int level, const char* message) {
-    if (level > 0)
+    if (level > 0) {
         write_time_stamp(stdout);
+    }
     write_line(level < 0 ? stderr : stdout, level, message);
 }
 
@@ -60,14 +62,16 @@ void log_ap(int level, int errnum, const char* format, std::va_list arguments) {
     const int length = std::vsnprintf(message, sizeof message, format, arguments);
     append_errno_text(message, length, errnum);
 
-    if (state.enabled != 0 && state.quiet == 0 && level <= state.verbose)
+    if (state.enabled != 0 && state.quiet == 0 && level <= state.verbose) {
         write_console(level, message);
+    }
     if (state.enabled != 0 && state.log_file != nullptr && level <= state.level) {
         write_time_stamp(state.log_file);
         write_line(state.log_file, level, message);
     }
-    if (level < 0)
+    if (level < 0) {
         std::memcpy(error_buffer, message, sizeof error_buffer);
+    }
     errno = saved_errno;
 }
 
@@ -88,14 +92,17 @@ int err(int status, int errnum, const char* format, ...) {
 
 int log_set_file(const char* path) {
     LogState& state = log_state();
-    if (state.log_file != nullptr)
+    if (state.log_file != nullptr) {
         std::fclose(state.log_file);
+    }
     state.log_file = nullptr;
-    if (path == nullptr)
+    if (path == nullptr) {
         return 0;
+    }
     state.log_file = std::fopen(path, "ae");
-    if (state.log_file == nullptr)
+    if (state.log_file == nullptr) {
         return err(-1, errno, "unable to open log file: %s", path);
+    }
     return 0;
 }
 

@@ -23,8 +23,9 @@ std::int32_t from_bits(std::uint32_t bits) {
 
 // The signed 64-bit truncation; what does not fit gives the lowest number.
 std::uint64_t signed_truncation(float value) {
-    if (value >= -two_to_63 && value < two_to_63)
+    if (value >= -two_to_63 && value < two_to_63) {
         return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+    }
     return top_bit;
 }
 
@@ -56,16 +57,19 @@ std::int32_t wrap_shift_left(std::int32_t value, unsigned bits) {
 }
 
 std::int32_t truncate_to_int32(float value) {
-    if (value >= two_to_31)
+    if (value >= two_to_31) {
         return std::numeric_limits<std::int32_t>::max();
-    if (value >= -two_to_31)
+    }
+    if (value >= -two_to_31) {
         return static_cast<std::int32_t>(value);
+    }
     return std::numeric_limits<std::int32_t>::min();
 }
 
 std::uint64_t truncate_to_uint64(float value) {
-    if (value >= two_to_63)
+    if (value >= two_to_63) {
         return signed_truncation(value - two_to_63) | top_bit;
+    }
     return signed_truncation(value);
 }
 

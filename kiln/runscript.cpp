@@ -15,8 +15,9 @@ namespace {
 
 std::list<std::string> whole_environment() {
     std::list<std::string> entries;
-    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         entries.emplace_back(*entry);
+    }
     return entries;
 }
 

@@ -20,8 +20,9 @@ void change_mask(int how, const sigset_t& change, sigset_t* previous) {
 sigset_t set_of(const std::vector<int>& signals) {
     sigset_t set;
     sigemptyset(&set);
-    for (const int number : signals)
+    for (const int number : signals) {
         sigaddset(&set, number);
+    }
     return set;
 }
 
@@ -35,8 +36,9 @@ sigset_t current_mask() {
 std::string names_in(const sigset_t& set) {
     std::string names;
     for (int number = 1; number <= last_named_signal; ++number) {
-        if (sigismember(&set, number) == 1)
+        if (sigismember(&set, number) == 1) {
             names.append(signal_names[number]).append("\n");
+        }
     }
     return names;
 }
@@ -58,14 +60,16 @@ void SigMask::unblock() {
 }
 
 void SigMask::revert() {
-    if (changed)
+    if (changed) {
         change_mask(SIG_SETMASK, saved, nullptr);
+    }
 }
 
 std::string SigMask::dump() const {
     std::string text = "Dumping currently blocked signals:\n" + names_in(current_mask());
-    if (!changed)
+    if (!changed) {
         return text + "Signals mask will not be reverted upon destruction.\n";
+    }
     // The spelling and the trailing blank are kept for those who compare such texts.
     return text + "Upon destruction signals mask wil be reverted to: \n" + names_in(saved);
 }

@@ -15,8 +15,9 @@ bool is_blank(char c) {
 }
 
 void drop_trailing_empty(std::vector<std::string>& fields) {
-    while (!fields.empty() && fields.back().empty())
+    while (!fields.empty() && fields.back().empty()) {
         fields.pop_back();
+    }
 }
 
 }  // namespace
@@ -38,14 +39,16 @@ std::vector<std::string> split(const char* delims, const std::string& s, int max
     std::size_t start = 0;
     while (max <= 0 || fields.size() + 1 < static_cast<std::size_t>(max)) {
         const std::size_t end = s.find_first_of(delims, start);
-        if (end == std::string::npos)
+        if (end == std::string::npos) {
             break;
+        }
         fields.emplace_back(s, start, end - start);
         start = std::min(end + skip, s.size());
     }
     fields.emplace_back(s, start);
-    if (max == 0)
+    if (max == 0) {
         drop_trailing_empty(fields);
+    }
     return fields;
 }
 

@@ -26,8 +26,9 @@ template <class It>
 std::string join(const char* sep, It first, It last) {
     std::string joined;
     for (It it = first; it != last; ++it) {
-        if (it != first)
+        if (it != first) {
             joined += sep;
+        }
         joined += *it;
     }
     return joined;
