@@ -14,41 +14,41 @@
 namespace {
 
 // What every container gets at least; before scaling, where not said otherwise.
-constexpr std::int32_t NUMPROC_FLOOR = 240;
-constexpr float AVNUMPROC_FLOOR = 180.0F;  // after scaling
-constexpr std::int32_t NUMTCPSOCK_FLOOR = 360;
-constexpr std::int32_t NUMOTHERSOCK_FLOOR = 360;
-constexpr std::int32_t NUMFILE_FLOOR = 9312;
-constexpr std::int32_t NUMPTY_FLOOR = 255;         // never scaled
-constexpr std::int32_t PRIVVMPAGES_FLOOR = 65536;  // after scaling, unlike the other counts
-constexpr std::int32_t LOCKEDPAGES_FLOOR = 256;
-constexpr std::int32_t SHMPAGES_FLOOR = 21504;
-constexpr std::int32_t SHMPAGES_WRITTEN_FLOOR = 1024;
-constexpr std::int32_t NUMFLOCK_FLOOR = 188;
-constexpr std::int32_t NUMIPTENT_FLOOR = 128;
-constexpr std::int32_t QUOTAUGIDLIMIT_FLOOR = 1024;  // where there are quotas at all
+constexpr std::int32_t numproc_floor = 240;
+constexpr float avnumproc_floor = 180.0F;  // after scaling
+constexpr std::int32_t numtcpsock_floor = 360;
+constexpr std::int32_t numothersock_floor = 360;
+constexpr std::int32_t numfile_floor = 9312;
+constexpr std::int32_t numpty_floor = 255;         // never scaled
+constexpr std::int32_t privvmpages_floor = 65536;  // after scaling, unlike the other counts
+constexpr std::int32_t lockedpages_floor = 256;
+constexpr std::int32_t shmpages_floor = 21504;
+constexpr std::int32_t shmpages_written_floor = 1024;
+constexpr std::int32_t numflock_floor = 188;
+constexpr std::int32_t numiptent_floor = 128;
+constexpr std::int32_t quotaugidlimit_floor = 1024;  // where there are quotas at all
 
 // How much is kept in reserve.
-constexpr double MARGIN = 1.1;
-constexpr float MEMORY_MARGIN = 1.1F;
+constexpr double margin = 1.1;
+constexpr float memory_margin = 1.1F;
 
 // What one unit of a count costs.
-constexpr float FILES_PER_PROCESS = 32.0F;
-constexpr std::int32_t DENTRY_BYTES_PER_FILE = 384;
-constexpr unsigned PROCESS_PAGE_SHIFT = 12;
-constexpr std::int32_t PAGES_PER_PROCESS = 15;
-constexpr unsigned SOCKET_BUFFER_SHIFT = 16;
-constexpr double SOCKET_RESERVE_KIB = 2.5;
-constexpr double NEGATIVE_KIB = -1024.0;
+constexpr float files_per_process = 32.0F;
+constexpr std::int32_t dentry_bytes_per_file = 384;
+constexpr unsigned process_page_shift = 12;
+constexpr std::int32_t pages_per_process = 15;
+constexpr unsigned socket_buffer_shift = 16;
+constexpr double socket_reserve_kib = 2.5;
+constexpr double negative_kib = -1024.0;
 
 // Values that no measurement changes.
-constexpr std::int32_t DGRAMRCVBUF_BYTES = 262144;
-constexpr std::int32_t NO_LIMIT = 2147483647;
-constexpr std::uint64_t PHYSPAGES_LIMIT = 9223372036854775807U;
-constexpr std::uint64_t NUMSIGINFO = 256;
-constexpr std::uint64_t CPUUNITS = 1000;
-constexpr std::uint64_t QUOTATIME = 0;
-constexpr std::int32_t MAX_MEMORY_PAGES = 0x3FFFFFFF;
+constexpr std::int32_t dgramrcvbuf_bytes = 262144;
+constexpr std::int32_t no_limit = 2147483647;
+constexpr std::uint64_t physpages_limit = 9223372036854775807U;
+constexpr std::uint64_t numsiginfo = 256;
+constexpr std::uint64_t cpuunits = 1000;
+constexpr std::uint64_t quotatime = 0;
+constexpr std::int32_t max_memory_pages = 0x3FFFFFFF;
 
 std::int32_t scaled(const char* name, std::int32_t value, float scale) {
     return TarnHWCalc::check_overflow_parameter(name, static_cast<float>(value) * scale);
@@ -63,7 +63,7 @@ std::int32_t floored_and_scaled(const char* name, std::int32_t value, std::int32
 
 // `value` and a tenth more, multiplied in double precision and rounded to float.
 std::int32_t with_margin(const char* name, std::int32_t value) {
-    const auto product = static_cast<float>(static_cast<double>(value) * MARGIN);
+    const auto product = static_cast<float>(static_cast<double>(value) * margin);
     return TarnHWCalc::check_overflow_parameter(name, product);
 }
 
@@ -71,25 +71,25 @@ std::int32_t with_margin(const char* name, std::int32_t value) {
 void adjust(PhysParams& p, float mem_scale, float disk_scale) {
     p.diskspace = scaled("DISKSPACE", p.diskspace, disk_scale);
     p.diskinodes = scaled("DISKINODES", p.diskinodes, disk_scale);
-    p.numproc = floored_and_scaled("NUMPROC", p.numproc, NUMPROC_FLOOR, mem_scale);
+    p.numproc = floored_and_scaled("NUMPROC", p.numproc, numproc_floor, mem_scale);
     p.avnumproc = mem_scale * p.avnumproc;
-    if (AVNUMPROC_FLOOR > p.avnumproc) {  // a NaN stays
-        p.avnumproc = AVNUMPROC_FLOOR;
+    if (avnumproc_floor > p.avnumproc) {  // a NaN stays
+        p.avnumproc = avnumproc_floor;
     }
-    p.numtcpsock = floored_and_scaled("NUMTCPSOCK", p.numtcpsock, NUMTCPSOCK_FLOOR, mem_scale);
+    p.numtcpsock = floored_and_scaled("NUMTCPSOCK", p.numtcpsock, numtcpsock_floor, mem_scale);
     p.numothersock =
-        floored_and_scaled("NUMOTHERSOCK", p.numothersock, NUMOTHERSOCK_FLOOR, mem_scale);
-    p.numfile = floored_and_scaled("NUMFILE", p.numfile, NUMFILE_FLOOR, mem_scale);
-    TarnHWCalc::set_max(p.numpty, NUMPTY_FLOOR);
+        floored_and_scaled("NUMOTHERSOCK", p.numothersock, numothersock_floor, mem_scale);
+    p.numfile = floored_and_scaled("NUMFILE", p.numfile, numfile_floor, mem_scale);
+    TarnHWCalc::set_max(p.numpty, numpty_floor);
     p.privvmpages = scaled("PRIVVMPAGES", p.privvmpages, mem_scale);
-    TarnHWCalc::set_max(p.privvmpages, PRIVVMPAGES_FLOOR);
-    p.lockedpages = floored_and_scaled("LOCKEDPAGES", p.lockedpages, LOCKEDPAGES_FLOOR, mem_scale);
-    p.shmpages = floored_and_scaled("SHMPAGES", p.shmpages, SHMPAGES_FLOOR, mem_scale);
-    p.numflock = floored_and_scaled("NUMFLOCK", p.numflock, NUMFLOCK_FLOOR, mem_scale);
-    p.numiptent = floored_and_scaled("NUMIPTENT", p.numiptent, NUMIPTENT_FLOOR, mem_scale);
+    TarnHWCalc::set_max(p.privvmpages, privvmpages_floor);
+    p.lockedpages = floored_and_scaled("LOCKEDPAGES", p.lockedpages, lockedpages_floor, mem_scale);
+    p.shmpages = floored_and_scaled("SHMPAGES", p.shmpages, shmpages_floor, mem_scale);
+    p.numflock = floored_and_scaled("NUMFLOCK", p.numflock, numflock_floor, mem_scale);
+    p.numiptent = floored_and_scaled("NUMIPTENT", p.numiptent, numiptent_floor, mem_scale);
     if (p.quotaugidlimit != 0) {
         p.quotaugidlimit = Kiln::wrap_mul(p.quotaugidlimit, 2);
-        TarnHWCalc::set_max(p.quotaugidlimit, QUOTAUGIDLIMIT_FLOOR);
+        TarnHWCalc::set_max(p.quotaugidlimit, quotaugidlimit_floor);
     }
 }
 
@@ -106,8 +106,8 @@ struct Pair {
 
 // The buffers that so many sockets need.
 Pair socket_buffers(const char* name, std::int32_t sockets) {
-    const auto all = static_cast<float>(Kiln::wrap_shift_left(sockets, SOCKET_BUFFER_SHIFT));
-    const double reserve = static_cast<double>(sockets) * SOCKET_RESERVE_KIB * NEGATIVE_KIB;
+    const auto all = static_cast<float>(Kiln::wrap_shift_left(sockets, socket_buffer_shift));
+    const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
     const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
     return {TarnHWCalc::check_overflow_parameter(name, barrier),
             TarnHWCalc::check_overflow_parameter(name, all)};
@@ -168,15 +168,15 @@ void Writer::raise_file_count() {
     TarnHWCalc::set_max(
         p_.numfile, TarnHWCalc::check_overflow_parameter(name, static_cast<float>(descriptors)));
     TarnHWCalc::set_max(
-        p_.numfile, TarnHWCalc::check_overflow_parameter(name, FILES_PER_PROCESS * p_.avnumproc));
+        p_.numfile, TarnHWCalc::check_overflow_parameter(name, files_per_process * p_.avnumproc));
 }
 
 void Writer::add_kernel_memory_lines() {
-    p_.dcachesize = with_margin("DCACHESIZE", Kiln::wrap_mul(p_.numfile, DENTRY_BYTES_PER_FILE));
+    p_.dcachesize = with_margin("DCACHESIZE", Kiln::wrap_mul(p_.numfile, dentry_bytes_per_file));
     add("DCACHESIZE", p_.dcachesize);
 
     const std::int32_t stacks =
-        Kiln::wrap_mul(Kiln::wrap_shift_left(p_.numproc, PROCESS_PAGE_SHIFT), PAGES_PER_PROCESS);
+        Kiln::wrap_mul(Kiln::wrap_shift_left(p_.numproc, process_page_shift), pages_per_process);
     const auto bytes = static_cast<float>(Kiln::wrap_add(stacks, p_.dcachesize));
     const std::int32_t kmemsize = TarnHWCalc::check_overflow_parameter("KMEMSIZE", bytes);
     add("KMEMSIZE", kmemsize);
@@ -193,46 +193,46 @@ void Writer::add_socket_buffer_lines() {
     add("OTHERSOCKBUF", other.barrier, other.limit);
     need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
 
-    add("DGRAMRCVBUF", DGRAMRCVBUF_BYTES);
-    need(static_cast<float>(DGRAMRCVBUF_BYTES));
+    add("DGRAMRCVBUF", dgramrcvbuf_bytes);
+    need(static_cast<float>(dgramrcvbuf_bytes));
 }
 
 void Writer::add_page_lines() {
     const std::int32_t limit = TarnHWCalc::check_overflow_parameter(
-        "PRIVVMPAGES", static_cast<float>(p_.privvmpages) * MEMORY_MARGIN);
+        "PRIVVMPAGES", static_cast<float>(p_.privvmpages) * memory_margin);
     add("PRIVVMPAGES", p_.privvmpages, limit);
     need_pages(limit);
 
     const std::int32_t guaranteed = p_.privvmpages & 0x7FFFFFFF;
-    add("VMGUARPAGES", guaranteed, NO_LIMIT);
-    add("OOMGUARPAGES", guaranteed, NO_LIMIT);
+    add("VMGUARPAGES", guaranteed, no_limit);
+    add("OOMGUARPAGES", guaranteed, no_limit);
     add("LOCKEDPAGES", p_.lockedpages);
     need_pages(p_.lockedpages);
 
     std::int32_t shmpages = p_.shmpages;
-    TarnHWCalc::set_max(shmpages, SHMPAGES_WRITTEN_FLOOR);
+    TarnHWCalc::set_max(shmpages, shmpages_written_floor);
     add("SHMPAGES", shmpages);
-    config_.add_2ul_param("PHYSPAGES", 0, PHYSPAGES_LIMIT);
+    config_.add_2ul_param("PHYSPAGES", 0, physpages_limit);
 }
 
 void Writer::add_count_lines() {
     add("NUMFLOCK", p_.numflock, with_margin("NUMFLOCK", p_.numflock));
-    config_.add_2ul_param("NUMSIGINFO", NUMSIGINFO, NUMSIGINFO);
+    config_.add_2ul_param("NUMSIGINFO", numsiginfo, numsiginfo);
     add("NUMIPTENT", p_.numiptent);
 }
 
 void Writer::add_disk_lines() {
     add("DISKSPACE", p_.diskspace, with_margin("DISKSPACE", p_.diskspace));
     add("DISKINODES", p_.diskinodes, with_margin("DISKINODES", p_.diskinodes));
-    config_.add_ul_param("CPUUNITS", CPUUNITS);
-    config_.add_ul_param("QUOTATIME", QUOTATIME);
+    config_.add_ul_param("CPUUNITS", cpuunits);
+    config_.add_ul_param("QUOTATIME", quotatime);
     config_.add_ul_param("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit));
 }
 
 void Writer::add_memory_limit_line() {
     kmem_total_ = mem_scale_ * kmem_total_;
     // The product wraps in 32 bits, on purpose: the cap lies one page below 2^64.
-    const std::uint64_t cap = extended(Kiln::wrap_mul(getpagesize(), MAX_MEMORY_PAGES));
+    const std::uint64_t cap = extended(Kiln::wrap_mul(getpagesize(), max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
     config_.add_2ul_param("SLMMEMORYLIMIT", memory_limit, memory_limit);

@@ -6,18 +6,18 @@
 namespace {
 
 // Room for the text of one numeric value, with "=" and quotes.
-constexpr std::size_t VALUE_TEXT_SIZE = 128;
+constexpr std::size_t value_text_size = 128;
 
 }  // namespace
 
 void EnvConfig::add_2ul_param(const char* name, std::uint64_t barrier, std::uint64_t limit) {
-    char value[VALUE_TEXT_SIZE];
+    char value[value_text_size];
     std::snprintf(value, sizeof(value), "=\"%" PRIu64 ":%" PRIu64 "\"", barrier, limit);
     text_.append(name).append(value).append("\n");
 }
 
 void EnvConfig::add_ul_param(const char* name, std::uint64_t value) {
-    char text[VALUE_TEXT_SIZE];
+    char text[value_text_size];
     std::snprintf(text, sizeof(text), "=\"%" PRIu64 "\"", value);
     text_.append(name).append(text).append("\n");
 }

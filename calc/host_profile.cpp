@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr std::uint32_t ETHERNET_KIND = 2;  // libtarnnet's IFT_ETHERNET
+constexpr std::uint32_t ethernet_kind = 2;  // libtarnnet's IFT_ETHERNET
 
 }  // namespace
 
@@ -20,7 +20,7 @@ std::string NetIfaceList::get_netif() const {
     std::string text;
     for (std::size_t i = 0; i < size(); ++i) {
         const NetIface& iface = (*this)[i];
-        if (iface.if_type != ETHERNET_KIND) {
+        if (iface.if_type != ethernet_kind) {
             continue;
         }
         // The separator goes by the place in the whole list, on purpose: the text begins with ";"

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::int32_t KIB_PER_PAGE = 4;  // the profile counts pages of 4 KiB
+constexpr std::int32_t kib_per_page = 4;  // the profile counts pages of 4 KiB
 
 struct DirCloser {
     void operator()(DIR* dir) const { closedir(dir); }
@@ -73,7 +73,7 @@ int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
     dir.reset();
 
     const MemoryTotals totals = sum_memory(read_processes(pids));
-    set_max(params->privvmpages, cap_at_physical_pages(totals.vm_kib / KIB_PER_PAGE));
-    set_max(params->lockedpages, totals.lck_kib / KIB_PER_PAGE);
+    set_max(params->privvmpages, cap_at_physical_pages(totals.vm_kib / kib_per_page));
+    set_max(params->lockedpages, totals.lck_kib / kib_per_page);
     return 0;
 }

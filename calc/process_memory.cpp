@@ -27,10 +27,10 @@ std::int32_t number_of(std::string_view line) {
 }
 
 // A template, so that each key is compared in a few instructions: status files have many lines.
-template <std::size_t SIZE>
-bool has_key(std::string_view line, const char (&key)[SIZE]) {
-    constexpr std::size_t LENGTH = SIZE - 1;
-    return line.size() >= LENGTH && std::memcmp(line.data(), key, LENGTH) == 0;
+template <std::size_t array_size>
+bool has_key(std::string_view line, const char (&key)[array_size]) {
+    constexpr std::size_t length = array_size - 1;
+    return line.size() >= length && std::memcmp(line.data(), key, length) == 0;
 }
 
 struct TextSizes {

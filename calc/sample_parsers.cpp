@@ -8,22 +8,22 @@
 
 namespace {
 
-constexpr const char* DIGITS = "0123456789";
-constexpr const char* BLANKS = " \t";
+constexpr const char* digits = "0123456789";
+constexpr const char* blanks = " \t";
 
 // The third column of the line that lies in `text` from `begin` to `end`; 0 when the line is too
 // short for it. The conversion starts at a digit, so it cannot run over the end of the line.
 std::int32_t parse_used_column(const std::string& text, std::size_t begin, std::size_t end) {
     const std::string_view line(text.data() + begin, end - begin);
-    std::size_t pos = line.find_first_of(BLANKS);
+    std::size_t pos = line.find_first_of(blanks);
     if (pos != std::string_view::npos) {
-        pos = line.find_first_not_of(BLANKS, pos);
+        pos = line.find_first_not_of(blanks, pos);
     }
     if (pos != std::string_view::npos) {
-        pos = line.find_first_of(BLANKS, pos);
+        pos = line.find_first_of(blanks, pos);
     }
     if (pos != std::string_view::npos) {
-        pos = line.find_first_of(DIGITS, pos);
+        pos = line.find_first_of(digits, pos);
     }
     return pos == std::string_view::npos ? 0 : Kiln::leading_int(text.c_str() + begin + pos);
 }
@@ -43,7 +43,7 @@ std::int32_t parse_shm_pages(const std::string& text) {
     constexpr std::string_view label = "pages allocated";
     std::size_t pos = text.find(label);
     if (pos != std::string::npos) {
-        pos = text.find_first_of(DIGITS, pos + label.size());
+        pos = text.find_first_of(digits, pos + label.size());
     }
     return pos == std::string::npos ? 0 : Kiln::leading_int(text.c_str() + pos);
 }

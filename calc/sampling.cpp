@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::int32_t PTY_COUNT = 255;  // pseudo-terminals are never measured
+constexpr std::int32_t pty_count = 255;  // pseudo-terminals are never measured
 
 // One pass over the counting commands.
 class SamplePass {
@@ -185,7 +185,7 @@ bool ScanClock::wait_for_next_pass(std::int32_t passes_done) {
 int TarnHWCalc::calcProcParams(PhysParams* params) {
     ScanClock clock(scan_time, scan_period, scan_observer);
     params->avnumproc = 0.0F;
-    params->numpty = PTY_COUNT;
+    params->numpty = pty_count;
 
     SamplePass pass(*this, *params);
     std::int32_t pass_no = 0;

@@ -9,25 +9,25 @@
 
 namespace {
 
-constexpr const char* VERSION = "1.0";
+constexpr const char* version = "1.0";
 
 // What parse_args returns.
-constexpr int GO_ON = 0;
-constexpr int NOTHING_TO_DO = 1;
-constexpr int USAGE_ERROR = -1;
+constexpr int go_on = 0;
+constexpr int nothing_to_do = 1;
+constexpr int usage_error = -1;
 
 // The two scale options have no short form.
-constexpr int MEM_SCALE = 'M';
-constexpr int DISK_SCALE = 'D';
+constexpr int mem_scale_option = 'M';
+constexpr int disk_scale_option = 'D';
 
-constexpr const char* SHORT_OPTIONS = "?ht:p:d:vo:";
+constexpr const char* short_options = "?ht:p:d:vo:";
 
-const option LONG_OPTIONS[] = {
+const option long_options[] = {
     {"help", no_argument, nullptr, 'h'},
     {"scan-time", required_argument, nullptr, 't'},
     {"scan-period", required_argument, nullptr, 'p'},
-    {"mem-scale", required_argument, nullptr, MEM_SCALE},
-    {"disk-scale", required_argument, nullptr, DISK_SCALE},
+    {"mem-scale", required_argument, nullptr, mem_scale_option},
+    {"disk-scale", required_argument, nullptr, disk_scale_option},
     {"dist-detect", required_argument, nullptr, 'd'},
     {"version", no_argument, nullptr, 'v'},
     {"out", required_argument, nullptr, 'o'},
@@ -36,10 +36,10 @@ const option LONG_OPTIONS[] = {
 
 int set_span(const char* name, const char* arg, int* seconds) {
     if (parse_time(arg, seconds) == 0) {
-        return GO_ON;
+        return go_on;
     }
     std::fprintf(stderr, "Bad time spec specified for --%s: %s\n", name, arg);
-    return USAGE_ERROR;
+    return usage_error;
 }
 
 // The value is stored before it is checked, and a NaN passes the check.
@@ -48,13 +48,13 @@ int set_scale(const char* name, const char* arg, float* scale) {
     *scale = std::strtof(arg, &end);
     if (*end != '\0') {
         std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
-        return USAGE_ERROR;
+        return usage_error;
     }
     if (0 >= *scale) {
         std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
-        return USAGE_ERROR;
+        return usage_error;
     }
-    return GO_ON;
+    return go_on;
 }
 
 int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* calc,
@@ -64,22 +64,22 @@ int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* ca
             return set_span("scan-time", arg, &calc->scan_time);
         case 'p':
             return set_span("scan-period", arg, &calc->scan_period);
-        case MEM_SCALE:
+        case mem_scale_option:
             return set_scale("mem-scale", arg, &calc->mem_scale);
-        case DISK_SCALE:
+        case disk_scale_option:
             return set_scale("disk-scale", arg, &calc->disk_scale);
         case 'd':
-            return GO_ON;  // accepted and ignored: detection keeps its default script
+            return go_on;  // accepted and ignored: detection keeps its default script
         case 'v':
             print_version();
-            return NOTHING_TO_DO;
+            return nothing_to_do;
         case 'o':
             out_path = arg;
-            return GO_ON;
+            return go_on;
         default:
             // Help, but also an unknown option or a missing argument: the status is lenient.
             print_usage(progname);
-            return NOTHING_TO_DO;
+            return nothing_to_do;
     }
 }
 
@@ -87,14 +87,14 @@ int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* ca
 int check_settings(const TarnHWCalc& calc) {
     if (calc.scan_period == 0 && calc.scan_time > 0) {
         std::fputs("--scan-period is 0 while --scan-time is not\n", stderr);
-        return USAGE_ERROR;
+        return usage_error;
     }
     // Not alike, on purpose: 0 is refused for the memory scale alone.
     if (0 >= calc.mem_scale || 0 > calc.disk_scale) {
         std::fputs("--mem-scale and --disk-scale must be positive\n", stderr);
-        return USAGE_ERROR;
+        return usage_error;
     }
-    return GO_ON;
+    return go_on;
 }
 
 }  // namespace
@@ -103,19 +103,19 @@ int parse_args(int argc, char** argv, TarnHWCalc* calc, std::string& out_path) {
     const char* progname = argc > 0 ? argv[0] : "tarnhwcalc";
     optind = 0;  // a fresh start for every command line, not only the first
     for (;;) {
-        const int code = getopt_long(argc, argv, SHORT_OPTIONS, LONG_OPTIONS, nullptr);
+        const int code = getopt_long(argc, argv, short_options, long_options, nullptr);
         if (code == -1) {
             break;
         }
         const int result = apply_option(code, optarg, progname, calc, out_path);
-        if (result != GO_ON) {
+        if (result != go_on) {
             return result;
         }
     }
     if (optind != argc) {
         std::fputs("No extra arguments allowed\n", stderr);
         print_usage(progname);
-        return USAGE_ERROR;
+        return usage_error;
     }
     return check_settings(*calc);
 }
@@ -139,5 +139,5 @@ void print_usage(const char* progname) {
 }
 
 void print_version() {
-    std::printf("Corvane hardware configuration calculator v. %s\n", VERSION);
+    std::printf("Corvane hardware configuration calculator v. %s\n", version);
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr unsigned CONFIG_FILE_MODE = 0600;
+constexpr unsigned config_file_mode = 0600;
 
 int open_for_writing(const char* path, int flags, unsigned mode) {
     int fd = -1;
@@ -52,7 +52,7 @@ int write_configuration(const std::string& path, const std::string& text) {
         write_standard_output(text);
         return 0;
     }
-    return str2file(path.c_str(), text.c_str(), O_CREAT, CONFIG_FILE_MODE);
+    return str2file(path.c_str(), text.c_str(), O_CREAT, config_file_mode);
 }
 
 void list_notes(const TarnACalculateHWNodeNotes& notes) {

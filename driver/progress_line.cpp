@@ -11,17 +11,17 @@
 
 namespace {
 
-constexpr int DEFAULT_COLUMNS = 80;
-constexpr int BAR_FRAME = 3;  // brackets and a blank
-constexpr int MIN_BAR_WIDTH = 5;
-constexpr int MAX_BAR_WIDTH = 30;
+constexpr int default_columns = 80;
+constexpr int bar_frame = 3;  // brackets and a blank
+constexpr int min_bar_width = 5;
+constexpr int max_bar_width = 30;
 
 int columns_of(int fd) {
     winsize size{};
     if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         return size.ws_col;
     }
-    return DEFAULT_COLUMNS;
+    return default_columns;
 }
 
 // A job in the background must not draw over the shell's prompt, and a terminal may stop it for
@@ -58,8 +58,8 @@ struct Labels {
     const char* measuring;
 };
 
-constexpr Labels LONG_LABELS = {" passes ", " next ", " measuring"};
-constexpr Labels SHORT_LABELS = {" #", " +", " ..."};
+constexpr Labels long_labels = {" passes ", " next ", " measuring"};
+constexpr Labels short_labels = {" #", " +", " ..."};
 
 std::string numbers_text(const ScanProgress& progress, const std::string& times,
                          const Labels& labels) {
@@ -80,11 +80,11 @@ std::string format_progress(const ScanProgress& progress, int columns) {
 
     const std::string times = clock_text(elapsed) + "/" + clock_text(total);
     std::string text;
-    for (const Labels& labels : {LONG_LABELS, SHORT_LABELS}) {
+    for (const Labels& labels : {long_labels, short_labels}) {
         text = numbers_text(progress, times, labels);
-        const int left = room - static_cast<int>(text.size()) - BAR_FRAME;
-        if (left >= MIN_BAR_WIDTH) {
-            return bar(elapsed, total, std::min(left, MAX_BAR_WIDTH)) + text;
+        const int left = room - static_cast<int>(text.size()) - bar_frame;
+        if (left >= min_bar_width) {
+            return bar(elapsed, total, std::min(left, max_bar_width)) + text;
         }
     }
     return text.substr(0, static_cast<std::size_t>(room));
