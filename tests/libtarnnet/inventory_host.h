@@ -1,5 +1,5 @@
-// A host for the inventory's tests: a network namespace with links of the test's own, a /sys that
-// shows it, and a result as lines of text.
+// A host for the library's tests: a network namespace with links of the test's own, a /sys that
+// shows it, a result as lines of text, and the messages that the library logged.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -44,6 +44,13 @@ inline std::string field(const char* name, const char* value) {
     return value == nullptr ? "" : std::string(" ") + name + "=" + value;
 }
 
+inline std::vector<std::string> texts(char* const* list) {
+    std::vector<std::string> all;
+    for (; list != nullptr && *list != nullptr; ++list)
+        all.emplace_back(*list);
+    return all;
+}
+
 // "eth0 2 [10.0.0.1/24] [dhcp] bridge=br0 network=net1", with "101:" in front for a container.
 inline std::string line_of(const tarnnetif_info& record) {
     std::string line = record.veid == 0 ? "" : std::to_string(record.veid) + ":";
@@ -77,6 +84,15 @@ inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, ui
     Lines lines = lines_of(result);
     tarnnet_release_info(result);
     return lines;
+}
+
+// The messages of the library's log without their stamps, each followed by a newline.
+inline std::string logged_messages() {
+    std::ifstream log("/var/log/tarnnetcfg.log");
+    std::string messages;
+    for (std::string line; std::getline(log, line);)
+        messages += line.substr(line.rfind('\t') + 1) + "\n";
+    return messages;
 }
 
 }  // namespace inventory_host

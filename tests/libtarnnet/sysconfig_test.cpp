@@ -1,14 +1,10 @@
 // The distribution's interface files: finding them in every way, and what they mark.
 #include "sysconfig.h"
 
-#include <gtest/gtest.h>
+#include <sys/stat.h>
 
-#include <cstdlib>
-#include <string>
-#include <vector>
-
+#include "inventory_host.h"
 #include "netinfo/records.h"
-#include "own_mounts.h"
 #include "state.h"
 
 namespace {
@@ -17,7 +13,7 @@ const std::string kScripts = "/etc/sysconfig/network-scripts/";
 const std::string kNetwork = "/etc/sysconfig/network/";
 constexpr const char* kMac = "00:11:22:33:44:55";
 
-using own_mounts::write_file;
+using private_host::write_file;
 
 std::string found(const char* name, uint32_t kind = IFT_ETHERNET, const char* hwaddr = nullptr) {
     char* path = find_sysconfig(name, kind, hwaddr);
@@ -26,28 +22,20 @@ std::string found(const char* name, uint32_t kind = IFT_ETHERNET, const char* hw
     return text;
 }
 
-TEST(IfcfgLine, AsksForDhcp) {
-    EXPECT_TRUE(ifcfg_line_asks_dhcp("BOOTPROTO=dhcp\n"));
-    EXPECT_TRUE(ifcfg_line_asks_dhcp(" \t\v\fBOOTPROTO='dhcp'"));
-    EXPECT_TRUE(ifcfg_line_asks_dhcp("BOOTPROTO=none # not dhcp"));
-    EXPECT_FALSE(ifcfg_line_asks_dhcp("bootproto=dhcp"));
-    EXPECT_FALSE(ifcfg_line_asks_dhcp("BOOTPROTO=DHCP"));
-    EXPECT_FALSE(ifcfg_line_asks_dhcp("#dhcp BOOTPROTO=none"));
-    EXPECT_FALSE(ifcfg_line_asks_dhcp("dhcp BOOTPROTO="));
-}
-
-TEST(IfcfgLine, NamesADevice) {
-    EXPECT_TRUE(ifcfg_line_names_device("DEVICE=eth0", "eth0"));
-    EXPECT_TRUE(ifcfg_line_names_device("DEVICE=eth0\r\n", "eth0"));
-    EXPECT_TRUE(ifcfg_line_names_device("DEVICE=eth0 x", "eth0"));
-    EXPECT_FALSE(ifcfg_line_names_device("DEVICE=eth01", "eth0"));
-    EXPECT_FALSE(ifcfg_line_names_device("DEVICE=\"eth0\"", "eth0"));
-    EXPECT_FALSE(ifcfg_line_names_device(" DEVICE=eth0", "eth0"));
-    EXPECT_FALSE(ifcfg_line_names_device("DEVICE=", "eth0"));
+TEST(IfcfgLine, AsksForDhcpAndNamesADevice) {
+    for (const char* line :
+         {"BOOTPROTO=dhcp\n", " \t\v\fBOOTPROTO='dhcp'", "BOOTPROTO=none # not dhcp"})
+        EXPECT_TRUE(ifcfg_line_asks_dhcp(line)) << line;
+    for (const char* line : {"bootproto=dhcp", "BOOTPROTO=DHCP", "#dhcp BOOTPROTO=none", ""})
+        EXPECT_FALSE(ifcfg_line_asks_dhcp(line)) << line;
+    for (const char* line : {"DEVICE=eth0", "DEVICE=eth0\r\n", "DEVICE=eth0 x"})
+        EXPECT_TRUE(ifcfg_line_names_device(line, "eth0")) << line;
+    for (const char* line : {"DEVICE=eth01", "DEVICE=\"eth0\"", " DEVICE=eth0", "DEVICE="})
+        EXPECT_FALSE(ifcfg_line_names_device(line, "eth0")) << line;
 }
 
 TEST(FindSysconfig, TakesTheFileOfThatNameFromEitherDirectory) {
-    own_mounts::run([] {
+    private_host::run([] {
         EXPECT_EQ(found("eth0"), "none");
         write_file(kNetwork + "ifcfg-eth0", "");
         EXPECT_EQ(found("eth0"), kNetwork + "ifcfg-eth0");
@@ -65,7 +53,7 @@ TEST(FindSysconfig, TakesTheFileOfThatNameFromEitherDirectory) {
 }
 
 TEST(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
-    own_mounts::run([] {
+    private_host::run([] {
         libtarnnet_state.suse = 1;
         const std::string by_mac = std::string("ifcfg-") + kMac;
         EXPECT_EQ(found("eth0", IFT_ETHERNET, kMac), "none");
@@ -79,14 +67,13 @@ TEST(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
         write_file(kNetwork + "ifcfg-eth-id-" + kMac, "");
         write_file(kNetwork + "ifcfg-xeth-id-" + kMac, "");
         EXPECT_EQ(found("eth0", IFT_ETHERNET, kMac), kNetwork + "ifcfg-eth-id-" + kMac);
-        EXPECT_EQ(found("wlan7", IFT_ETHERNET, kMac), kNetwork + "ifcfg-wlan-id-" + kMac);
         EXPECT_EQ(found("en0", IFT_ETHERNET, kMac), "none");
         EXPECT_EQ(found("0eth", IFT_ETHERNET, kMac), kNetwork + by_mac) << "no letters fit any";
     });
 }
 
 TEST(FindSysconfig, ElsewhereGoesByTheDeviceLineOfTheBareName) {
-    own_mounts::run([] {
+    private_host::run([] {
         write_file(kScripts + "ifcfg-lan", "DEVICE=eth0\n");
         write_file(kScripts + "ifcfg-wan", "# wan\nDEVICE=eth1 \nDEVICE=eth2");
         write_file(kScripts + "other", "DEVICE=eth3\n");
@@ -106,30 +93,14 @@ TEST(FindSysconfig, ElsewhereGoesByTheDeviceLineOfTheBareName) {
     });
 }
 
-// "name: configured addresses" for each record of the host, in the order of the result.
-std::vector<std::string> inventory() {
-    std::vector<std::string> lines;
-    tarnnet_info* result = get_cached_info(nullptr);
-    for (tarnnetif_info** record = result->records; *record != nullptr; ++record) {
-        std::string line = std::string((*record)->name) + ":";
-        for (char** text = (*record)->conf_addresses; text != nullptr && *text != nullptr; ++text) {
-            line += std::string(" ") + *text;
-        }
-        lines.push_back(line);
-    }
-    tarnnet_release_info_SL(result);
-    return lines;
-}
-
 TEST(CheckSysconf, MarksTheDhcpInterfacesAndBringsThemToTheHead) {
-    own_mounts::run([] {
+    private_host::run([] {
         use_origin(0, ORIGIN_CONF);
         update_tarnnetif_info("eth0", 0, IFU_CONF_ADDRESSES, text_value("10.0.0.1"));
         update_tarnnetif_info("eth1", 0, IFU_CONF_ADDRESSES, text_value("10.0.0.2"));
         use_origin(0, ORIGIN_LIVE);
-        for (const char* name : {"eth2", "eth3", "eth4", "eth5"}) {
+        for (const char* name : {"eth2", "eth3", "eth4", "eth5"})
             update_tarnnetif_info(name, 0, IFU_STATE, number_value(1));
-        }
         update_tarnnetif_info("eth0", 7, IFU_STATE, number_value(1));
         write_file(kScripts + "ifcfg-eth0", "DEVICE=eth0\n  BOOTPROTO=dhcp\nBOOTPROTO='dhcp'");
         write_file(kScripts + "ifcfg-eth1", "BOOTPROTO=static\n");
@@ -140,10 +111,10 @@ TEST(CheckSysconf, MarksTheDhcpInterfacesAndBringsThemToTheHead) {
 
         EXPECT_EQ(check_sysconf(), 0);
         // The snapshot runs from the newest record to the oldest, so eth0 is marked last.
-        EXPECT_EQ(inventory(),
-                  (std::vector<std::string>{"eth0: dhcp dhcp", "eth3: dhcp",
-                                            "eth0:", "eth5:", "eth4:", "eth2:", "eth1: 10.0.0.2"}));
-        purge_all_generations();
+        const inventory_host::Lines expected = {
+            "eth0 1 [] [dhcp,dhcp]", "eth3 1 [] [dhcp]", "7:eth0 1 [] []",      "eth5 1 [] []",
+            "eth4 1 [] []",          "eth2 1 [] []",     "eth1 1 [] [10.0.0.2]"};
+        EXPECT_EQ(inventory_host::lines_of(get_cached_info(nullptr)), expected);
     });
 }
 
