@@ -104,22 +104,6 @@ TEST(ContainerConfig, AMeasuredHostLineForLine) {
     EXPECT_EQ(profile.numproc, 120);
 }
 
-TEST(ContainerConfig, AnIdleHostGetsTheFloorsAndNoEmptyLines) {
-    PhysParams profile;
-    profile.ns_attrs.nameservers = {""};
-    const std::string text = configuration(profile, 1.2F, 1.5F);
-    expect_values(text, {{"NUMPROC", "288:288"},
-                         {"AVNUMPROC", "180:180"},
-                         {"NUMPTY", "255:255"},
-                         {"NUMFILE", "11174:11174"},
-                         {"PRIVVMPAGES", "65536:72089"},
-                         {"LOCKEDPAGES", "307:307"},
-                         {"DISKSPACE", "0:0"},
-                         {"SLMMEMORYLIMIT", "484974560:484974560"}});
-    EXPECT_EQ(values(text).size(), 28U);
-    EXPECT_EQ(text.substr(text.size() - 14), "SLMMODE=\"all\"\n");
-}
-
 // Shifts of the socket counts, the dentry product and the quota count wrap; counts beyond 2^31 are
 // clamped; negative numbers have twenty digits.
 TEST(ContainerConfig, ABusyHostWrapsAndClamps) {
@@ -181,19 +165,6 @@ TEST(ContainerConfig, QuotaLimitIsDoubledAndRaisedOnlyWhereThereAreQuotas) {
         PhysParams profile;
         profile.quotaugidlimit = measured;
         expect_values(configuration(profile, 1.2F, 1.5F), {{"QUOTAUGIDLIMIT", written}});
-    }
-}
-
-TEST(CheckOverflowParameter, IsDefinedForEveryFloat) {
-    const std::pair<float, int> cases[] = {{2147483648.0F, 2147483647},
-                                           {2147483520.0F, 2147483520},
-                                           {INFINITY, 2147483647},
-                                           {-1.9F, -1},
-                                           {-2147483648.0F, -2147483647 - 1},
-                                           {-INFINITY, -2147483647 - 1},
-                                           {std::nanf(""), -2147483647 - 1}};
-    for (const auto& [value, expected] : cases) {
-        EXPECT_EQ(TarnHWCalc::check_overflow_parameter("NUMPROC", value), expected) << value;
     }
 }
 
