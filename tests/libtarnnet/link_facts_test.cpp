@@ -137,6 +137,7 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
         {AF_INET, 8, far, "", "192.168.255.100/8"},
         {AF_INET, 32, "", far, "192.168.255.100/32"},
         {AF_INET, 32, near, far, "10.0.0.1"},
+        {AF_INET, 32, near, bytes({10, 0, 0, 2}), "10.0.0.1"},
         {AF_INET6, 64, "", near6, "fd00::1/64"},
         {AF_INET6, 128, near6, far6, "fd00::1"},
         {AF_INET6, 128, near6, alike6, "fd00::1/128"},  // only four bytes are compared

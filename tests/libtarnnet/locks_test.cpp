@@ -3,8 +3,10 @@
 #include <semaphore.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 
 #include <cerrno>
+#include <csignal>
 #include <ctime>
 
 #include "inventory_host.h"
@@ -90,6 +92,28 @@ TEST(Lock, WhoseFileCannotBeOpenedStaysTakenWithinTheProcess) {
         release_tarnnetlock();
         EXPECT_EQ(grab_excl_tarnnetlock(), 6);
         EXPECT_FALSE(free_within_process());
+    });
+}
+
+// A signal ends the wait for another process's lock.
+TEST(Lock, ThatIsRefusedLeavesNothingHeld) {
+    private_host::run([] {
+        const int other = open(lock_path, O_RDWR | O_CREAT, 0644);
+        ASSERT_EQ(flock(other, LOCK_EX), 0);
+        struct sigaction action = {};
+        action.sa_handler = [](int) {};  // without SA_RESTART
+        sigaction(SIGALRM, &action, nullptr);
+        const itimerval often = {{0, 20000}, {0, 20000}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+        EXPECT_EQ(grab_excl_tarnnetlock(), 8);
+        EXPECT_EQ(grab_shared_tarnnetlock(0), 8);
+        EXPECT_TRUE(free_within_process());
+        EXPECT_EQ(dup(other), other + 1) << "a descriptor is left open";
+        EXPECT_EQ(logged_messages(),
+                  "init_libtarnnet_state\n\n"
+                  "libtarnnet: grab_excl_tarnnetlock failed\n"
+                  "libtarnnet: grab_shared_tarnnetlock\n"
+                  "libtarnnet: grab_shared_tarnnetlock failed\n");
     });
 }
 

@@ -85,6 +85,7 @@ TEST_F(Records, ChangeInPlaceWhileNobodyHoldsThem) {
 TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
     tarnnetif_info* old = set("eth0", IFU_HWADDR, "00:01");
     set("eth0", IFU_ADDRESSES, "10.0.0.1/24 10.0.0.2/24");
+    set("eth0", IFU_CONF_ADDRESSES, "10.9.0.1");
     set("eth0", IFU_NETWORK_ID, "net1");
     set("eth1", IFU_STATE, 1);
     hold();
@@ -95,8 +96,9 @@ TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
     EXPECT_EQ(fresh->refcount, 0);
     EXPECT_EQ(fresh->set_mask, old->set_mask);
     EXPECT_EQ(fresh->origin_name, fresh->name);
-    EXPECT_EQ(line_of(*fresh), "eth0 1 [10.0.0.1/24,10.0.0.2/24] [] network=net1");
+    EXPECT_EQ(line_of(*fresh), "eth0 1 [10.0.0.1/24,10.0.0.2/24] [10.9.0.1] network=net1");
     EXPECT_EQ(fresh->addr_generation, old->addr_generation);
+    EXPECT_EQ(fresh->conf_addr_generation, old->conf_addr_generation);
     EXPECT_EQ(find_tarnnetif_info("eth0", 0, IFT_GENERIC), fresh);
     EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), fresh);
 
@@ -122,6 +124,10 @@ TEST_F(Records, StayWhenHeldAndTheValueIsTheSame) {
     EXPECT_EQ(record->generation, netinfo.next_generation);
     EXPECT_EQ(record->set_mask, 6u | 16u | 512u);
     EXPECT_NE(set("eth0", IFU_CONF_ADDRESSES, ""), record) << "a list always changes";
+    record = set("eth1", IFU_STATE, 1);
+    release();
+    hold();
+    EXPECT_NE(set("eth1", IFU_HWADDR, nullptr), record) << "so does what is absent";
 }
 
 TEST_F(Records, StartAnewWhenTheyStopBeingABridgeVlanOrPairDevice) {
