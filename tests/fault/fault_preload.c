@@ -20,26 +20,49 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "fault_page.h"
+enum { most_descriptors = 256, path_size = 64, time_limit_seconds = 60 };
 
-enum { most_descriptors = 256 };
+/* From the environment variable FAULT, "OUTFILE CALL AT ERROR IN_CHILD ALARM": the AT-th CALL fails
+ * with that system error (a name; "short" lets read(), write() and recvmsg() succeed with less than
+ * they were asked for), in the program itself or, with IN_CHILD 1, in the children that it forks,
+ * before they become another program. AT 0 lets none fail. malloc() and its kind count only while
+ * libtarnnet is at work. With ALARM above 0 SIGALRM interrupts the program every so many
+ * microseconds. */
+static struct {
+    char outfile[path_size];
+    char call[16];
+    char error_name[16];
+    int at;
+    int error;
+    int in_child;
+    int alarm_usec;
+} order;
 
-static struct fault_page* page;
+/* What came of it, shared with the children. At the end the OUTFILE gets one line: whether the call
+ * has failed, how many descriptors more are open than at the start, whether a child was not waited
+ * for, how many alarms rang, and the path that the failed call was given or its descriptor came
+ * from, or nothing. */
+static struct outcome {
+    int calls;
+    int hit;
+    int alarms;
+    char subject[path_size];
+} * outcome;
+
 static int in_child;
 static int library_at_work;
-static char path_of[most_descriptors][64]; /* what each descriptor was opened from */
+static int descriptors_before;
+static char path_of[most_descriptors][path_size]; /* what each descriptor was opened from */
 
 /* Whether this call is the one that is to fail; errno is set then. */
-static int fails(enum fault_call call, const char* subject) {
-    if (page == NULL || page->call != (int)call || page->in_child != in_child) {
+static int fails(const char* call, const char* subject) {
+    if (outcome == NULL || order.in_child != in_child || strcmp(order.call, call) != 0 ||
+        ++outcome->calls != order.at) {
         return 0;
     }
-    if (++page->calls != page->at) {
-        return 0;
-    }
-    page->hit = 1;
-    snprintf(page->subject, sizeof(page->subject), "%s", subject);
-    errno = page->error;
+    outcome->hit = 1;
+    snprintf(outcome->subject, sizeof(outcome->subject), "%s", subject);
+    errno = order.error;
     return 1;
 }
 
@@ -60,14 +83,11 @@ static void remember(int fd, const char* path) {
         *(void**)(&real) = dlsym(RTLD_NEXT, #name); \
     }
 
-/* The same calls under the names that they have for large files. */
-#define FAULT_stat64 FAULT_stat
-
 /* A function that only fails or does as always. */
-#define FAULTY(result, name, parameters, arguments, failure, subject)     \
-    result name parameters {                                              \
-        REAL(name)                                                        \
-        return fails(FAULT_##name, subject) ? (failure) : real arguments; \
+#define FAULTY(result, name, parameters, arguments, failure, subject) \
+    result name parameters {                                          \
+        REAL(name)                                                    \
+        return fails(#name, subject) ? (failure) : real arguments;    \
     }
 
 FAULTY(int, dup2, (int fd, int wanted), (fd, wanted), -1, "")
@@ -85,7 +105,6 @@ FAULTY(int, scandir,
         int (*compare)(const struct dirent**, const struct dirent**)),
        (path, list, filter, compare), -1, path)
 FAULTY(int, stat, (const char* path, struct stat* status), (path, status), -1, path)
-FAULTY(int, stat64, (const char* path, struct stat64* status), (path, status), -1, path)
 FAULTY(int, access, (const char* path, int mode), (path, mode), -1, path)
 FAULTY(int, gethostname, (char* name, size_t size), (name, size), -1, "")
 FAULTY(long, sysconf, (int name), (name), -1, "")
@@ -100,11 +119,11 @@ FAULTY(ssize_t, sendto,
         socklen_t length),
        (fd, from, size, flags, to, length), -1, "")
 
-/* With the system error 0 these three do something, but less than they were asked for. */
+/* With the error "short" these three do something, but less than they were asked for. */
 #define FAILS_SHORT(name, fd, shortened, as_always) \
     REAL(name)                                      \
-    if (fails(FAULT_##name, subject_of(fd))) {      \
-        return page->error != 0 ? -1 : (shortened); \
+    if (fails(#name, subject_of(fd))) {             \
+        return order.error != 0 ? -1 : (shortened); \
     }                                               \
     return as_always;
 
@@ -118,23 +137,13 @@ ssize_t recvmsg(int fd, struct msghdr* message, int flags) {
     FAILS_SHORT(recvmsg, fd, real(fd, message, flags) - 1, real(fd, message, flags))
 }
 
-/* The time that has not been slept is what the caller goes on with. */
-int nanosleep(const struct timespec* wanted, struct timespec* left) {
-    REAL(nanosleep)
-    if (fails(FAULT_nanosleep, "")) {
-        *left = *wanted;
-        return -1;
-    }
-    return real(wanted, left);
-}
-
 int open(const char* path, int flags, ...) {
     REAL(open)
     va_list arguments;
     va_start(arguments, flags);
     const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
     va_end(arguments);
-    if (fails(FAULT_open, path)) {
+    if (fails("open", path)) {
         return -1;
     }
     const int fd = real(path, flags, mode);
@@ -142,18 +151,22 @@ int open(const char* path, int flags, ...) {
     return fd;
 }
 
+/* The same calls under the names that they have for large files. */
 int open64(const char* path, int flags, ...) __attribute__((alias("open")));
+int stat64(const char* path, struct stat64* status) {
+    return stat(path, (struct stat*)status);
+}
 
 int socket(int family, int type, int protocol) {
     REAL(socket)
-    const int fd = fails(FAULT_socket, "") ? -1 : real(family, type, protocol);
+    const int fd = fails("socket", "") ? -1 : real(family, type, protocol);
     remember(fd, "");
     return fd;
 }
 
 int pipe2(int ends[2], int flags) {
     REAL(pipe2)
-    if (fails(FAULT_pipe2, "") || real(ends, flags) != 0) {
+    if (fails("pipe2", "") || real(ends, flags) != 0) {
         return -1;
     }
     remember(ends[0], "");
@@ -164,7 +177,7 @@ int pipe2(int ends[2], int flags) {
 /* As the kernel does it: the descriptor is gone, whatever the result. */
 int close(int fd) {
     REAL(close)
-    const int failed = fails(FAULT_close, subject_of(fd));
+    const int failed = fails("close", subject_of(fd));
     const int error = errno;
     remember(fd, "");
     const int result = real(fd);
@@ -182,7 +195,7 @@ int fcntl(int fd, int command, ...) {
     va_start(arguments, command);
     const int value = command == F_SETFL || command == F_SETFD ? va_arg(arguments, int) : 0;
     va_end(arguments);
-    if ((command == F_GETFL || command == F_SETFL) && fails(FAULT_fcntl, "")) {
+    if ((command == F_GETFL || command == F_SETFL) && fails("fcntl", "")) {
         return -1;
     }
     return real(fd, command, value);
@@ -190,7 +203,7 @@ int fcntl(int fd, int command, ...) {
 
 pid_t fork(void) {
     REAL(fork)
-    if (fails(FAULT_fork, "")) {
+    if (fails("fork", "")) {
         return -1;
     }
     const pid_t child = real();
@@ -202,7 +215,7 @@ pid_t fork(void) {
 int sem_init(sem_t* semaphore, int shared, unsigned value) {
     REAL(sem_init)
     library_at_work = 1;
-    return fails(FAULT_sem_init, "") ? -1 : real(semaphore, shared, value);
+    return fails("sem_init", "") ? -1 : real(semaphore, shared, value);
 }
 
 int sem_post(sem_t* semaphore) {
@@ -211,10 +224,10 @@ int sem_post(sem_t* semaphore) {
     return real(semaphore);
 }
 
-#define FAULTY_MEMORY(name, parameters, arguments)                                 \
-    void* name parameters {                                                        \
-        REAL(name)                                                                 \
-        return library_at_work && fails(FAULT_##name, "") ? NULL : real arguments; \
+#define FAULTY_MEMORY(name, parameters, arguments)                          \
+    void* name parameters {                                                 \
+        REAL(name)                                                          \
+        return library_at_work && fails(#name, "") ? NULL : real arguments; \
     }
 
 FAULTY_MEMORY(malloc, (size_t size), (size))
@@ -223,7 +236,7 @@ FAULTY_MEMORY(realloc, (void* memory, size_t size), (memory, size))
 
 char* strdup(const char* text) {
     REAL(strdup)
-    return library_at_work && fails(FAULT_strdup, "") ? NULL : real(text);
+    return library_at_work && fails("strdup", "") ? NULL : real(text);
 }
 
 static int count_descriptors(void) {
@@ -237,7 +250,7 @@ static int count_descriptors(void) {
 
 static void take_alarm(int number) {
     (void)number;
-    page->alarms++;
+    outcome->alarms++;
 }
 
 static void start_alarms(void) {
@@ -245,42 +258,69 @@ static void start_alarms(void) {
     memset(&action, 0, sizeof(action));
     action.sa_handler = take_alarm; /* without SA_RESTART */
     sigaction(SIGALRM, &action, NULL);
-    const struct timeval period = {0, page->alarm_usec};
+    const struct timeval period = {0, order.alarm_usec};
     const struct itimerval timer = {period, period};
     setitimer(ITIMER_REAL, &timer, NULL);
 }
 
+/* A program that does not end is killed. */
+static void limit_time(void) {
+    struct sigevent event;
+    memset(&event, 0, sizeof(event));
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = SIGKILL;
+    timer_t timer;
+    const struct itimerspec limit = {{0, 0}, {time_limit_seconds, 0}};
+    if (timer_create(CLOCK_MONOTONIC, &event, &timer) == 0) {
+        timer_settime(timer, 0, &limit, NULL);
+    }
+}
+
+static int error_of(const char* name) {
+    for (int error = 1; error < 134; ++error) {
+        const char* known = strerrorname_np(error);
+        if (known != NULL && strcmp(known, name) == 0) {
+            return error;
+        }
+    }
+    return 0;
+}
+
 __attribute__((constructor)) static void start(void) {
-    const char* path = getenv(FAULT_PAGE_VARIABLE);
-    const int fd = path == NULL ? -1 : open(path, O_RDWR | O_CLOEXEC);
-    if (fd < 0) {
+    const char* text = getenv("FAULT");
+    if (text == NULL ||
+        sscanf(text, "%63s %15s %d %15s %d %d", order.outfile, order.call, &order.at,
+               order.error_name, &order.in_child, &order.alarm_usec) != 6) {
         return;
     }
-    struct fault_page* mapped =
-        mmap(NULL, sizeof(*page), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    close(fd);
-    unsetenv(FAULT_PAGE_VARIABLE);
+    order.error = error_of(order.error_name);
+    unsetenv("FAULT");
     unsetenv("LD_PRELOAD");
+    void* mapped =
+        mmap(NULL, sizeof(*outcome), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) {
         return;
     }
-    mapped->descriptors_before = count_descriptors();
-    page = mapped;
-    if (page->alarm_usec > 0) {
+    limit_time();
+    descriptors_before = count_descriptors();
+    outcome = mapped;
+    if (order.alarm_usec > 0) {
         start_alarms();
     }
     errno = 0; /* as it is when nothing is preloaded */
 }
 
 __attribute__((destructor)) static void finish(void) {
-    if (page == NULL || in_child) {
+    if (outcome == NULL || in_child) {
         return;
     }
-    struct fault_page* mapped = page;
-    page = NULL; /* what follows is not the program's */
+    const struct outcome seen = *outcome;
+    outcome = NULL; /* what follows is not the program's */
     const struct itimerval never = {{0, 0}, {0, 0}};
     setitimer(ITIMER_REAL, &never, NULL);
-    mapped->descriptors_after = count_descriptors();
-    mapped->children_left = waitpid(-1, NULL, WNOHANG) >= 0;
-    mapped->finished = 1;
+    const int more = count_descriptors() - descriptors_before;
+    const int children_left = waitpid(-1, NULL, WNOHANG) >= 0;
+    const int fd = open(order.outfile, O_WRONLY | O_CLOEXEC);
+    dprintf(fd, "%d %d %d %d %s\n", seen.hit, more, children_left, seen.alarms, seen.subject);
+    close(fd);
 }
