@@ -21,20 +21,6 @@ inline void write_file(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
-// A shell script that is found before the host's own command of that name.
-inline void write_command(const std::string& name, const std::string& script) {
-    const std::string path = "/tmp/bin/" + name;
-    write_file(path, "#!/bin/sh\n" + script);
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-}
-
-// Puts a file in the place of an existing one, such as one of the kernel's.
-inline void replace_file(const std::string& path, const std::string& text) {
-    const std::string copy = "/tmp/replaced" + path;
-    write_file(copy, text);
-    ASSERT_EQ(mount(copy.c_str(), path.c_str(), nullptr, MS_BIND, nullptr), 0) << path;
-}
-
 inline bool enter() {
     if (unshare(CLONE_NEWNS | CLONE_NEWNET) != 0 ||
         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
@@ -45,8 +31,6 @@ inline bool enter() {
             return false;
         }
     }
-    const char* search_path = getenv("PATH");
-    setenv("PATH", ("/tmp/bin:" + std::string(search_path ? search_path : "/bin")).c_str(), 1);
     return true;
 }
 

@@ -1,3 +1,5 @@
+// What others wrote, and the values that are made of it. The resolver file is shown by the
+// scenarios.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -5,10 +7,36 @@
 #include <utility>
 #include <vector>
 
+#include "inspect/mount_table.h"
+#include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
 #include "kiln/strings.h"
+#include "tarnnet.h"
 
 namespace {
+
+TEST(FilesystemTypes, AreMarkedByTheFirstField) {
+    const FsTypeTable types = parse_filesystem_types(
+        "nodev\tproc\n\text4\nnodev\tnfs4\textra\nNODEV\tfuse\nnodev\n\njunk");
+    EXPECT_EQ(types,
+              (FsTypeTable{{"proc", true}, {"ext4", false}, {"nfs4", true}, {"fuse", false}}));
+}
+
+// The addresses of a record are shown by the scenarios.
+TEST(NetIface, UsesDhcpWhenThatIsConfiguredFirst) {
+    std::string texts[] = {"dhcp", "10.0.0.1", "DHCP", "eth0"};
+    tarnnetif_info record = {};
+    record.type = IFT_VNIC;
+    record.name = texts[3].data();
+    EXPECT_FALSE(make_net_iface(record).dhcp);
+    for (const std::size_t first : {0U, 1U, 2U}) {
+        char* configured[] = {texts[first].data(), texts[0].data(), nullptr};
+        record.conf_addresses = configured;
+        const NetIface iface = make_net_iface(record);
+        EXPECT_EQ(iface.dhcp, first == 0);
+        EXPECT_EQ(iface.ifname + std::to_string(iface.if_type), "eth032");
+    }
+}
 
 // Each record as ID:BLOCKS,INODES with a triple soft/hard/grace for both.
 std::string show(const Quotas& quotas) {
@@ -87,12 +115,6 @@ TEST(QuotaReport, ConvertsGraceTimes) {
         const std::uint64_t seconds = QuotaMgmt::grace_atoll(text.substr(0, sign).c_str());
         EXPECT_EQ(std::to_string(seconds), text.substr(sign + 1)) << text;
     }
-}
-
-TEST(QuotaReport, TakesLongNamesAndNumbers) {
-    const std::string name(1000000, 'x');
-    const std::string number(1000000, '9');
-    EXPECT_EQ(parse("---\n#" + name + " -- 1 2 3 " + number + " 5 6\n"), "0:2/3/0,5/6/0 | ");
 }
 
 }  // namespace
