@@ -3,13 +3,13 @@
 
 #include <cstdint>
 #include <limits>
-#include <list>
 #include <string>
 #include <vector>
 
 #include "calc/tarn_hwcalc.h"
 #include "kiln/caller_exec.h"
 #include "kiln/connector.h"
+#include "kiln/environment.h"
 #include "kiln/error.h"
 #include "kiln/strings.h"
 
@@ -23,13 +23,9 @@ constexpr std::int32_t distribution_warning_code = 0;
 // Runs the script and stores its answer, without any blanks. Returns false, with `answer`
 // unchanged, when it cannot be run or does not exit with 0.
 bool ask_script(const std::string& script, std::string& answer) {
-    std::list<std::string> environment;
-    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-        environment.emplace_back(*entry);
-    }
     Kiln::CtoDynaBuf output(std::numeric_limits<unsigned long>::max(), true, nullptr, -1);
     std::vector<Kiln::Connector*> connectors = {nullptr, &output, nullptr};
-    Kiln::CallerExec caller("sh", {script}, environment, {"", false});
+    Kiln::CallerExec caller("sh", {script}, Kiln::current_environment(), {"", false});
     try {
         caller.call(connectors);
     } catch (const Kiln::Error&) {

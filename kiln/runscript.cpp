@@ -1,7 +1,5 @@
 #include "kiln/runscript.h"
 
-#include <unistd.h>
-
 #include <limits>
 #include <list>
 #include <utility>
@@ -9,17 +7,10 @@
 
 #include "kiln/caller_exec.h"
 #include "kiln/connector.h"
+#include "kiln/environment.h"
 #include "kiln/error.h"
 
 namespace {
-
-std::list<std::string> whole_environment() {
-    std::list<std::string> entries;
-    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-        entries.emplace_back(*entry);
-    }
-    return entries;
-}
 
 Kiln::CtoDynaBuf unlimited_buffer() {
     return Kiln::CtoDynaBuf(std::numeric_limits<unsigned long>::max(), true, nullptr, -1);
@@ -33,7 +24,7 @@ int runscript(std::string command, std::string& out, std::string& err) {
     Kiln::CtoDynaBuf err_buffer = unlimited_buffer();
     std::vector<Kiln::Connector*> connectors = {nullptr, &out_buffer, &err_buffer};
     try {
-        Kiln::CallerExec shell("sh", arguments, whole_environment(), {});
+        Kiln::CallerExec shell("sh", arguments, Kiln::current_environment(), {});
         shell.call(connectors);
         out = std::move(out_buffer.buffer);
         err = std::move(err_buffer.buffer);
