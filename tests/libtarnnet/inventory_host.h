@@ -1,11 +1,10 @@
-// A host for the library's tests: a network namespace with links of the test's own, a /sys that
-// shows it, a result as lines of text, and the messages that the library logged.
+// A host for the library's tests: a network namespace with links of the test's own, a result as
+// lines of text, and the messages that the library logged.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -24,13 +23,9 @@ inline void run_ip(const std::string& commands) {
     ASSERT_EQ(pclose(ip), 0) << commands;
 }
 
-inline void show_own_sys() {
-    ASSERT_EQ(mount("sysfs", "/sys", "sysfs", 0, nullptr), 0);
-}
-
-// An empty tmpfs over a directory.
-inline void empty(const char* path) {
-    ASSERT_EQ(mount("none", path, "tmpfs", 0, nullptr), 0) << path;
+// A "tmpfs" hides what a directory holds; a "sysfs" shows the links of the test's own.
+inline void mount_over(const char* type, const char* path) {
+    ASSERT_EQ(mount("none", path, type, 0, nullptr), 0) << path;
 }
 
 inline std::string joined(char* const* list) {
@@ -42,13 +37,6 @@ inline std::string joined(char* const* list) {
 
 inline std::string field(const char* name, const char* value) {
     return value == nullptr ? "" : std::string(" ") + name + "=" + value;
-}
-
-inline std::vector<std::string> texts(char* const* list) {
-    std::vector<std::string> all;
-    for (; list != nullptr && *list != nullptr; ++list)
-        all.emplace_back(*list);
-    return all;
 }
 
 // "eth0 2 [10.0.0.1/24] [dhcp] bridge=br0 network=net1", with "101:" in front for a container.
@@ -84,6 +72,34 @@ inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, ui
     Lines lines = lines_of(result);
     tarnnet_release_info(result);
     return lines;
+}
+
+// A host whose kinds, pairs and bridges come from files alone: everything that an inventory can
+// find.
+inline void make_host_of_files() {
+    using private_host::write_file;
+    run_ip(
+        "link add eth0 type veth peer name vme1\n"
+        "addr add 10.1.0.1/24 dev eth0\naddr add fd00::1/64 dev eth0 nodad\n");
+    mount_over("tmpfs", "/proc");
+    mount_over("tmpfs", "/sys");
+    write_file("/etc/tarn/tarnnet.conf",
+               "VNID_br0=\"net1\"\nIFLST_br0=\"eth0 eth1\"\nVLAN_eth0=\"10 20\"\n"
+               "ADDR_far0=\"10.9.0.1 10.9.0.2\"\n");
+    write_file("/etc/sysconfig/network-scripts/ifcfg-eth0", "BOOTPROTO=dhcp\n");
+    write_file("/proc/tarn/veth",
+               "Version: 1.0\n"
+               "00:18:51:0C:7A:01   veth101.0 00:18:51:0C:7A:02  eth0     101 allow\n"
+               "too few fields\n"
+               "m veth102.0 m eth1 102");
+    write_file("/proc/tarn/vmth", "Version: 1.0\nvme1\n\nvme2 more\n");
+    write_file("/proc/net/vlan/config",
+               "VLAN Dev name    | VLAN ID\n"
+               "Name-Type: VLAN_NAME_TYPE_RAW_PLUS_VID_NO_PAD\n"
+               "eth0.10        | 10  | eth0\n"
+               "eth0.20        | 20\n");
+    for (const char* file : {"br0/bridge/x", "br0/brif/veth101.0", "br1/bridge/x", "notbr/bridge"})
+        write_file(std::string("/sys/class/net/") + file, "");
 }
 
 // The messages of the library's log without their stamps, each followed by a newline.
