@@ -1,83 +1,36 @@
-// What the tests of kiln share: pipes, helper processes and a storm of signals.
+// What the tests of kiln share: helper processes and what a process has open.
 #pragma once
 
-#include <dirent.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
+#include <filesystem>
 #include <set>
 #include <string>
 
-#include "kiln/files.h"
-#include "kiln/numbers.h"
-
-// What `body` returns in a forked process; -1 when it did not get there.
+// Whether `body` is true in a forked process.
 template <class Body>
-int in_helper_process(const Body& body) {
+bool in_helper_process(const Body& body) {
     const pid_t pid = fork();
     if (pid == 0) {
-        _exit(body());
+        _exit(body() ? 0 : 1);
     }
-    int status = 0;
+    int status = -1;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return status == 0;
 }
 
-inline std::set<int> open_descriptors() {
-    std::set<int> fds;
-    DIR* directory = opendir("/proc/self/fd");
-    while (const dirent* entry = readdir(directory)) {
-        if (entry->d_name[0] != '.') {
-            fds.insert(Kiln::leading_int(entry->d_name));
-        }
+// The numbers, and the one that is open to read them.
+inline std::set<std::string> open_descriptors() {
+    std::set<std::string> numbers;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        numbers.insert(entry.path().filename());
     }
-    fds.erase(dirfd(directory));
-    closedir(directory);
-    return fds;
+    return numbers;
 }
 
 inline bool has_children() {
     return waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD;
 }
-
-struct Pipe {
-    explicit Pipe(const std::string& text = "") {
-        if (pipe(ends) != 0) {
-            std::abort();
-        }
-        Kiln::write_all(ends[1], text.data(), text.size());
-    }
-    ~Pipe() {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    int ends[2];  // the reader's and the writer's
-};
-
-// A stream of SIGALRM and SIGCHLD at this process, which does no more than interrupt it.
-struct SignalStorm {
-    SignalStorm() {
-        struct sigaction action = {};
-        action.sa_handler = [](int) { kill(getpid(), SIGCHLD); };
-        sigaction(SIGALRM, &action, &old_alarm);
-        const itimerval timer = {{0, 200}, {0, 200}};
-        setitimer(ITIMER_REAL, &timer, nullptr);
-    }
-    ~SignalStorm() {
-        const itimerval none = {};
-        setitimer(ITIMER_REAL, &none, nullptr);
-        sigaction(SIGALRM, &old_alarm, nullptr);
-    }
-    SignalStorm(const SignalStorm&) = delete;
-    SignalStorm& operator=(const SignalStorm&) = delete;
-
-    struct sigaction old_alarm = {};
-};
