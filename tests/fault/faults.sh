@@ -2,8 +2,7 @@
 # must look exactly like a source that is not there, and a command that cannot be run like one that failed: nothing may
 # be half taken over, and nothing else may be said. Run by run_scenario, with the words of its host.sh, the preloaded
 # library as descriptor 6, and the name of one of the parts below as FAULT_PART.
-cat <&6 >"$stage/fault.so"
-exec 6<&-
+cat <&6 >"$stage/fault.so" && exec 6<&-
 
 # The host: every source that the program knows says something.
 process 101 PPid=1101 VmSize=400000 VmLck=2000
@@ -95,8 +94,7 @@ try() {
     : >"$stage/noted"
     extra_env=(PATH="$stage/bin" LD_PRELOAD="$stage/fault.so" FAULT="$stage/noted $1 $alarms" "$answers")
     launch "${arguments[@]}" >"$stage/got.out" 2>"$stage/got.err" &
-    status=0
-    wait $! || status=$?
+    wait $! && status=0 || status=$?
     rm -r "/proc/$!"
     IFS= read -rd '' out <"$stage/got.out" || true
     IFS= read -rd '' err <"$stage/got.err" || true
@@ -194,20 +192,22 @@ allow_commands() {
     answers=ALL=
 }
 
-# What is read from no path is a command's output.
+# What is read from no path is a command's output, or its end. Each of the commands falls silent for one of the faults.
 reads() {
+    local -A met=(["$plain"]=1)
     without /tmp/disk
     local table="Error: Error reading '/etc/mtab': Input/output error"
     allow_commands SILENT
     allow 0 "$plain_out" "$plain_err"
     looks_missing_or_silent() {
         case $subject in
-        '') is_allowed ;;
+        '') is_allowed && met[$seen]=1 ;;
         /etc/mtab) [[ $out == "${out_without[/tmp/disk]}" && $err == "$table"$'\n'"$plain_err" ]] ;;
         *) looks_missing ;;
         esac
     }
     each read EIO looks_missing_or_silent
+    ((FAULT_STRIDE > 1 || ${#met[@]} == ${#allowed[@]})) || wrong "some commands never fell silent"
 }
 
 # What is merely asked for is left out.
