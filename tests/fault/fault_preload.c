@@ -314,10 +314,10 @@ __attribute__((destructor)) static void finish(void) {
     if (outcome == NULL || in_child) {
         return;
     }
-    const struct outcome seen = *outcome;
-    outcome = NULL; /* what follows is not the program's */
     const struct itimerval never = {{0, 0}, {0, 0}};
     setitimer(ITIMER_REAL, &never, NULL);
+    const struct outcome seen = *outcome;
+    outcome = NULL; /* what follows is not the program's */
     const int more = count_descriptors() - descriptors_before;
     const int children_left = waitpid(-1, NULL, WNOHANG) >= 0;
     const int fd = open(order.outfile, O_WRONLY | O_CLOEXEC);
