@@ -71,6 +71,7 @@ TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
     ASSERT_NE(fresh, old);
     EXPECT_EQ(names(), "eth0 eth1 ");
     EXPECT_EQ(fresh->set_mask, old->set_mask);
+    EXPECT_EQ(fresh->addr_generation, old->addr_generation);
     EXPECT_EQ(line_of(*fresh), "eth0 1 [10.0.0.1/24,10.0.0.2/24] [10.9.0.1] network=net1");
     EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), fresh);
     set("eth0", IFU_NETWORK_ID, nullptr);

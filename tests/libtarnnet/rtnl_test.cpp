@@ -117,13 +117,13 @@ TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
 
 // An attribute here is its length field and its type; another four bytes stand for a value.
 TEST(RtnlAttributes, AreIndexedByTheirFullTypeOrInTheirOrder) {
-    rtattr list[] = {{5, 1}, {}, {4, 3}, {4, 4}, {4, 0x8003}, {8, 1}, {}};
+    rtattr list[] = {{5, 1}, {}, {4, 2}, {4, 4}, {4, 0x8003}, {8, 1}, {}};
     rtattr* const end = list + 6;
     rtattr* table[5] = {end, end, end, end, end};
     EXPECT_EQ(parse_rtattr(table, 3, list, sizeof(list)), 0);
     EXPECT_EQ(table[1], list + 5) << "the later one of a type wins";
-    EXPECT_EQ(table[3], list + 2);
-    EXPECT_TRUE(table[0] == nullptr && table[2] == nullptr);
+    EXPECT_EQ(table[2], list + 2);
+    EXPECT_TRUE(table[0] == nullptr && table[3] == nullptr);
     EXPECT_EQ(table[4], end) << "exactly four slots are cleared";
     table[3] = end;
     EXPECT_EQ(parse_rtattr_byindex(table, 3, list, sizeof(list)), 3);
