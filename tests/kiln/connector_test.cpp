@@ -5,6 +5,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "kiln/files.h"
+
 namespace {
 
 TEST(CtoDynaBuf, LimitsWhatItKeepsAndSaysWhetherToGoOn) {
@@ -31,6 +33,9 @@ TEST(CtoDynaBuf, LimitsWhatItKeepsAndSaysWhetherToGoOn) {
         ioctl(tee[0], FIONREAD, &copied);
         EXPECT_EQ(copied, c.copied) << c.limit;
     }
+    Kiln::setFDNonblock(tee[1]);  // the pipe holds 65536 bytes
+    EXPECT_EQ(Kiln::write_all(tee[1], std::string(70000, 'x').data(), 70000), 12656U);
+
     Kiln::CtoDynaBuf buffer(~0UL, false, &entry, tee[0]);  // nothing can be written there
     EXPECT_EQ(buffer.process(), 4096);
     EXPECT_EQ(buffer.tee_fd, -1);
