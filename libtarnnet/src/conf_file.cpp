@@ -15,15 +15,15 @@
 
 namespace {
 
-constexpr const char* kConfPath = "/etc/tarn/tarnnet.conf";
-constexpr size_t kConfLineSize = 256;  // a longer line continues as the next one
+constexpr const char* conf_path = "/etc/tarn/tarnnet.conf";
+constexpr size_t conf_line_size = 256;  // a longer line continues as the next one
 
 struct conf_prefix {
     const char* text;
     enum conf_key key;
 };
 
-constexpr conf_prefix kPrefixes[] = {
+constexpr conf_prefix prefixes[] = {
     {"VNID_", CONF_NETWORK},
     {"IFLST_", CONF_INTERFACES},
     {"VLAN_", CONF_VLANS},
@@ -31,7 +31,7 @@ constexpr conf_prefix kPrefixes[] = {
 };
 
 const conf_prefix* prefix_of(const char* line) {
-    for (const conf_prefix& prefix : kPrefixes) {
+    for (const conf_prefix& prefix : prefixes) {
         if (has_prefix(line, prefix.text)) {
             return &prefix;
         }
@@ -96,11 +96,11 @@ void take_line(const struct conf_line* line) {
 }
 
 int read_conf_file() {
-    FILE* file = open_text_file(kConfPath);
+    FILE* file = open_text_file(conf_path);
     if (file == nullptr) {
         return 1;
     }
-    char text[kConfLineSize];
+    char text[conf_line_size];
     while (fgets(text, sizeof(text), file) != nullptr) {
         const struct conf_line line = parse_conf_line(text);
         take_line(&line);
@@ -141,7 +141,7 @@ int read_tarnnetconf(int force) {
     read_vlan_config(0);
 
     struct stat status;
-    if (stat(kConfPath, &status) < 0) {
+    if (stat(conf_path, &status) < 0) {
         return errno == ENOENT ? 0 : 1;
     }
     if (!force && status.st_mtime == libtarnnet_state.conf_time) {

@@ -29,7 +29,7 @@ void free_set(struct iface_set* set) {
 }
 
 struct iface_set* find_set(struct list_node* sets, const char* ifname) {
-    char cut[kIfNameSize];
+    char cut[if_name_size];
     copy_cut(cut, sizeof(cut), ifname);
     return list_find<iface_set>(
         sets, [&cut](const struct iface_set* set) { return strcmp(set->ifname, cut) == 0; });
@@ -85,7 +85,7 @@ struct network* find_network_by_br(const char* bridge) {
     // The whole field is compared: a bridge name that had to be cut is found under its cut form
     // only.
     return list_find<network>(&g_networks, [bridge](const struct network* net) {
-        return strncmp(net->bridge, bridge, kIfNameSize) == 0;
+        return strncmp(net->bridge, bridge, if_name_size) == 0;
     });
 }
 
@@ -113,7 +113,7 @@ int add_vlan(const char* device, uint32_t vlan_id) {
 }
 
 int add_iface_addr(const char* ifname, const char* address) {
-    char cut[kAddressSize];
+    char cut[address_size];
     copy_cut(cut, sizeof(cut), address);
     const auto same_text = [&cut](const iface_addr* addr) { return strcmp(addr->text, cut) == 0; };
     if (set_has<iface_addr>(&g_iface_addrs, ifname, same_text)) {

@@ -10,44 +10,44 @@
 #include "list.h"
 #include "vlan_naming.h"
 
-constexpr size_t kAddressSize = 20;  // 19 characters and the NUL
+constexpr size_t address_size = 20;  // 19 characters and the NUL
 
 struct slave_iface {
     struct list_node node;
-    char name[kIfNameSize];
+    char name[if_name_size];
 };
 
 // A configured network: the bridge that carries it and the interfaces joined to it.
 struct network {
     struct list_node node;
     char* network_id;  // owned
-    char bridge[kIfNameSize];
-    char master[kIfNameSize];  // empty until set
-    struct list_node slaves;   // of slave_iface
+    char bridge[if_name_size];
+    char master[if_name_size];  // empty until set
+    struct list_node slaves;    // of slave_iface
 };
 
 // The entries configured for one interface.
 struct iface_set {
     struct list_node node;
-    char ifname[kIfNameSize];
+    char ifname[if_name_size];
     struct list_node entries;  // of vlan_entry or iface_addr
 };
 
 struct vlan_entry {
     struct list_node node;
     uint32_t vlan_id;
-    char name[kIfNameSize];  // of the VLAN device, in the naming style of the time
+    char name[if_name_size];  // of the VLAN device, in the naming style of the time
 };
 
 struct iface_addr {
     struct list_node node;
-    char text[kAddressSize];
+    char text[address_size];
 };
 
 struct veth_pair {
     struct list_node node;
-    char host_name[kIfNameSize];
-    char container_name[kIfNameSize];
+    char host_name[if_name_size];
+    char container_name[if_name_size];
     uint32_t veid;
 };
 

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr const char* kLogPath = "/var/log/tarnnetcfg.log";
-constexpr mode_t kLogMode = 0666;  // narrowed by the umask
-constexpr size_t kMessageSize = 1024;
-constexpr size_t kStampSize = 3 * 21 + 1;  // three numbers with their tabs, and the newline
+constexpr const char* log_path = "/var/log/tarnnetcfg.log";
+constexpr mode_t log_mode = 0666;  // narrowed by the umask
+constexpr size_t message_size = 1024;
+constexpr size_t stamp_size = 3 * 21 + 1;  // three numbers with their tabs, and the newline
 
 void write_whole(int fd, const char* text, size_t length) {
     while (length > 0) {
@@ -32,12 +32,12 @@ void write_whole(int fd, const char* text, size_t length) {
 void append_line(const char* message) {
     int fd = -1;
     do {
-        fd = open(kLogPath, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kLogMode);
+        fd = open(log_path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, log_mode);
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
         return;
     }
-    char line[kStampSize + kMessageSize];
+    char line[stamp_size + message_size];
     const int length =
         snprintf(line, sizeof(line), "%ld\t%ld\t%ld\t%s\n", static_cast<long>(time(nullptr)),
                  static_cast<long>(getpid()), static_cast<long>(getppid()), message);
@@ -51,7 +51,7 @@ void append_line(const char* message) {
 
 void tarnnetlog(const char* format, ...) {
     const int saved_errno = errno;
-    char message[kMessageSize] = "";
+    char message[message_size] = "";
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(message, sizeof(message), format, arguments);

@@ -12,13 +12,13 @@
 
 namespace {
 
-constexpr int kSocketBufferBytes = 32768;
-constexpr size_t kReceiveBufferBytes = 16384;
-constexpr uint16_t kDumpFlags = NLM_F_REQUEST | NLM_F_ROOT | NLM_F_MATCH;
-constexpr size_t kHeaderBytes = sizeof(struct nlmsghdr);
-constexpr size_t kErrorMessageBytes = kHeaderBytes + sizeof(struct nlmsgerr);
+constexpr int socket_buffer_bytes = 32768;
+constexpr size_t receive_buffer_bytes = 16384;
+constexpr uint16_t dump_flags = NLM_F_REQUEST | NLM_F_ROOT | NLM_F_MATCH;
+constexpr size_t header_bytes = sizeof(struct nlmsghdr);
+constexpr size_t error_message_bytes = header_bytes + sizeof(struct nlmsgerr);
 
-static_assert(kHeaderBytes == 16 && kErrorMessageBytes == 36, "the kernel's message format");
+static_assert(header_bytes == 16 && error_message_bytes == 36, "the kernel's message format");
 static_assert(sizeof(struct sockaddr_nl) == 12, "the kernel's address format");
 
 struct sockaddr_nl netlink_address(unsigned groups) {
@@ -41,7 +41,7 @@ int failed(const char* what) {
 }
 
 int set_buffer_size(int fd, int option, const char* name) {
-    const int size = kSocketBufferBytes;
+    const int size = socket_buffer_bytes;
     return setsockopt(fd, SOL_SOCKET, option, &size, sizeof(size)) < 0 ? failed(name) : 0;
 }
 
@@ -69,9 +69,9 @@ uint32_t next_dump_seq(struct rtnl_sock* sock) {
 struct nlmsghdr dump_header(struct rtnl_sock* sock, int type, size_t body_bytes) {
     struct nlmsghdr header;
     memset(&header, 0, sizeof(header));
-    header.nlmsg_len = static_cast<uint32_t>(kHeaderBytes + body_bytes);
+    header.nlmsg_len = static_cast<uint32_t>(header_bytes + body_bytes);
     header.nlmsg_type = static_cast<uint16_t>(type);
-    header.nlmsg_flags = kDumpFlags;
+    header.nlmsg_flags = dump_flags;
     header.nlmsg_seq = next_dump_seq(sock);
     return header;
 }
@@ -84,7 +84,7 @@ bool answers_dump(const struct rtnl_sock* sock, const struct sockaddr_nl* sender
 
 // The result of a dump that the kernel answers with an error; an acknowledgement counts as one.
 int kernel_error(const struct nlmsghdr* message) {
-    if (message->nlmsg_len < kErrorMessageBytes) {
+    if (message->nlmsg_len < error_message_bytes) {
         tarnnetlog("ERROR truncated");
         return -1;
     }
@@ -136,7 +136,7 @@ struct rtnl_walk dump_step(struct rtnl_sock* sock, const struct rtnl_receivers* 
                            char* buffer) {
     const struct rtnl_walk broken = {1, -1, 0};
     struct sockaddr_nl sender = {};  // stays the kernel when the socket names nobody
-    struct iovec piece = {buffer, kReceiveBufferBytes};
+    struct iovec piece = {buffer, receive_buffer_bytes};
     struct msghdr header = {};
     header.msg_name = &sender;
     header.msg_namelen = sizeof(sender);
@@ -206,7 +206,7 @@ int rtnl_wilddump_request(struct rtnl_sock* sock, int family, int type) {
     } request;
     static_assert(sizeof(request) == 20, "the body is padded to four bytes");
     memset(&request, 0, sizeof(request));
-    request.header = dump_header(sock, type, sizeof(request) - kHeaderBytes);
+    request.header = dump_header(sock, type, sizeof(request) - header_bytes);
     request.body.rtgen_family = static_cast<unsigned char>(family);
     return rtnl_send(sock, reinterpret_cast<const char*>(&request), sizeof(request));
 }
@@ -242,9 +242,9 @@ struct rtnl_walk rtnl_walk_datagram(const struct rtnl_sock* sock, const struct s
                                     const struct rtnl_receivers* receivers) {
     struct rtnl_walk walk = {0, 0, len};
     auto* at = static_cast<char*>(datagram);
-    while (walk.remaining >= kHeaderBytes) {
+    while (walk.remaining >= header_bytes) {
         auto* message = static_cast<struct nlmsghdr*>(static_cast<void*>(at));
-        if (message->nlmsg_len < kHeaderBytes || message->nlmsg_len > walk.remaining) {
+        if (message->nlmsg_len < header_bytes || message->nlmsg_len > walk.remaining) {
             break;
         }
         if (answers_dump(sock, sender, message)) {
@@ -270,7 +270,7 @@ struct rtnl_walk rtnl_walk_datagram(const struct rtnl_sock* sock, const struct s
 int rtnl_dump_filter(struct rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
                      void* arg2) {
     const struct rtnl_receivers receivers = {filter, arg1, junk, arg2};
-    alignas(struct nlmsghdr) char buffer[kReceiveBufferBytes];
+    alignas(struct nlmsghdr) char buffer[receive_buffer_bytes];
     for (;;) {
         const struct rtnl_walk walk = dump_step(sock, &receivers, buffer);
         if (walk.finished) {

@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr size_t kAttrHeaderBytes = sizeof(struct rtattr);
-static_assert(kAttrHeaderBytes == 4, "the kernel's attribute format");
+constexpr size_t attr_header_bytes = sizeof(struct rtattr);
+static_assert(attr_header_bytes == 4, "the kernel's attribute format");
 
 struct attr_walk {
     struct rtattr* next;
@@ -21,7 +21,7 @@ struct attr_walk begin_walk(struct rtattr* rta, int len) {
 // The next whole attribute, or null where the walk stops.
 struct rtattr* take_attr(struct attr_walk* walk) {
     struct rtattr* attr = walk->next;
-    if (walk->remaining < kAttrHeaderBytes || attr->rta_len < kAttrHeaderBytes ||
+    if (walk->remaining < attr_header_bytes || attr->rta_len < attr_header_bytes ||
         attr->rta_len > walk->remaining) {
         return nullptr;
     }

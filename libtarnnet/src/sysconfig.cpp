@@ -15,13 +15,13 @@
 
 namespace {
 
-constexpr const char* kScriptsDir = "/etc/sysconfig/network-scripts";
-constexpr const char* kNetworkDir = "/etc/sysconfig/network";
-constexpr const char* kFilePrefix = "ifcfg-";
-constexpr const char* kBootKey = "BOOTPROTO=";
-constexpr const char* kDeviceKey = "DEVICE=";
-constexpr size_t kPathSize = 512;
-constexpr size_t kLineSize = 65536;  // a longer line continues as the next one
+constexpr const char* scripts_dir = "/etc/sysconfig/network-scripts";
+constexpr const char* network_dir = "/etc/sysconfig/network";
+constexpr const char* file_prefix = "ifcfg-";
+constexpr const char* boot_key = "BOOTPROTO=";
+constexpr const char* device_key = "DEVICE=";
+constexpr size_t path_size = 512;
+constexpr size_t line_size = 65536;  // a longer line continues as the next one
 
 // The interface files of a directory, in alphabetical order. A directory that is missing is known
 // to be empty; one that cannot be listed is not known.
@@ -49,7 +49,7 @@ struct ifcfg_pass {
 };
 
 int is_ifcfg(const struct dirent* entry) {
-    return has_prefix(entry->d_name, kFilePrefix);
+    return has_prefix(entry->d_name, file_prefix);
 }
 
 struct ifcfg_listing* listing_of(struct ifcfg_listing* listing, const char* dir) {
@@ -91,14 +91,14 @@ int compare_entries(const void* left, const void* right) {
 // entry can be looked up; a listed one is still asked for, as it may be a dangling link.
 bool rules_out(const struct ifcfg_listing* listing, const char* name) {
     struct dirent wanted = {};
-    const size_t length = strlen(kFilePrefix) + strlen(name);
+    const size_t length = strlen(file_prefix) + strlen(name);
     if (!listing->known || length >= sizeof(wanted.d_name) || strchr(name, '/') != nullptr) {
         return false;
     }
     if (listing->count == 0) {
         return true;
     }
-    snprintf(wanted.d_name, sizeof(wanted.d_name), "%s%s", kFilePrefix, name);
+    snprintf(wanted.d_name, sizeof(wanted.d_name), "%s%s", file_prefix, name);
     const struct dirent* key = &wanted;
     return bsearch(&key, listing->entries, static_cast<size_t>(listing->count), sizeof(void*),
                    compare_entries) == nullptr;
@@ -108,13 +108,13 @@ bool has_file(struct ifcfg_listing* listing, const char* dir, const char* name) 
     if (rules_out(listing_of(listing, dir), name)) {
         return false;
     }
-    char path[kPathSize];
-    snprintf(path, sizeof(path), "%s/%s%s", dir, kFilePrefix, name);
+    char path[path_size];
+    snprintf(path, sizeof(path), "%s/%s%s", dir, file_prefix, name);
     return access(path, F_OK) == 0;
 }
 
 char* make_path(const char* dir, const char* prefix, const char* name) {
-    char path[kPathSize];
+    char path[path_size];
     snprintf(path, sizeof(path), "%s/%s%s", dir, prefix, name);
     return strdup(path);
 }
@@ -143,7 +143,7 @@ const char* entry_by_hwaddr(const struct ifcfg_listing* listing, const char* nam
         }
         ++count;
         any = entry;
-        const char* rest = entry + strlen(kFilePrefix);
+        const char* rest = entry + strlen(file_prefix);
         if (alike == nullptr && memmem(rest, strlen(rest), name, letters) != nullptr) {
             alike = entry;
         }
@@ -172,9 +172,9 @@ void read_device_lines(struct ifcfg_pass* pass, const char* entry) {
     if (file == nullptr) {
         return;
     }
-    char line[kLineSize];
+    char line[line_size];
     while (fgets(line, sizeof(line), file) != nullptr) {
-        if (has_prefix(line, kDeviceKey)) {
+        if (has_prefix(line, device_key)) {
             keep_device_line(pass, entry, line);
         }
     }
@@ -184,7 +184,7 @@ void read_device_lines(struct ifcfg_pass* pass, const char* entry) {
 const char* entry_by_device(struct ifcfg_pass* pass, const char* name) {
     if (!pass->devices_read) {
         pass->devices_read = true;
-        const struct ifcfg_listing* scripts = listing_of(&pass->scripts, kScriptsDir);
+        const struct ifcfg_listing* scripts = listing_of(&pass->scripts, scripts_dir);
         for (int i = 0; i < scripts->count; ++i) {
             read_device_lines(pass, scripts->entries[i]->d_name);
         }
@@ -201,25 +201,25 @@ char* find_on_suse(struct ifcfg_pass* pass, const char* name, uint32_t kind, con
     if (hwaddr == nullptr || *hwaddr == '\0' || kind == IFT_VLAN) {
         return nullptr;
     }
-    const char* entry = entry_by_hwaddr(listing_of(&pass->network, kNetworkDir), name, hwaddr);
-    return entry != nullptr ? make_path(kNetworkDir, "", entry) : nullptr;
+    const char* entry = entry_by_hwaddr(listing_of(&pass->network, network_dir), name, hwaddr);
+    return entry != nullptr ? make_path(network_dir, "", entry) : nullptr;
 }
 
 char* find_in_pass(struct ifcfg_pass* pass, const char* name, uint32_t kind, const char* hwaddr) {
     if (name == nullptr) {
         return nullptr;
     }
-    if (has_file(&pass->scripts, kScriptsDir, name)) {
-        return make_path(kScriptsDir, kFilePrefix, name);
+    if (has_file(&pass->scripts, scripts_dir, name)) {
+        return make_path(scripts_dir, file_prefix, name);
     }
-    if (has_file(&pass->network, kNetworkDir, name)) {
-        return make_path(kNetworkDir, kFilePrefix, name);
+    if (has_file(&pass->network, network_dir, name)) {
+        return make_path(network_dir, file_prefix, name);
     }
     if (libtarnnet_state.suse) {
         return find_on_suse(pass, name, kind, hwaddr);
     }
     const char* entry = entry_by_device(pass, name);
-    return entry != nullptr ? make_path(kScriptsDir, "", entry) : nullptr;
+    return entry != nullptr ? make_path(scripts_dir, "", entry) : nullptr;
 }
 
 // Every line that asks for DHCP counts. The record is named, not pointed at: the first mark
@@ -229,7 +229,7 @@ void mark_dhcp(const char* name, const char* path) {
     if (file == nullptr) {
         return;
     }
-    char line[kLineSize];
+    char line[line_size];
     while (fgets(line, sizeof(line), file) != nullptr) {
         if (ifcfg_line_asks_dhcp(line)) {
             update_tarnnetif_info(name, 0, IFU_CONF_ADDRESSES, text_value("dhcp"));
@@ -245,15 +245,15 @@ bool ifcfg_line_asks_dhcp(const char* line) {
     while (is_space(*line)) {
         ++line;
     }
-    return has_prefix(line, kBootKey) && strstr(line + strlen(kBootKey), "dhcp") != nullptr;
+    return has_prefix(line, boot_key) && strstr(line + strlen(boot_key), "dhcp") != nullptr;
 }
 
 // DEVICE=eth0
 bool ifcfg_line_names_device(const char* line, const char* name) {
-    if (!has_prefix(line, kDeviceKey)) {
+    if (!has_prefix(line, device_key)) {
         return false;
     }
-    const char* value = line + strlen(kDeviceKey);
+    const char* value = line + strlen(device_key);
     if (!has_prefix(value, name)) {
         return false;
     }

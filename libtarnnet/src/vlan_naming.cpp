@@ -12,7 +12,7 @@ struct naming_word {
     int style;
 };
 
-constexpr naming_word kWords[] = {
+constexpr naming_word words[] = {
     {"VLAN_NAME_TYPE_PLUS_VID", VLAN_PLUS_VID},
     {"VLAN_NAME_TYPE_RAW_PLUS_VID", VLAN_RAW_PLUS_VID},
     {"VLAN_NAME_TYPE_PLUS_VID_NO_PAD", VLAN_PLUS_VID_NO_PAD},
@@ -25,7 +25,7 @@ void set_vlan_naming(const char* word) {
         return;
     }
     g_style = VLAN_RAW_NO_PAD;
-    for (const naming_word& known : kWords) {
+    for (const naming_word& known : words) {
         if (strcmp(word, known.word) == 0) {
             g_style = known.style;
         }
@@ -36,22 +36,22 @@ int vlan_naming() {
     return g_style;
 }
 
-void vlan_device_name(char name[kIfNameSize], int style, const char* device, uint32_t vlan_id) {
+void vlan_device_name(char name[if_name_size], int style, const char* device, uint32_t vlan_id) {
     switch (style) {
         case VLAN_PLUS_VID:
-            snprintf(name, kIfNameSize, "vlan%.4u", vlan_id);
+            snprintf(name, if_name_size, "vlan%.4u", vlan_id);
             break;
         case VLAN_RAW_PLUS_VID:
-            snprintf(name, kIfNameSize, "%s.%.4u", device, vlan_id);
+            snprintf(name, if_name_size, "%s.%.4u", device, vlan_id);
             break;
         case VLAN_PLUS_VID_NO_PAD:
-            snprintf(name, kIfNameSize, "vlan%u", vlan_id);
+            snprintf(name, if_name_size, "vlan%u", vlan_id);
             break;
         case VLAN_RAW_NO_PAD:
-            snprintf(name, kIfNameSize, "%s.%u", device, vlan_id);
+            snprintf(name, if_name_size, "%s.%u", device, vlan_id);
             break;
         default:
-            snprintf(name, kIfNameSize, "none.%.4u", vlan_id);
+            snprintf(name, if_name_size, "none.%.4u", vlan_id);
             break;
     }
 }

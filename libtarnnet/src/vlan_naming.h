@@ -5,7 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-constexpr size_t kIfNameSize = 16;  // 15 characters and the NUL
+constexpr size_t if_name_size = 16;  // 15 characters and the NUL
 
 enum vlan_naming_style {
     VLAN_PLUS_VID = 0,         // vlan0005
@@ -22,4 +22,4 @@ void set_vlan_naming(const char* word);
 int vlan_naming();
 
 // Writes the device name in `style`, cut to 15 characters, into `name`.
-void vlan_device_name(char name[kIfNameSize], int style, const char* device, uint32_t vlan_id);
+void vlan_device_name(char name[if_name_size], int style, const char* device, uint32_t vlan_id);

@@ -11,7 +11,7 @@
 namespace {
 
 using inventory_host::Lines;
-constexpr const char* kConf = "/etc/tarn/tarnnet.conf";
+constexpr const char* conf_file_path = "/etc/tarn/tarnnet.conf";
 
 // One field of the entries of a list, from its tail, where the oldest one is.
 template <class Entry, size_t Size>
@@ -44,7 +44,7 @@ TEST(ConfFile, FillsTheListsAndTheRecords) {
     private_host::run([] {
         const std::string whole_buffer = "ADDR_eth5=\"" + std::string(244, ' ');
         private_host::write_file(
-            kConf,
+            conf_file_path,
             "IFLST_br0=\"early\"\n"
             "VNID_br0=\"old\"\nVNID_br0=\"net0\"\nVNID_abcdefghijklmnopqr=\"cut\"\n"
             "IFLST_br0=\"  eth0 eth1  an-interface-too-long \"\n"
@@ -77,16 +77,17 @@ TEST(ConfFile, FillsTheListsAndTheRecords) {
 TEST(ConfFile, MissingUnreadableAndUnchangedFiles) {
     private_host::run([] {
         EXPECT_EQ(read_tarnnetconf(0), 0) << "missing";
-        private_host::write_file(kConf, "VNID_br0=\"n\"\nVLAN_eth1=\"1\"\nADDR_eth0=\"x\"\n");
+        private_host::write_file(conf_file_path,
+                                 "VNID_br0=\"n\"\nVLAN_eth1=\"1\"\nADDR_eth0=\"x\"\n");
         const utimbuf unchanged = {0, 0};  // the time that the library remembers from the start
-        ASSERT_EQ(utime(kConf, &unchanged), 0);
+        ASSERT_EQ(utime(conf_file_path, &unchanged), 0);
         EXPECT_EQ(read_tarnnetconf(0), 0);
         EXPECT_EQ(find_network_by_br("br0"), nullptr);
         EXPECT_EQ(read_tarnnetconf(1), 0);
         EXPECT_NE(find_network_by_br("br0"), nullptr);
 
-        ASSERT_EQ(unlink(kConf), 0);
-        ASSERT_EQ(symlink("tarnnet.conf", kConf), 0);
+        ASSERT_EQ(unlink(conf_file_path), 0);
+        ASSERT_EQ(symlink("tarnnet.conf", conf_file_path), 0);
         EXPECT_EQ(read_tarnnetconf(0), 1) << "a status other than missing";
         for (list_node* list : {network_list(), vlan_list(), iface_addr_list()})
             EXPECT_TRUE(list_empty(list)) << "every read starts anew";
@@ -94,7 +95,7 @@ TEST(ConfFile, MissingUnreadableAndUnchangedFiles) {
 }
 
 std::string named(const char* style, const char* device, uint32_t id) {
-    char name[kIfNameSize];
+    char name[if_name_size];
     set_vlan_naming(style);
     vlan_device_name(name, vlan_naming(), device, id);
     return name;

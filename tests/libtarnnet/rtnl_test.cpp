@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr uint32_t kOurPort = 4711;
-constexpr uint32_t kDump = 9;
-constexpr uint16_t kLink = RTM_NEWLINK;
+constexpr uint32_t our_port = 4711;
+constexpr uint32_t our_dump_seq = 9;
+constexpr uint16_t link_type = RTM_NEWLINK;
 
 template <class Value>
 std::string bytes_of(const Value& value) {
@@ -17,8 +17,8 @@ std::string bytes_of(const Value& value) {
 }
 
 // A message of our dump unless told otherwise; `claims` is what its length field adds.
-std::string message(uint16_t type, const std::string& body = "", uint32_t seq = kDump,
-                    uint32_t port = kOurPort, uint32_t claims = 0) {
+std::string message(uint16_t type, const std::string& body = "", uint32_t seq = our_dump_seq,
+                    uint32_t port = our_port, uint32_t claims = 0) {
     const auto size = static_cast<uint32_t>(16 + body.size());
     return bytes_of(nlmsghdr{size + claims, type, 0, seq, port}) + body;
 }
@@ -44,8 +44,8 @@ protected:
         ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, ends), 0);
         sock_.fd = ends[0];
         kernel_ = ends[1];
-        sock_.local_addr.nl_pid = kOurPort;
-        sock_.dump_seq = kDump;
+        sock_.local_addr.nl_pid = our_port;
+        sock_.dump_seq = our_dump_seq;
     }
     void TearDown() override {
         rtnl_close(&sock_);
@@ -65,13 +65,13 @@ protected:
 };
 
 TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
-    const std::vector<std::string> answer = {message(kLink, "1234") + message(RTM_NEWADDR),
-                                             message(RTM_NEWADDR, "", kDump - 1) +
-                                                 message(NLMSG_DONE, "", kDump, kOurPort + 1) +
-                                                 message(RTM_NEWROUTE),
-                                             done_};
+    const std::vector<std::string> answer = {
+        message(link_type, "1234") + message(RTM_NEWADDR),
+        message(RTM_NEWADDR, "", our_dump_seq - 1) +
+            message(NLMSG_DONE, "", our_dump_seq, our_port + 1) + message(RTM_NEWROUTE),
+        done_};
     EXPECT_EQ(dump(answer), 0);
-    EXPECT_EQ(seen_.types, (Types{kLink, RTM_NEWADDR, RTM_NEWROUTE}));
+    EXPECT_EQ(seen_.types, (Types{link_type, RTM_NEWADDR, RTM_NEWROUTE}));
     EXPECT_EQ(dump(answer, see), 0);
     EXPECT_EQ(seen_.types.size(), 6u);
     EXPECT_EQ(junk_.types, (Types{RTM_NEWADDR, NLMSG_DONE}));
@@ -84,16 +84,16 @@ TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
 
 TEST_F(RtnlDump, ANegativeCallbackResultEndsTheDumpAtOnce) {
     seen_.answer = -7;
-    EXPECT_EQ(dump({message(kLink) + message(kLink)}), -7);
+    EXPECT_EQ(dump({message(link_type) + message(link_type)}), -7);
     junk_.answer = -5;
-    EXPECT_EQ(dump({message(kLink, "", kDump + 1) + message(kLink)}, see), -5);
-    EXPECT_EQ(seen_.types, Types{kLink});
+    EXPECT_EQ(dump({message(link_type, "", our_dump_seq + 1) + message(link_type)}, see), -5);
+    EXPECT_EQ(seen_.types, Types{link_type});
 }
 
 TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
     private_host::run([this] {
         testing::internal::CaptureStderr();
-        EXPECT_EQ(dump({message(kLink) + message(NLMSG_ERROR, bytes_of(nlmsgerr{-EPERM, {}}))}),
+        EXPECT_EQ(dump({message(link_type) + message(NLMSG_ERROR, bytes_of(nlmsgerr{-EPERM, {}}))}),
                   -1);
         EXPECT_EQ(errno, EPERM);
         EXPECT_EQ(dump({message(NLMSG_ERROR, bytes_of(nlmsgerr{}))}), -1);
@@ -103,12 +103,12 @@ TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
         EXPECT_EQ(dump({""}), -1);
         // The second message is whole as sent and cut off as received; the dump goes on.
         const std::string big(984, 'x'), bigger(18984, 'x');
-        EXPECT_EQ(dump({message(kLink, big) + message(RTM_NEWADDR, bigger), done_}), 0);
-        EXPECT_EQ(seen_.types, (Types{kLink, kLink}));
-        const std::string shorter = message(kLink, "", kDump, kOurPort, ~0u);
-        const std::string longer = message(kLink, "", kDump, kOurPort, 1);
+        EXPECT_EQ(dump({message(link_type, big) + message(RTM_NEWADDR, bigger), done_}), 0);
+        EXPECT_EQ(seen_.types, (Types{link_type, link_type}));
+        const std::string shorter = message(link_type, "", our_dump_seq, our_port, ~0u);
+        const std::string longer = message(link_type, "", our_dump_seq, our_port, 1);
         for (const std::string& rest : {"1234567" + std::string(), shorter, longer})
-            EXPECT_EXIT(dump({message(kLink) + rest}), testing::ExitedWithCode(1), "");
+            EXPECT_EXIT(dump({message(link_type) + rest}), testing::ExitedWithCode(1), "");
         EXPECT_EQ(inventory_host::logged_messages(),
                   "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 7\n"
                   "!!!Remnant of size 16\n!!!Remnant of size 16\n");
