@@ -93,7 +93,7 @@ TEST(Runscript, RestoresTheSignalStateItFound) {
 TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {
     EXPECT_TRUE(in_helper_process([] {
         const std::string text = "[Caller] Generic error. ";
-        dup2(2, 500);
+        dup2(dup(2), 500);
         Kiln::close_descriptors_one_by_one(3);  // the way of old kernels
         pipes_left = 1;
         const bool no_pipe =
