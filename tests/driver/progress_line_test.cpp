@@ -39,29 +39,6 @@ TEST(ProgressLine, FitsTheTerminal) {
               "[##############################] 1:01:30/1:01:30 passes 7 measuring");
 }
 
-TEST(ProgressLine, RewritesInPlaceAndWipes) {
-    int fds[2];
-    ASSERT_EQ(pipe(fds), 0);
-    ProgressLine line(fds[1]);
-    ScanProgress progress = halfway();
-    line.progress(progress);
-    progress.next_pass_seconds = 5;
-    line.progress(progress);
-    progress.passes_done = 10;
-    line.finished();
-    line.finished();
-    char text[512];
-    const ssize_t size = read(fds[0], text, sizeof(text));
-    ASSERT_GT(size, 0);
-    const std::string first = format_progress(halfway(), 80);
-    progress.passes_done = 7;
-    const std::string second = format_progress(progress, 80);
-    EXPECT_EQ(std::string(text, static_cast<std::size_t>(size)),
-              "\r" + first + "\r" + second + "\r" + std::string(second.size(), ' ') + "\r");
-    close(fds[0]);
-    close(fds[1]);
-}
-
 // On a terminal that becomes narrower, as on one that stays, a line takes one row at most.
 TEST(ProgressLine, FollowsTheWidthOfTheTerminal) {
     const int screen = posix_openpt(O_RDWR | O_NOCTTY);
