@@ -9,7 +9,10 @@ install(FILES completions/tarnhwcalc
 
 set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
-install(DIRECTORY examples/ DESTINATION ${docdir}/examples COMPONENT program)
+# By name: whoever scans from here has results and the program beside the playbook.
+install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
+install(FILES examples/ansible/scan.yml examples/ansible/servers.ini
+  DESTINATION ${docdir}/examples/ansible COMPONENT program)
 
 install(TARGETS tarnnet_static tarnnet_shared EXPORT tarnnet
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development

@@ -1,5 +1,6 @@
 #include "driver/progress_line.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -29,6 +30,12 @@ int columns_of(int fd) {
 bool in_foreground(int fd) {
     const pid_t foreground = tcgetpgrp(fd);
     return foreground == -1 || foreground == getpgrp();
+}
+
+// A terminal that is held (Ctrl-S, a stalled connection) would hold the scan as well.
+bool takes_text(int fd) {
+    pollfd terminal = {fd, POLLOUT, 0};
+    return poll(&terminal, 1, 0) == 1 && (terminal.revents & POLLOUT) != 0;
 }
 
 // 90 is "1:30", 3690 is "1:01:30".
@@ -91,7 +98,7 @@ std::string format_progress(const ScanProgress& progress, int columns) {
 }
 
 void ProgressLine::progress(const ScanProgress& progress) {
-    if (!in_foreground(fd_)) {
+    if (!in_foreground(fd_) || !takes_text(fd_)) {
         return;
     }
     const int columns = columns_of(fd_);

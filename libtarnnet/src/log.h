@@ -1,4 +1,5 @@
-// The library's own log file. Every part of the library writes here; nothing is ever printed.
+// The library's own log file. Every part of the library writes here; only failures
+// of netlink are printed as well, by those who meet them.
 #pragma once
 
 // Formats one message (cut to 1023 characters) and appends it to the log file as one line: seconds

@@ -1,7 +1,9 @@
 // The whole inventory, against the kernel and against made-up files.
 #include <net/if.h>
 
+#include "conf_lists.h"
 #include "inventory_host.h"
+#include "list.h"
 #include "netinfo/kind_parsers.h"
 #include "netinfo/records.h"
 
@@ -79,6 +81,14 @@ TEST(Inventory, ClassifiesByFiles) {
                                }));
         EXPECT_EQ(inventory_host::line_of(*find_tarnnetif_info("eth0", 101, IFT_VETH)),
                   "101:eth0 16 [] [] network=net1 peer=0:veth101.0");
+
+        inventory();  // the list of pairs is read anew, not added to
+        const list_node* pairs = veth_list();
+        const auto* oldest = list_entry<veth_pair>(pairs->prev);
+        EXPECT_STREQ(oldest->host_name, "veth101.0");
+        EXPECT_STREQ(oldest->container_name, "eth0");
+        EXPECT_EQ(oldest->veid, 101U);
+        EXPECT_EQ(pairs->prev->prev, pairs->next) << "two pairs";
 
         write_file("/proc/tarn/veth", "Version: 1.1\nm veth101.0 m eth0 101\n");
         std::filesystem::remove("/proc/tarn/vmth");
