@@ -1,10 +1,6 @@
 #include "calc/host_profile.h"
 
-namespace {
-
-constexpr std::uint32_t ethernet_kind = 2;  // libtarnnet's IFT_ETHERNET
-
-}  // namespace
+#include "tarnnet.h"
 
 std::string NetIfaceList::get_ip() const {
     std::string text;
@@ -20,7 +16,7 @@ std::string NetIfaceList::get_netif() const {
     std::string text;
     for (std::size_t i = 0; i < size(); ++i) {
         const NetIface& iface = (*this)[i];
-        if (iface.if_type != ethernet_kind) {
+        if (iface.if_type != IFT_ETHERNET) {
             continue;
         }
         // The separator goes by the place in the whole list, on purpose: the text begins with ";"

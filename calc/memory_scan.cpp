@@ -42,10 +42,11 @@ std::vector<std::int32_t> list_process_ids(DIR* dir) {
 // A process whose status cannot be read has ended meanwhile and is left out.
 ProcessTables read_processes(const std::vector<std::int32_t>& pids) {
     ProcessTables tables;
+    std::string path;  // both keep their room from one process to the next
     std::string text;
     for (const std::int32_t pid : pids) {
-        const std::string path =
-            "/proc/" + std::to_string(static_cast<std::uint32_t>(pid)) + "/status";
+        path.assign("/proc/");
+        path.append(std::to_string(static_cast<std::uint32_t>(pid))).append("/status");
         if (Kiln::get_file(path, text) == 0) {
             add_process(tables, pid, text);
         }

@@ -1,5 +1,6 @@
 // The sampling loop: watches the host for the scan time and keeps the largest value of each count.
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 
 #include "calc/sample_parsers.h"
@@ -142,6 +143,7 @@ private:
     static std::int64_t now() { return static_cast<std::int64_t>(std::time(nullptr)); }
 
     void tell(std::int32_t passes_done, std::int64_t next_pass_seconds);
+    void sleep_telling(std::int32_t passes_done);
 
     const std::int64_t start_;
     const std::int64_t end_time_;
@@ -161,6 +163,17 @@ void ScanClock::tell(std::int32_t passes_done, std::int64_t next_pass_seconds) {
     observer_->progress(progress);
 }
 
+// Sleeps the interval, awake once a second to tell how far the scan is. The end stands fixed: a
+// process that was stopped meanwhile does not sleep on for the time that it missed.
+void ScanClock::sleep_telling(std::int32_t passes_done) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::seconds(interval_);
+    for (auto time = Clock::now(); time < end; time = Clock::now()) {
+        tell(passes_done, std::chrono::ceil<std::chrono::seconds>(end - time).count());
+        Kiln::sleep_full(1);
+    }
+}
+
 bool ScanClock::wait_for_next_pass(std::int32_t passes_done) {
     const std::int64_t current = now();
     if (current >= end_time_) {
@@ -173,10 +186,7 @@ bool ScanClock::wait_for_next_pass(std::int32_t passes_done) {
         Kiln::sleep_full(interval_);
         return true;
     }
-    for (std::int32_t left = interval_; left > 0; --left) {
-        tell(passes_done, left);
-        Kiln::sleep_full(1);
-    }
+    sleep_telling(passes_done);
     return true;
 }
 

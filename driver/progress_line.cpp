@@ -113,7 +113,7 @@ void ProgressLine::progress(const ScanProgress& progress) {
 }
 
 void ProgressLine::finished() {
-    if (shown_ > 0 && in_foreground(fd_)) {
+    if (shown_ > 0 && in_foreground(fd_) && takes_text(fd_)) {
         write("\r" + std::string(shown_within(columns_of(fd_)), ' ') + "\r");
     }
     shown_ = 0;

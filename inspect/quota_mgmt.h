@@ -16,9 +16,6 @@ struct QLimit {
 inline bool operator==(const QLimit& a, const QLimit& b) {
     return a.soft == b.soft && a.hard == b.hard && a.grace == b.grace;
 }
-inline bool operator!=(const QLimit& a, const QLimit& b) {
-    return !(a == b);
-}
 
 // What one user or group may take.
 struct Quota {
@@ -28,9 +25,6 @@ struct Quota {
 
 inline bool operator==(const Quota& a, const Quota& b) {
     return a.blocks == b.blocks && a.inodes == b.inodes;
-}
-inline bool operator!=(const Quota& a, const Quota& b) {
-    return !(a == b);
 }
 
 // The users or the groups of one file system.
