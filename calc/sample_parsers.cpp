@@ -31,9 +31,10 @@ std::int32_t parse_used_column(const std::string& text, std::size_t begin, std::
 }  // namespace
 
 // 143
-std::int32_t parse_count(std::string text) {
-    Kiln::collapse(text);
-    return Kiln::leading_int(text.c_str());
+std::int32_t parse_count(const std::string& text) {
+    std::string number = text;
+    Kiln::collapse(number);
+    return Kiln::leading_int(number.c_str());
 }
 
 // ------ Shared Memory Status --------

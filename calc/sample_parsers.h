@@ -5,7 +5,7 @@
 #include <string>
 
 // The number that the output of a counting command ("wc -l") holds; 0 when it is no number.
-std::int32_t parse_count(std::string text);
+std::int32_t parse_count(const std::string& text);
 
 // The allocated pages in the output of "ipcs -m -u"; 0 when it does not name them.
 std::int32_t parse_shm_pages(const std::string& text);

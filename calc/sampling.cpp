@@ -37,10 +37,6 @@ private:
     std::string err_;
 };
 
-std::int32_t parse_bare_count(const std::string& text) {
-    return parse_count(text);
-}
-
 // Runs the command and raises the counter to what the parser finds in its output.
 int SamplePass::raise(std::int32_t& counter, const char* command, Parser parse) {
     if (runscript(command, out_, err_) != 0) {
@@ -66,7 +62,7 @@ void SamplePass::update_average(std::int32_t pass_no) {
 }
 
 int SamplePass::count_processes(std::int32_t pass_no) {
-    const int code = raise(params_.numproc, "ps ax | wc -l", parse_bare_count);
+    const int code = raise(params_.numproc, "ps ax | wc -l", parse_count);
     if (code == 0) {
         update_average(pass_no);
     }
@@ -85,14 +81,14 @@ int SamplePass::count_rules() {
 int SamplePass::take(std::int32_t pass_no) {
     int code = count_processes(pass_no);
     if (code == 0) {
-        code = raise(params_.numtcpsock, "wc -l < /proc/net/tcp", parse_bare_count);
+        code = raise(params_.numtcpsock, "wc -l < /proc/net/tcp", parse_count);
     }
     if (code == 0) {
         code = raise(params_.numothersock, "cat /proc/net/unix /proc/net/udp /proc/net/raw | wc -l",
-                     parse_bare_count);
+                     parse_count);
     }
     if (code == 0) {
-        code = raise(params_.numfile, "ls /proc/*/fd/* | wc -l", parse_bare_count);
+        code = raise(params_.numfile, "ls /proc/*/fd/* | wc -l", parse_count);
     }
     if (code == 0) {
         code = calc_.calcMemInfoByVmSize(&params_);
@@ -101,7 +97,7 @@ int SamplePass::take(std::int32_t pass_no) {
         code = raise(params_.shmpages, "/usr/bin/ipcs -m -u", parse_shm_pages);
     }
     if (code == 0) {
-        code = raise(params_.numflock, "wc -l < /proc/locks", parse_bare_count);
+        code = raise(params_.numflock, "wc -l < /proc/locks", parse_count);
     }
     if (code == 0) {
         code = count_rules();
