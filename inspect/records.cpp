@@ -1,4 +1,4 @@
-#include "calc/host_profile.h"
+#include "inspect/records.h"
 
 #include "tarnnet.h"
 
