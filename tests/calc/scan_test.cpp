@@ -9,48 +9,43 @@
 
 namespace {
 
+using namespace std::chrono_literals;
+using Seconds = std::vector<std::int64_t>;
+
 // A clock that only sleeping and passes move, of a host whose every pass takes its time.
-class FakeTime {
-public:
+struct FakeTime {
     explicit FakeTime(std::int64_t seconds_per_pass = 0) {
-        clock.now = [this] { return 1000000 + passed_; };
+        clock.now = [this] { return 1000000 + passed; };
         clock.sleep = [this](std::int32_t seconds) {
             slept.push_back(seconds);
-            passed_ += seconds;
+            passed += seconds + stopped;
         };
-        clock.steady = [this] {
-            return std::chrono::steady_clock::time_point(std::chrono::seconds(passed_));
-        };
+        clock.steady = [this] { return std::chrono::steady_clock::time_point{passed * 1s}; };
         made_up.host.physical_pages = [this, seconds_per_pass] {  // asked once in every pass
-            begun.push_back(passed_);
-            passed_ += seconds_per_pass;
+            begun.push_back(passed);
+            passed += seconds_per_pass;
             return -1;
         };
     }
-
     std::optional<SampleFailure> scan(std::int32_t time, std::int32_t period,
                                       ScanObserver* observer = nullptr) {
         return run_scan(made_up.host, clock, {time, period}, observer, profile);
     }
-    void pass_time(std::int64_t seconds) { passed_ += seconds; }
-
-    using Seconds = std::vector<std::int64_t>;
 
     MadeUpHost made_up;
     Clock clock;
     PhysParams profile;
+    std::int64_t passed = 0;
+    std::int64_t stopped = 0;  // longer than asked in every sleep
     Seconds slept;
     Seconds begun;  // the passes, since the start
-
-private:
-    std::int64_t passed_ = 0;
 };
 
 TEST(Scan, PassesAreDueByTheClock) {
     const struct {
         std::int32_t time, period;
         std::int64_t pass_takes;
-        FakeTime::Seconds begun, slept;
+        Seconds begun, slept;
     } cases[] = {
         {0, 0, 0, {0}, {}},
         {300, 120, 0, {0, 120, 240, 300}, {120, 120, 60}},
@@ -72,8 +67,6 @@ TEST(Scan, PassesAreDueByTheClock) {
     EXPECT_EQ(next_sleep(schedule, 8), 2);
     EXPECT_EQ(next_sleep(schedule, 1), 2);
     EXPECT_EQ(next_sleep(schedule, 10), -1);
-    schedule = make_schedule(2147483647, 2147483647, 2147483647);
-    EXPECT_EQ(next_sleep(schedule, 2147483648), 2147483646);
     schedule = make_schedule(0, 10, -3);
     EXPECT_EQ(next_sleep(schedule, 1), 0) << "no time is no end";
 }
@@ -137,7 +130,7 @@ TEST(Scan, TellsEverySecondAndTheEndOnce) {
     // Stopped for a minute in its first second of sleep: it does not make up for that.
     FakeTime stopped;
     Listener patient;
-    stopped.clock.sleep = [&](std::int32_t seconds) { stopped.pass_time(seconds + 60); };
+    stopped.stopped = 60;
     EXPECT_EQ(thrown_by(stopped, patient), "nothing");
     EXPECT_EQ(patient.told.size(), 3U);
 
