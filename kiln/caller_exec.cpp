@@ -25,7 +25,11 @@ void replace_disposition(int signal_number, void (*handler)(int), struct sigacti
     struct sigaction action = {};
     sigemptyset(&action.sa_mask);
     action.sa_handler = handler;
-    sigaction(signal_number, &action, &old);
+    // Without the handler nothing would ever tell of the child's end.
+    if (sigaction(signal_number, &action, &old) != 0) {
+        throw Error(Error::CallerGenericError, "Can't handle signal %d: %s", signal_number,
+                    std::strerror(errno));
+    }
 }
 
 }  // namespace
