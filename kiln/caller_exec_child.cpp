@@ -57,6 +57,9 @@ std::vector<char*> pointers_to(std::list<std::string>& strings) {
 
 void CallerExec::doKid_() noexcept {
     try {
+        if (intrinsics.own_group) {
+            setpgid(0, 0);
+        }
         connectKid_();
         restoreDispositions_();
         restore_file_size_signal();
