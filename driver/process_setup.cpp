@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "kiln/file_size_signal.h"
+
 namespace {
 
 // Linux gives a command's arguments a quarter of the limit, 6 MiB at most: more would only take
@@ -43,5 +45,6 @@ void prepare_process() {
     fill_closed_standard_descriptors();
     setenv("LC_ALL", "C", 1);
     raise_stack_limit();
+    Kiln::ignore_file_size_signal();
     errno = saved_errno;
 }
