@@ -92,8 +92,10 @@ text_file::text_file(const char* path) {
         text_ = read_whole(fd.get(), &length);
     }
     next_ = text_.get();
-    end_ = next_ + length;
-    kept_ = next_ == nullptr ? '\0' : *next_;
+    if (next_ != nullptr) {  // what was read of a file that could not be read to its end is gone
+        end_ = next_ + length;
+        kept_ = *next_;
+    }
 }
 
 char* text_file::next_line(size_t most) {
