@@ -1,5 +1,5 @@
-// Result: a value, or the reason why there is none. What readers return that leave it to their
-// caller to report.
+// A value, or the reason why there is none. Returned by whatever can fail for a reason that somebody
+// may want to read.
 #pragma once
 
 #include <string>
@@ -8,8 +8,7 @@
 namespace Kiln {
 
 struct Reason {
-    std::string text;  // what failed, without the system's text for `errnum`
-    int errnum = 0;    // the system error number, 0 when the system is not the one that refused
+    std::string text;  // whole, ready to be shown
 };
 
 template <class Value>
