@@ -65,14 +65,15 @@ TEST(Resolver, TakesKeywordsWithValues) {
 }
 
 TEST(NetIface, KeepsWhatAContainerNeeds) {
-    std::string texts[] = {"dhcp", "DHCP", "eth0", "10.0.0.1/24", "127.0.0.1/8", "127.0.0.2"};
+    std::string texts[] = {"dhcp",        "DHCP",      "eth0", "10.0.0.1/24",
+                           "127.0.0.1/8", "127.0.0.2", "dhcp6"};
     char* addresses[] = {texts[3].data(), texts[4].data(), texts[5].data(), nullptr};
     tarnnetif_info record = {};
     record.type = IFT_VNIC;
     record.name = texts[2].data();
     record.addresses = addresses;
     EXPECT_FALSE(make_net_iface(record).dhcp);
-    for (const std::size_t first : {0U, 1U, 3U}) {
+    for (const std::size_t first : {0U, 1U, 6U}) {
         char* configured[] = {texts[first].data(), texts[0].data(), nullptr};
         record.conf_addresses = configured;
         const NetIface iface = make_net_iface(record);

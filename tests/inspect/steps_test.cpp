@@ -170,6 +170,10 @@ TEST_F(QuotaCount, AsksTheToolsForEveryMountWithQuotas) {
         EXPECT_EQ(count(), one[1]) << one[0];
         EXPECT_EQ(asked, one[2]) << one[0];
     }
+    std::string limits = "of another";
+    std::string graces = limits;
+    EXPECT_EQ(QuotaMgmt(host).quota_get_phys("/dev/null", limits, graces), 0);
+    EXPECT_EQ(limits + graces, "") << "the last table has no quotas";
 }
 
 TEST_F(QuotaCount, WhatFailsCostsItsOwnDevice) {
