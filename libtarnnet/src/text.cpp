@@ -91,9 +91,11 @@ text_file::text_file(const char* path) {
     if (fd.is_open() && is_regular(fd.get())) {
         text_ = read_whole(fd.get(), &length);
     }
-    next_ = text_.get();
-    end_ = next_ + length;
-    kept_ = next_ == nullptr ? '\0' : *next_;
+    if (text_) {
+        next_ = text_.get();
+        end_ = next_ + length;
+        kept_ = *next_;
+    }
 }
 
 char* text_file::next_line(size_t most) {
