@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr const char* digits = "0123456789";
 constexpr std::size_t npos = std::string::npos;
 
 struct GraceUnit {
@@ -19,8 +18,8 @@ struct GraceUnit {
     std::uint64_t seconds;
 };
 
-// As the tools print them; a singular ("1day") is none of them. The month is thirty weeks long on
-// purpose.
+// As the tools print them; a singular ("1day") is none of them. A month of thirty weeks is
+// required.
 constexpr GraceUnit grace_units[] = {
     {"seconds", 1},  {"minutes", 60},   {"hours", 3600},
     {"days", 86400}, {"weeks", 604800}, {"months", 18144000},
@@ -48,12 +47,12 @@ public:
     }
 
     void to_blank() { pos_ = find(" "); }
-    void to_digit() { pos_ = find(digits); }
+    void to_digit() { pos_ = find(Kiln::digits); }
     void to_next_number() {
         to_blank();
         to_digit();
     }
-    void past_digits() { pos_ = at_end() ? npos : line_.find_first_not_of(digits, pos_); }
+    void past_digits() { pos_ = at_end() ? npos : line_.find_first_not_of(Kiln::digits, pos_); }
 
     // The text from here to the next blank or the end of the line.
     std::string word() const {
@@ -106,10 +105,6 @@ Quota parse_record(const std::string& line) {
     return quota;
 }
 
-bool contains(const std::string& line, const char* part) {
-    return line.find(part) != npos;
-}
-
 }  // namespace
 
 int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* grp) {
@@ -127,9 +122,9 @@ int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* g
             target->quotas[id] = parse_record(line);
             continue;
         }
-        if (contains(line, "user quotas")) {
+        if (Kiln::contains(line, "user quotas")) {
             target = usr;
-        } else if (contains(line, "group quotas")) {
+        } else if (Kiln::contains(line, "group quotas")) {
             target = grp;
         }
         if (first == '-') {

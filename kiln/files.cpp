@@ -1,6 +1,7 @@
 #include "kiln/files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,12 +12,13 @@ namespace {
 
 constexpr std::size_t piece_size = 65536;
 
-int open_for_reading(const char* path) {
-    int fd = -1;
-    do {
-        fd = open(path, O_RDONLY | O_CLOEXEC);
-    } while (fd < 0 && errno == EINTR);
-    return fd;
+// 0, or why the file is not one to read to its end.
+int refusal(int fd) {
+    struct stat status = {};
+    if (fstat(fd, &status) != 0) {
+        return errno;
+    }
+    return S_ISFIFO(status.st_mode) ? EOPNOTSUPP : 0;
 }
 
 // Appends everything up to the end of the file. The size that the file system reports is not asked
@@ -36,26 +38,26 @@ int append_rest(int fd, std::string& out) {
     }
 }
 
-// Closes the descriptor also when appending runs out of memory.
-struct Descriptor {
-    explicit Descriptor(int descriptor) : fd(descriptor) {}
-    ~Descriptor() { close(fd); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    const int fd;
-};
-
 }  // namespace
 
+Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
+    int fd = -1;
+    do {
+        fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+    } while (fd < 0 && errno == EINTR);
+    return Descriptor(fd);
+}
+
 int get_file(const std::string& path, std::string& out) {
-    const int fd = open_for_reading(path.c_str());
-    if (fd < 0) {
+    const Descriptor file = open_at_once(path, O_RDONLY);
+    if (!file) {
         return errno;
     }
-    const Descriptor owner(fd);
+    if (const int error = refusal(file.get())) {
+        return error;
+    }
     out.clear();
-    return append_rest(fd, out);
+    return append_rest(file.get(), out);
 }
 
 int setFDNonblock(int fd) {

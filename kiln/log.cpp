@@ -1,9 +1,14 @@
 #include "kiln/log.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
+
+#include "kiln/files.h"
 
 namespace {
 
@@ -41,6 +46,16 @@ void write_console(int level, const char* message) {
     write_line(level < 0 ? stderr : stdout, level, message);
 }
 
+// Appends, and neither waits for a FIFO's reader nor makes a log that others may write.
+Kiln::File open_log(const char* path) {
+    Kiln::Descriptor descriptor = Kiln::open_at_once(path, O_WRONLY | O_APPEND | O_CREAT, 0644);
+    Kiln::File file(descriptor ? fdopen(descriptor.get(), "a") : nullptr);
+    if (file) {
+        descriptor.release();
+    }
+    return file;
+}
+
 int exchange(int& setting, int value) {
     const int previous = setting;
     setting = value;
@@ -66,8 +81,8 @@ void log_ap(int level, int errnum, const char* format, std::va_list arguments) {
         write_console(level, message);
     }
     if (state.enabled != 0 && state.log_file != nullptr && level <= state.level) {
-        write_time_stamp(state.log_file);
-        write_line(state.log_file, level, message);
+        write_time_stamp(state.log_file.get());
+        write_line(state.log_file.get(), level, message);
     }
     if (level < 0) {
         std::memcpy(error_buffer, message, sizeof error_buffer);
@@ -92,18 +107,15 @@ int err(int status, int errnum, const char* format, ...) {
 
 int log_set_file(const char* path) {
     LogState& state = log_state();
-    if (state.log_file != nullptr) {
-        std::fclose(state.log_file);
+    const int saved_errno = errno;
+    state.log_file.reset();
+    int result = 0;
+    if (path != nullptr) {
+        state.log_file = open_log(path);
+        result = state.log_file ? 0 : err(-1, errno, "unable to open log file: %s", path);
     }
-    state.log_file = nullptr;
-    if (path == nullptr) {
-        return 0;
-    }
-    state.log_file = std::fopen(path, "ae");
-    if (state.log_file == nullptr) {
-        return err(-1, errno, "unable to open log file: %s", path);
-    }
-    return 0;
+    errno = saved_errno;
+    return result;
 }
 
 int log_set_quiet(int quiet) {

@@ -1,4 +1,4 @@
-#include "calc/host_profile.h"
+#include "inspect/records.h"
 
 #include "tarnnet.h"
 
@@ -19,8 +19,8 @@ std::string NetIfaceList::get_netif() const {
         if (iface.if_type != IFT_ETHERNET) {
             continue;
         }
-        // The separator goes by the place in the whole list, on purpose: the text begins with ";"
-        // when the first interface is of another kind.
+        // The separator goes by the place in the whole list, as callers expect: the text begins
+        // with ";" when the first interface is of another kind.
         if (i != 0) {
             text.append(";");
         }
