@@ -9,6 +9,7 @@ namespace Kiln {
 namespace {
 
 constexpr std::chrono::seconds time_to_die(1);  // what a killed child gets
+constexpr int passes_for_full_pipes = 64;       // one reads a sixteenth of what a pipe holds
 
 CallerExec::Intrinsics in_own_group() {
     CallerExec::Intrinsics options;
@@ -62,11 +63,12 @@ void LimitedCaller::awaitChild_(SigMask& mask) {
     }
 }
 
-// What the child has written is in the pipes, but their end may never come. Who is told to stop
-// before it has read everything does not claim to know what the command wrote.
+// What the child has written is in the pipes and is read however late it is, but their end may
+// never come. Who is told to stop before that end does not claim to know what the command wrote.
 void LimitedCaller::awaitOutputs_(SigMask& mask) {
     const Clock::time_point end = Clock::now() + limits_.linger;
-    while (nfds > 0 && Clock::now() < end) {
+    int passes_left = passes_for_full_pipes;
+    while (nfds > 0 && (Clock::now() < end || passes_left-- > 0)) {
         if (passUntil_(mask, end) && nfds > 0) {
             how_ = CommandEnd::stopped;
             return;
