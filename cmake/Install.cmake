@@ -2,12 +2,15 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tarnhwcalc RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
-install(FILES doc/tarnhwcalc.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
-install(FILES completions/tarnhwcalc
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
-
 set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
+foreach(program tarnhwcalc tarnhwplan)
+  if(TARGET ${program})
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
+    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
+    install(FILES completions/${program}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  endif()
+endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
 # By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)

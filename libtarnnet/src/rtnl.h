@@ -60,7 +60,7 @@ struct rtnl_sock {
 
 // Is given the sender's address, one message and the caller's argument. The message lies in the
 // receive buffer and is gone after the call. A negative result ends the dump.
-typedef int (*rtnl_filter_fn)(const sockaddr_nl* sender, nlmsghdr* message, void* argument);
+using rtnl_filter_fn = int (*)(const sockaddr_nl* sender, nlmsghdr* message, void* argument);
 
 // Open and bind a close-on-exec netlink socket of `protocol` (rtnl_open: routing), joined to the
 // multicast groups `subscriptions`. 0, or -1 with the system error printed to standard error or the

@@ -91,8 +91,8 @@ text_file::text_file(const char* path) {
     if (fd.is_open() && is_regular(fd.get())) {
         text_ = read_whole(fd.get(), &length);
     }
-    next_ = text_.get();
-    if (next_ != nullptr) {  // what was read of a file that could not be read to its end is gone
+    if (text_) {
+        next_ = text_.get();
         end_ = next_ + length;
         kept_ = *next_;
     }

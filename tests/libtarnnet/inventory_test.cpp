@@ -87,6 +87,7 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
         pairs.push_back(pair.host_name + std::string(" ") + pair.container_name + " " +
                         std::to_string(pair.veid));
     EXPECT_EQ(pairs, (Lines{"veth102.0 eth1 102", "veth101.0 eth0 101"}));
+    EXPECT_STREQ((*(*configured.vlans.begin()).vlans.begin()).name, "vlan0020") << "the style";
 
     write(state.host.pair_devices, "Version: 1.1\nm veth101.0 m eth0 101\n");
     std::filesystem::remove(state.host.more_pair_devices);

@@ -139,7 +139,7 @@ protected:
         write(state.host.more_pair_devices, "Version: 1.0\nvme1\n\nvme2 more\n");
         write(state.host.vlans,
               "VLAN Dev name    | VLAN ID\n"
-              "Name-Type: VLAN_NAME_TYPE_RAW_PLUS_VID_NO_PAD\n"
+              "Name-Type: VLAN_NAME_TYPE_PLUS_VID\n"
               "eth0.10        | 10  | eth0\n"
               "eth0.20        | 20\n");
         for (const char* file :
