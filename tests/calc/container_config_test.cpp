@@ -92,19 +92,4 @@ TEST(ContainerConfig, TheEndsOfTheCounts) {
     expect_lines(configuration({}, {}, 65536), {"SLMMEMORYLIMIT=5822587392:5822587392"});
 }
 
-TEST(ContainerConfig, LinesKnowWhatTheyAreMadeFrom) {
-    std::string made_from;
-    for (const ConfigLine& line : compute_config({}, {}, 4096)) {
-        for (const CountRule* rule : line.sources) {
-            made_from.append(rule->count).append(line.margin > 1.0 ? "+ " : " ");
-        }
-    }
-    EXPECT_EQ(made_from,
-              "numproc avnumproc numtcpsock numothersock numpty "
-              "numfile numtcpsock numothersock numpty avnumproc numfile+ numproc numfile "
-              "numtcpsock numtcpsock numothersock privvmpages+ privvmpages privvmpages "
-              "lockedpages shmpages numflock+ numiptent diskspace+ diskinodes+ quotaugidlimit "
-              "privvmpages lockedpages numproc numfile numtcpsock numothersock ");
-}
-
 }  // namespace
