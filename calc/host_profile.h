@@ -34,3 +34,10 @@ struct PhysParams {
     NSAttrs ns_attrs;
     bool nfs_used = false;  // a file system of type "nfs" is mounted
 };
+
+// Raises `counter` to `value` if it is lower; signed comparison.
+inline void raise_to(std::int32_t& counter, std::int32_t value) {
+    if (counter < value) {
+        counter = value;
+    }
+}

@@ -1,15 +1,22 @@
 // The time of a scan: what time it is, how to wait, and when the next pass is due.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 
 #include "kiln/sleep.h"
 
+// Seconds since the epoch.
+std::int64_t system_seconds();
+
 // The default is the real clock.
 struct Clock {
-    std::function<std::int64_t()> now;        // seconds since the epoch
-    std::function<void(std::int32_t)> sleep;  // seconds, in full
+    std::function<std::int64_t()> now = system_seconds;          // seconds since the epoch
+    std::function<void(std::int32_t)> sleep = Kiln::sleep_full;  // seconds, in full
+    // What a sleep in slices is measured by: nobody sets it, and it goes on while the process is
+    // stopped.
+    std::function<std::chrono::steady_clock::time_point()> steady = std::chrono::steady_clock::now;
 };
 
 Clock real_clock();

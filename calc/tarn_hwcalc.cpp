@@ -4,23 +4,14 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
+#include <variant>
 
 #include "calc/container_config.h"
+#include "calc/memory_scan.h"
+#include "calc/scan.h"
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
-
-namespace {
-
-// Stores the host name; a name that cannot be read leaves the field as it is.
-void read_host_name(std::string& hostname) {
-    char buffer[1024] = "";
-    if (gethostname(buffer, sizeof(buffer)) == 0) {
-        buffer[sizeof(buffer) - 1] = '\0';
-        hostname = buffer;
-    }
-}
-
-}  // namespace
 
 int TarnHWCalc::calcPhysParams(PhysParams* params) {
     Warnings& warnings = params->notes.warnings;
@@ -37,14 +28,35 @@ int TarnHWCalc::calcPhysParams(PhysParams* params) {
     }
     // From here on nothing can fail: what goes wrong becomes a warning.
     params->distribution = getDistribution(warnings);
-    read_host_name(params->hostname);
+    params->hostname = host.host_name().value_or(params->hostname);
     params->ns_attrs = getNSAttrs(warnings);
     params->notes.excludes = calcExcludes(params, warnings);
     return 0;
 }
 
+int TarnHWCalc::calcProcParams(PhysParams* params) {
+    const std::optional<SampleFailure> failure =
+        run_scan(host, clock, {scan_time, scan_period}, scan_observer, *params);
+    if (!failure) {
+        return 0;
+    }
+    const bool of_command = failure->source == SampleFailure::Source::command;
+    return setError(of_command ? ERR_EXEC : ERR_PROC, "%s", failure->text.c_str());
+}
+
+int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
+    const Kiln::Result<MemoryPages> found = scan_memory(host);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
+        return setError(ERR_PROC, "%s", reason->text.c_str());
+    }
+    const auto& pages = std::get<MemoryPages>(found);
+    set_max(params->privvmpages, pages.privvmpages);
+    set_max(params->lockedpages, pages.lockedpages);
+    return 0;
+}
+
 int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {
-    add_container_config(params, mem_scale, disk_scale, config);
+    write_config(compute_config(params, {mem_scale, disk_scale}, getpagesize()), config);
     return 0;
 }
 
@@ -74,9 +86,7 @@ void TarnHWCalc::printPhysParams(const PhysParams& params) const {
 }
 
 void TarnHWCalc::set_max(std::int32_t& counter, std::int32_t value) {
-    if (counter < value) {
-        counter = value;
-    }
+    raise_to(counter, value);
 }
 
 int TarnHWCalc::check_overflow_parameter(const char* /*name*/, float value) {

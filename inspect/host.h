@@ -1,8 +1,10 @@
-// The host as the inspections and the sampling see it: where its files are and how its commands are
-// run. The default is the real host; a test hands in another one.
+// The host as the inspections and the sampling see it: where its files are, how its commands are
+// run, and what its kernel says of it. The default is the real host; a test hands in another one.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "kiln/runscript.h"
@@ -23,7 +25,15 @@ struct HostPaths {
 using RunCommand =
     std::function<int(const std::string& command, std::string& out, std::string& err)>;
 
+// The kernel's host name, or nothing when it cannot be read.
+std::optional<std::string> kernel_host_name();
+
+// The machine's pages of physical memory, -1 when they are not known.
+std::int64_t kernel_physical_pages();
+
 struct Host {
     HostPaths paths;
     RunCommand run = runscript;
+    std::function<std::optional<std::string>()> host_name = kernel_host_name;
+    std::function<std::int64_t()> physical_pages = kernel_physical_pages;
 };
