@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr std::int32_t pty_count = 255;             // never measured
 constexpr std::int32_t reiserfs_diskinodes = 1000000;
 
 constexpr const char* no_findings = "the recording has no last line";
@@ -165,7 +164,6 @@ Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings
         scan.page_size = named.recording.header.page_size;
         scan.profile.hostname = named.recording.header.host;
     }
-    scan.profile.numpty = pty_count;
     keep_passes(passes_by_time(recordings), scan);
     if (scan.seen.none()) {
         return Kiln::Reason{"there is no pass that counted anything"};

@@ -11,22 +11,13 @@
 #include <vector>
 
 #include "calc/sample.h"
+#include "calc/scan.h"
 #include "inspect/records.h"
 #include "kiln/result.h"
 
 constexpr std::int32_t recording_format = 1;
 
 // Texts that a host says may hold any bytes; they come back as they were.
-
-// How long a recording watches its host, and how often.
-struct ScanSpans {
-    std::int32_t time = 0;    // seconds
-    std::int32_t period = 0;  // seconds
-};
-
-inline bool operator==(const ScanSpans& a, const ScanSpans& b) {
-    return a.time == b.time && a.period == b.period;
-}
 
 // The first line.
 struct RecordingHeader {
