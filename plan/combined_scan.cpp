@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::int32_t reiserfs_diskinodes = 1000000;
 
-constexpr const char* no_findings = "the recording has no last line";
+constexpr const char* no_findings = "there is no recording with its last line";
 
 // Why the second recording cannot be taken for one of the host of the first; empty when it can.
 std::string difference(const NamedRecording& first, const NamedRecording& second) {
@@ -152,6 +152,40 @@ std::string why_missing(const CombinedScan& scan, const ConfigLine& line) {
     return step ? missing_finding(scan, *step) : missing_count(scan, line);
 }
 
+// The missing lines by their reasons, in the order of the lines.
+std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing) {
+    std::vector<MissingLine> groups;
+    for (const MissingLine& line : missing) {
+        const auto same = std::find_if(groups.begin(), groups.end(), [&](const MissingLine& group) {
+            return group.reason == line.reason;
+        });
+        if (same == groups.end()) {
+            groups.push_back(line);
+        } else {
+            same->name += ", " + line.name;
+        }
+    }
+    std::vector<std::string> texts;
+    for (const MissingLine& group : groups) {
+        texts.push_back("left out: " + group.name + " (" + group.reason + ")");
+    }
+    return texts;
+}
+
+// Empty when no pass failed.
+std::string failed_passes(const NamedRecording& named) {
+    const std::vector<RecordedPass>& passes = named.recording.passes;
+    const auto failed = [](const RecordedPass& pass) { return pass.failure.has_value(); };
+    const auto first = std::find_if(passes.begin(), passes.end(), failed);
+    if (first == passes.end()) {
+        return {};
+    }
+    return named.name + ": passes that failed: " +
+           std::to_string(std::count_if(passes.begin(), passes.end(), failed)) + " of " +
+           std::to_string(passes.size()) + ", the first is pass " + std::to_string(first->number) +
+           ": " + *first->failure;
+}
+
 }  // namespace
 
 Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings) {
@@ -185,4 +219,20 @@ ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales
         }
     }
     return computed;
+}
+
+std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
+                                    const CombinedScan& scan, const ComputedConfig& computed) {
+    std::vector<std::string> flaws = missing_by_reason(computed.missing);
+    if (!scan.has_findings) {
+        flaws.push_back(std::string("warnings and paths to exclude are not known (") + no_findings +
+                        ")");
+    }
+    for (const NamedRecording& named : recordings) {
+        const std::string failed = failed_passes(named);
+        if (!failed.empty()) {
+            flaws.push_back(failed);
+        }
+    }
+    return flaws;
 }

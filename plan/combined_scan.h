@@ -41,3 +41,7 @@ struct ComputedConfig {
 };
 
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
+
+// What is wrong with what was computed, a line for each: lines that are missing, passes that failed.
+std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
+                                    const CombinedScan& scan, const ComputedConfig& computed);

@@ -37,6 +37,10 @@ std::string objection(int fd) {
     return info.st_nlink > 1 ? "the file has a second name" : "";
 }
 
+std::string complaint(const char* what) {
+    return std::string(what) + ": " + std::strerror(errno);
+}
+
 // A lock that no child inherits: one that outlives us must not keep others out.
 bool lock(int fd) {
     struct flock whole = {};
@@ -57,8 +61,7 @@ void sync_folder(const std::string& path) {
 
 }  // namespace
 
-RecordFile::RecordFile(Kiln::Descriptor fd, std::string path)
-    : fd_(std::move(fd)), path_(std::move(path)) {
+RecordFile::RecordFile(Kiln::Descriptor fd) : fd_(std::move(fd)) {
     const off_t end = lseek(fd_.get(), 0, SEEK_END);
     size_ = end > 0 ? static_cast<std::uint64_t>(end) : 0;
 }
@@ -85,11 +88,11 @@ Kiln::Result<RecordFile> RecordFile::open(const std::string& path, Existing exis
     if (made) {
         sync_folder(path);
     }
-    RecordFile file(std::move(fd), path);
+    RecordFile file(std::move(fd));
     if (existing == Existing::replace) {
         const std::string failed = file.cut(0);
         if (!failed.empty()) {
-            return Kiln::Reason{failed};
+            return reason(path, failed);
         }
     }
     return file;
@@ -102,7 +105,7 @@ Kiln::Result<std::string> RecordFile::read() const {
         const ssize_t got =
             pread(fd_.get(), &text[have], text.size() - have, static_cast<off_t>(have));
         if (got < 0 && errno != EINTR) {
-            return system_reason(path_);
+            return Kiln::Reason{complaint("it cannot be read")};
         }
         if (got == 0) {
             break;
@@ -115,7 +118,7 @@ Kiln::Result<std::string> RecordFile::read() const {
 
 std::string RecordFile::append(std::string_view lines) {
     if (Kiln::write_all(fd_.get(), lines.data(), lines.size()) != 0 || fdatasync(fd_.get()) != 0) {
-        const std::string trouble = complaint("cannot be written");
+        const std::string trouble = complaint("it cannot be written");
         static_cast<void>(cut(size_));
         return trouble;
     }
@@ -126,12 +129,8 @@ std::string RecordFile::append(std::string_view lines) {
 std::string RecordFile::cut(std::uint64_t size) {
     const auto end = static_cast<off_t>(size);
     if (ftruncate(fd_.get(), end) != 0 || lseek(fd_.get(), end, SEEK_SET) != end) {
-        return complaint("cannot be cut");
+        return complaint("it cannot be cut");
     }
     size_ = size;
     return {};
-}
-
-std::string RecordFile::complaint(const char* doing) const {
-    return path_ + " " + doing + ": " + std::strerror(errno);
 }

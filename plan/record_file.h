@@ -14,7 +14,8 @@ public:
 
     // Makes the file, with mode 0600, or opens an existing one where that is wanted: a regular file
     // under one name, never through a link. Nobody else can record into it as long as it is open.
-    // The reason names the file. A replaced file is empty.
+    // The reason names the file; the others
+    // leave that to the caller. A replaced file is empty.
     static Kiln::Result<RecordFile> open(const std::string& path, Existing existing);
 
     // All of it.
@@ -28,11 +29,8 @@ public:
     std::string cut(std::uint64_t size);
 
 private:
-    RecordFile(Kiln::Descriptor fd, std::string path);
-
-    std::string complaint(const char* doing) const;
+    explicit RecordFile(Kiln::Descriptor fd);
 
     Kiln::Descriptor fd_;
-    std::string path_;
     std::uint64_t size_ = 0;
 };
