@@ -35,6 +35,9 @@ struct PhysParams {
     bool nfs_used = false;  // a file system of type "nfs" is mounted
 };
 
+// What diskinodes becomes on a host with reiserfs, which tells no number of inodes.
+constexpr std::int32_t reiserfs_diskinodes = 1000000;
+
 // Raises `counter` to `value` if it is lower; signed comparison.
 inline void raise_to(std::int32_t& counter, std::int32_t value) {
     if (counter < value) {

@@ -10,8 +10,21 @@
 #include "calc/container_config.h"
 #include "calc/memory_scan.h"
 #include "calc/scan.h"
+#include "inspect/distribution.h"
+#include "inspect/excludes.h"
+#include "inspect/net_ifaces.h"
+#include "inspect/quota_count.h"
+#include "inspect/resolver.h"
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
+
+namespace {
+
+void append(const TarnHWCalc::Warnings& found, TarnHWCalc::Warnings& warnings) {
+    warnings.insert(warnings.end(), found.begin(), found.end());
+}
+
+}  // namespace
 
 int TarnHWCalc::calcPhysParams(PhysParams* params) {
     Warnings& warnings = params->notes.warnings;
@@ -53,6 +66,51 @@ int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
     set_max(params->privvmpages, pages.privvmpages);
     set_max(params->lockedpages, pages.lockedpages);
     return 0;
+}
+
+int TarnHWCalc::calcQuotaUGIDLimit(PhysParams* params) {
+    const Kiln::Result<std::uint32_t> ids = count_quota_ids(host);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&ids)) {
+        return setError(ERR_MTAB, "%s", reason->text.c_str());
+    }
+    params->quotaugidlimit = static_cast<std::int32_t>(std::get<std::uint32_t>(ids));
+    return 0;
+}
+
+int TarnHWCalc::getNetIfaces(Warnings& /*warnings*/, NetIfaceList& ifaces) {
+    const Kiln::Result<NetIfaceList> found = list_net_ifaces();
+    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
+        return setError(ERR_NETCONF, "%s", reason->text.c_str());
+    }
+    const auto& list = std::get<NetIfaceList>(found);
+    ifaces.insert(ifaces.end(), list.begin(), list.end());
+    return 0;
+}
+
+std::string TarnHWCalc::getDistribution(Warnings& warnings) const {
+    const DistributionFinding found = detect_distribution(host, dist_detect_scripts);
+    append(found.warnings, warnings);
+    return found.name;
+}
+
+TarnHWCalc::NSAttrs TarnHWCalc::getNSAttrs(Warnings& /*warnings*/) const {
+    return read_resolver(host);
+}
+
+TarnHWCalc::Excludes TarnHWCalc::calcExcludes(PhysParams* params, Warnings& warnings) const {
+    const ExcludeFindings found = find_excludes(host);
+    append(found.warnings, warnings);
+    if (found.nfs_found) {
+        params->nfs_used = true;
+    }
+    if (found.reiserfs_found) {
+        params->diskinodes = reiserfs_diskinodes;
+    }
+    return found.excludes;
+}
+
+TarnHWCalc::Excludes TarnHWCalc::compressExcludes(const Excludes& /*excludes*/) const {
+    return {};
 }
 
 int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {

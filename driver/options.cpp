@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr const char* version = "1.0";
-
 // What parse_args returns.
 constexpr int go_on = 0;
 constexpr int nothing_to_do = 1;
@@ -137,5 +135,5 @@ void print_usage(const char* progname) {
 }
 
 void print_version() {
-    std::printf("Corvane hardware configuration calculator v. %s\n", version);
+    std::printf("Corvane hardware configuration calculator v. %s\n", TARN_VERSION);
 }
