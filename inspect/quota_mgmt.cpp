@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "inspect/shell_word.h"
 #include "kiln/files.h"
 #include "kiln/log.h"
 #include "kiln/strings.h"
@@ -86,6 +87,11 @@ int QuotaMgmt::quota_get_phys(const char* device, std::string& limits, std::stri
     limits.clear();
     graces.clear();
     const std::string kinds = std::string(usr ? "u" : "") + (grp ? "g" : "");
+    // Whoever owns a directory above a mount point can rename it, and root's shell reads the name.
+    if (!kinds.empty() && !is_plain_shell_word(mount_point)) {
+        return err(-1, 0, "The shell would act on the mount point '%s' of '%s': not asked",
+                   mount_point.c_str(), device);
+    }
     for (const char kind : kinds) {
         // Numeric ids, all of them, with the header lines.
         if (append_output(host_.run, std::string("repquota -") + kind + "nv " + mount_point,

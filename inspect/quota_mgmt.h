@@ -49,8 +49,8 @@ public:
                               std::string* mount_point) const;
 
     // The raw reports of the quota tools for a device: `limits` of the ids and `graces` of the
-    // whole file system, users first, empty without quotas. Returns -1 after logging why; the two
-    // texts are then not to be used.
+    // whole file system, users first, empty without quotas. A mount point that the shell would not
+    // hand on as it is fails. Returns -1 after logging why; the two texts are then not to be used.
     int quota_get_phys(const char* device, std::string& limits, std::string& graces) const;
 
     // Replaces both record maps by what limit reports say; damaged lines give what can be read of

@@ -10,6 +10,7 @@
 #include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
 #include "inspect/resolver.h"
+#include "inspect/shell_word.h"
 #include "kiln/strings.h"
 #include "tarnnet.h"
 
@@ -33,6 +34,23 @@ TEST(FilesystemTypes, AreMarkedByTheFirstField) {
         "nodev\tproc\n\text4\nnodev\tnfs4\textra\nNODEV\tfuse\nnodev\n\njunk");
     EXPECT_EQ(types,
               (FsTypeTable{{"proc", true}, {"ext4", false}, {"nfs4", true}, {"fuse", false}}));
+}
+
+TEST(ShellWord, IsWhatTheShellHandsOn) {
+    const std::string acted_on = " \t\n|&;<>()$`\\\"'*?[{";
+    for (int byte = 1; byte < 256; ++byte) {
+        const auto c = static_cast<char>(byte);
+        const bool harmless = acted_on.find(c) == std::string::npos;
+        EXPECT_EQ(is_plain_shell_word(std::string("/m") + c), harmless) << byte;
+        EXPECT_EQ(is_plain_shell_word(c + std::string("/m")), harmless && c != '#' && c != '~');
+    }
+    for (const char* word : {"", "/", "/a\\040b\\134c\\011", "/\\377"}) {
+        EXPECT_TRUE(is_plain_shell_word(word)) << word;
+    }
+    for (const char* word :
+         {"/\\400", "/\\04", "/\\048", "/\\\\040", "/\\040$(x)", "/\\n", "/\\040\\"}) {
+        EXPECT_FALSE(is_plain_shell_word(word)) << word;
+    }
 }
 
 TEST(Resolver, TakesKeywordsWithValues) {

@@ -176,11 +176,16 @@ TEST_F(QuotaCount, WhatFailsCostsItsOwnDevice) {
     failing = {"repquota -unv /x\\040y", "VISUAL=cat EDITOR=cat edquota -utf /opt"};
     put("mtab",
         "/dev/gone /gone ext4 usrquota\n/dev/zero /x\\040y ext4 usrquota\n"
-        "/dev/tty /opt ext4 usrquota,grpquota\n/dev/null /0 ext4 grpquota\n");
-    EXPECT_EQ(count(),
-              "1Error: Partition or mount point '/dev/gone' does not exist\n"
-              "Error: Error running 'repquota -unv /x\\040y':\nmoans\n"
-              "Error: Error running 'VISUAL=cat EDITOR=cat edquota -utf /opt':\nmoans\n");
+        "/dev/tty /opt ext4 usrquota,grpquota\n/dev/null /0 ext4 grpquota\n"
+        "/dev/full /m;id>f ext4 usrquota\n/dev/random /n;id ext4 rw\n"
+        "/dev/random /n2 ext4 usrquota\n");
+    EXPECT_EQ(
+        count(),
+        "1Error: Partition or mount point '/dev/gone' does not exist\n"
+        "Error: Error running 'repquota -unv /x\\040y':\nmoans\n"
+        "Error: Error running 'VISUAL=cat EDITOR=cat edquota -utf /opt':\nmoans\n"
+        "Error: The shell would act on the mount point '/m;id>f' of '/dev/full': not asked\n");
+    EXPECT_EQ(asked.find(';'), std::string::npos);
 }
 
 TEST_F(QuotaCount, AMountTableThatCannotBeReadIsTheReason) {
