@@ -24,6 +24,9 @@ struct TarnACalculateHWNodeNotes {
     std::vector<TarnAExcludePath> excludes;
 };
 
+// What the entry prints of them: the warnings, then the paths, one per line.
+std::string notes_text(const TarnACalculateHWNodeNotes& notes);
+
 // The resolver's settings.
 struct NSAttrs {
     std::vector<std::string> nameservers;
