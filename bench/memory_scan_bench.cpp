@@ -13,10 +13,11 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "bench/bench_support.h"
-#include "calc/tarn_hwcalc.h"
+#include "calc/memory_scan.h"
 
 namespace {
 
@@ -81,9 +82,9 @@ void bare_scan() {
 }
 
 void scan() {
-    TarnHWCalc calc;
-    PhysParams profile;
-    if (calc.calcMemInfoByVmSize(&profile) != 0 || profile.privvmpages == 0)
+    const auto found = scan_memory(Host());
+    const auto* pages = std::get_if<MemoryPages>(&found);
+    if (pages == nullptr || pages->privvmpages == 0)
         Bench::give_up("memory scan");
 }
 

@@ -3,32 +3,49 @@
 // clamped. Change none of them.
 #include "calc/container_config.h"
 
-#include <unistd.h>
+#include <cfloat>
+#include <utility>
 
-#include <cstdint>
-
-#include "calc/tarn_hwcalc.h"
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
 
+static_assert(FLT_EVAL_METHOD == 0, "a float must be rounded to a float at every step");
+
 namespace {
 
-// What every container gets at least; before scaling, where not said otherwise.
-constexpr std::int32_t numproc_floor = 240;
-constexpr float avnumproc_floor = 180.0F;  // after scaling
-constexpr std::int32_t numtcpsock_floor = 360;
-constexpr std::int32_t numothersock_floor = 360;
-constexpr std::int32_t numfile_floor = 9312;
-constexpr std::int32_t numpty_floor = 255;         // never scaled
-constexpr std::int32_t privvmpages_floor = 65536;  // after scaling, unlike the other counts
-constexpr std::int32_t lockedpages_floor = 256;
-constexpr std::int32_t shmpages_floor = 21504;
+using Kiln::truncate_to_int32;
+
+// What every container gets at least, and how each count is scaled.
+constexpr CountRule numproc_rule = {"numproc", &PhysParams::numproc, 240, true, Factor::memory};
+constexpr CountRule avnumproc_rule = {"avnumproc", nullptr, 180, false, Factor::memory};
+constexpr CountRule numtcpsock_rule = {"numtcpsock", &PhysParams::numtcpsock, 360, true,
+                                       Factor::memory};
+constexpr CountRule numothersock_rule = {"numothersock", &PhysParams::numothersock, 360, true,
+                                         Factor::memory};
+constexpr CountRule numfile_rule = {"numfile", &PhysParams::numfile, 9312, true, Factor::memory};
+constexpr CountRule numpty_rule = {"numpty", &PhysParams::numpty, 255, false, Factor::none};
+// The floor after the scaling, unlike the other counts, on purpose.
+constexpr CountRule privvmpages_rule = {"privvmpages", &PhysParams::privvmpages, 65536, false,
+                                        Factor::memory};
+constexpr CountRule lockedpages_rule = {"lockedpages", &PhysParams::lockedpages, 256, true,
+                                        Factor::memory};
+constexpr CountRule shmpages_rule = {"shmpages", &PhysParams::shmpages, 21504, true,
+                                     Factor::memory};
+constexpr CountRule numflock_rule = {"numflock", &PhysParams::numflock, 188, true, Factor::memory};
+constexpr CountRule numiptent_rule = {"numiptent", &PhysParams::numiptent, 128, true,
+                                      Factor::memory};
+constexpr CountRule diskspace_rule = {"diskspace", &PhysParams::diskspace, no_floor, false,
+                                      Factor::disk};
+constexpr CountRule diskinodes_rule = {"diskinodes", &PhysParams::diskinodes, no_floor, false,
+                                       Factor::disk};
+// Where there are quotas at all: 0 stays 0.
+constexpr CountRule quotaugidlimit_rule = {"quotaugidlimit", &PhysParams::quotaugidlimit, 1024,
+                                           false, Factor::two};
+
 constexpr std::int32_t shmpages_written_floor = 1024;
-constexpr std::int32_t numflock_floor = 188;
-constexpr std::int32_t numiptent_floor = 128;
-constexpr std::int32_t quotaugidlimit_floor = 1024;  // where there are quotas at all
 
 // How much is kept in reserve.
+constexpr double no_margin = 1.0;
 constexpr double margin = 1.1;
 constexpr float memory_margin = 1.1F;
 
@@ -50,52 +67,18 @@ constexpr std::uint64_t cpuunits = 1000;
 constexpr std::uint64_t quotatime = 0;
 constexpr std::int32_t max_memory_pages = 0x3FFFFFFF;
 
-std::int32_t scaled(const char* name, std::int32_t value, float scale) {
-    return TarnHWCalc::check_overflow_parameter(name, static_cast<float>(value) * scale);
-}
-
-// Raised to the floor first, then scaled.
-std::int32_t floored_and_scaled(const char* name, std::int32_t value, std::int32_t floor,
-                                float scale) {
-    TarnHWCalc::set_max(value, floor);
-    return scaled(name, value, scale);
-}
-
-// `value` and a tenth more, multiplied in double precision and rounded to float.
-std::int32_t with_margin(const char* name, std::int32_t value) {
-    const auto product = static_cast<float>(static_cast<double>(value) * margin);
-    return TarnHWCalc::check_overflow_parameter(name, product);
-}
-
-// Brings the measured counts up to what the container shall have.
-void adjust(PhysParams& p, float mem_scale, float disk_scale) {
-    p.diskspace = scaled("DISKSPACE", p.diskspace, disk_scale);
-    p.diskinodes = scaled("DISKINODES", p.diskinodes, disk_scale);
-    p.numproc = floored_and_scaled("NUMPROC", p.numproc, numproc_floor, mem_scale);
-    p.avnumproc = mem_scale * p.avnumproc;
-    if (avnumproc_floor > p.avnumproc) {  // a NaN stays
-        p.avnumproc = avnumproc_floor;
-    }
-    p.numtcpsock = floored_and_scaled("NUMTCPSOCK", p.numtcpsock, numtcpsock_floor, mem_scale);
-    p.numothersock =
-        floored_and_scaled("NUMOTHERSOCK", p.numothersock, numothersock_floor, mem_scale);
-    p.numfile = floored_and_scaled("NUMFILE", p.numfile, numfile_floor, mem_scale);
-    TarnHWCalc::set_max(p.numpty, numpty_floor);
-    p.privvmpages = scaled("PRIVVMPAGES", p.privvmpages, mem_scale);
-    TarnHWCalc::set_max(p.privvmpages, privvmpages_floor);
-    p.lockedpages = floored_and_scaled("LOCKEDPAGES", p.lockedpages, lockedpages_floor, mem_scale);
-    p.shmpages = floored_and_scaled("SHMPAGES", p.shmpages, shmpages_floor, mem_scale);
-    p.numflock = floored_and_scaled("NUMFLOCK", p.numflock, numflock_floor, mem_scale);
-    p.numiptent = floored_and_scaled("NUMIPTENT", p.numiptent, numiptent_floor, mem_scale);
-    if (p.quotaugidlimit != 0) {
-        p.quotaugidlimit = Kiln::wrap_mul(p.quotaugidlimit, 2);
-        TarnHWCalc::set_max(p.quotaugidlimit, quotaugidlimit_floor);
-    }
-}
-
 // Sign-extended, so that a negative number is written with twenty digits; that is the rule.
 std::uint64_t extended(std::int32_t value) {
     return static_cast<std::uint64_t>(std::int64_t{value});
+}
+
+// `value` and a tenth more, multiplied in double precision and rounded to float.
+std::int32_t with_margin(std::int32_t value) {
+    return truncate_to_int32(static_cast<float>(static_cast<double>(value) * margin));
+}
+
+std::string joined(const std::vector<std::string>& list) {
+    return Kiln::join(" ", list.begin(), list.end());
 }
 
 // A barrier and a limit.
@@ -104,30 +87,36 @@ struct Pair {
     std::int32_t limit;
 };
 
-// The buffers that so many sockets need.
-Pair socket_buffers(const char* name, std::int32_t sockets) {
+// The bytes of buffers that so many sockets need.
+Pair socket_buffers(std::int32_t sockets) {
     const auto all = static_cast<float>(Kiln::wrap_shift_left(sockets, socket_buffer_shift));
     const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
     const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
-    return {TarnHWCalc::check_overflow_parameter(name, barrier),
-            TarnHWCalc::check_overflow_parameter(name, all)};
+    return {truncate_to_int32(barrier), truncate_to_int32(all)};
 }
 
-// Writes the lines of one configuration. `kmem_total_` gathers the bytes of kernel and user memory
-// that the container may need, in single precision and in the order of the lines.
-class Writer {
+// One computation. `kmem_total_` gathers the bytes of kernel and user memory that the container may
+// need, in single precision and in the order of the lines.
+class Computation {
 public:
-    Writer(const PhysParams& adjusted, float mem_scale, EnvConfig& config)
-        : p_(adjusted), mem_scale_(mem_scale), config_(config) {}
+    Computation(const PhysParams& profile, ConfigScales scales, std::int32_t page_size)
+        : p_(profile), scales_(scales), page_size_(page_size) {}
 
-    void write();
+    std::vector<ConfigLine> run();
 
 private:
-    void add(const char* name, std::int32_t barrier, std::int32_t limit) {
-        config_.add_2ul_param(name, extended(barrier), extended(limit));
-    }
-    void add(const char* name, std::int32_t both) { add(name, both, both); }
-    void add(const char* name, const std::string& value) { config_.add_param(name, value.c_str()); }
+    using Sources = std::vector<const CountRule*>;
+
+    void adjust();
+    void adjust_count(const CountRule& rule);
+    std::int32_t scaled(std::int32_t value, Factor factor) const;
+
+    void add(const char* name, Pair pair, Sources sources, double reserve = no_margin);
+    void add_count(const char* name, const CountRule& rule);
+    void add_count_with_margin(const char* name, const CountRule& rule);
+    void add_fixed(const char* name, std::uint64_t barrier, std::uint64_t limit);
+    void add_number(const char* name, std::uint64_t value, Sources sources = {});
+    void add_text(const char* name, std::string text);
 
     void add_process_lines();
     void raise_file_count();
@@ -141,119 +130,197 @@ private:
 
     void need(float bytes) { kmem_total_ += bytes; }
     void need_pages(std::int32_t pages) {
-        need(static_cast<float>(getpagesize()) * static_cast<float>(pages));
+        need(static_cast<float>(page_size_) * static_cast<float>(pages));
     }
 
-    PhysParams p_;
-    const float mem_scale_;
-    EnvConfig& config_;
+    PhysParams p_;  // what was measured, then what the container shall have
+    const ConfigScales scales_;
+    const std::int32_t page_size_;
     float kmem_total_ = 0.0F;
+    std::vector<ConfigLine> lines_;
 };
 
-void Writer::add_process_lines() {
-    add("NUMPROC", p_.numproc);
-    add("AVNUMPROC", TarnHWCalc::check_overflow_parameter("AVNUMPROC", p_.avnumproc));
-    add("NUMTCPSOCK", p_.numtcpsock);
-    add("NUMOTHERSOCK", p_.numothersock);
-    add("NUMPTY", p_.numpty);
+std::int32_t Computation::scaled(std::int32_t value, Factor factor) const {
+    switch (factor) {
+        case Factor::memory:
+            return truncate_to_int32(static_cast<float>(value) * scales_.memory);
+        case Factor::disk:
+            return truncate_to_int32(static_cast<float>(value) * scales_.disk);
+        case Factor::two:
+            return Kiln::wrap_mul(value, 2);
+        case Factor::none:
+            break;
+    }
+    return value;
+}
+
+void Computation::adjust_count(const CountRule& rule) {
+    std::int32_t& count = p_.*rule.measured;
+    if (rule.floor_is_scaled) {
+        raise_to(count, rule.floor);
+        count = scaled(count, rule.factor);
+    } else {
+        count = scaled(count, rule.factor);
+        raise_to(count, rule.floor);
+    }
+}
+
+void Computation::adjust() {
+    for (const CountRule* rule :
+         {&diskspace_rule, &diskinodes_rule, &numproc_rule, &numtcpsock_rule, &numothersock_rule,
+          &numfile_rule, &numpty_rule, &privvmpages_rule, &lockedpages_rule, &shmpages_rule,
+          &numflock_rule, &numiptent_rule}) {
+        adjust_count(*rule);
+    }
+    if (p_.quotaugidlimit != 0) {
+        adjust_count(quotaugidlimit_rule);
+    }
+    p_.avnumproc = scales_.memory * p_.avnumproc;
+    const auto average_floor = static_cast<float>(avnumproc_rule.floor);
+    if (average_floor > p_.avnumproc) {  // a NaN stays
+        p_.avnumproc = average_floor;
+    }
+}
+
+void Computation::add(const char* name, Pair pair, Sources sources, double reserve) {
+    lines_.push_back({name,
+                      ConfigLine::Kind::pair,
+                      extended(pair.barrier),
+                      extended(pair.limit),
+                      {},
+                      std::move(sources),
+                      reserve});
+}
+
+void Computation::add_count(const char* name, const CountRule& rule) {
+    const std::int32_t value = p_.*rule.measured;
+    add(name, {value, value}, {&rule});
+}
+
+void Computation::add_count_with_margin(const char* name, const CountRule& rule) {
+    const std::int32_t value = p_.*rule.measured;
+    add(name, {value, with_margin(value)}, {&rule}, margin);
+}
+
+void Computation::add_fixed(const char* name, std::uint64_t barrier, std::uint64_t limit) {
+    lines_.push_back({name, ConfigLine::Kind::pair, barrier, limit, {}, {}, no_margin});
+}
+
+void Computation::add_number(const char* name, std::uint64_t value, Sources sources) {
+    lines_.push_back(
+        {name, ConfigLine::Kind::number, value, value, {}, std::move(sources), no_margin});
+}
+
+void Computation::add_text(const char* name, std::string text) {
+    lines_.push_back({name, ConfigLine::Kind::text, 0, 0, std::move(text), {}, no_margin});
+}
+
+void Computation::add_process_lines() {
+    add_count("NUMPROC", numproc_rule);
+    const std::int32_t average = truncate_to_int32(p_.avnumproc);
+    add("AVNUMPROC", {average, average}, {&avnumproc_rule});
+    add_count("NUMTCPSOCK", numtcpsock_rule);
+    add_count("NUMOTHERSOCK", numothersock_rule);
+    add_count("NUMPTY", numpty_rule);
     raise_file_count();
-    add("NUMFILE", p_.numfile);
+    add("NUMFILE", {p_.numfile, p_.numfile},
+        {&numfile_rule, &numtcpsock_rule, &numothersock_rule, &numpty_rule, &avnumproc_rule});
 }
 
 // Every socket and terminal is an open file, and every process has some.
-void Writer::raise_file_count() {
+void Computation::raise_file_count() {
     const std::int32_t sockets = Kiln::wrap_add(p_.numtcpsock, p_.numothersock);
     const std::int32_t descriptors = Kiln::wrap_add(sockets, p_.numpty);
-    const auto name = "NUMFILE";
-    TarnHWCalc::set_max(
-        p_.numfile, TarnHWCalc::check_overflow_parameter(name, static_cast<float>(descriptors)));
-    TarnHWCalc::set_max(
-        p_.numfile, TarnHWCalc::check_overflow_parameter(name, files_per_process * p_.avnumproc));
+    raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors)));
+    raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
 }
 
-void Writer::add_kernel_memory_lines() {
-    p_.dcachesize = with_margin("DCACHESIZE", Kiln::wrap_mul(p_.numfile, dentry_bytes_per_file));
-    add("DCACHESIZE", p_.dcachesize);
+void Computation::add_kernel_memory_lines() {
+    p_.dcachesize = with_margin(Kiln::wrap_mul(p_.numfile, dentry_bytes_per_file));
+    add("DCACHESIZE", {p_.dcachesize, p_.dcachesize}, {&numfile_rule}, margin);
 
     const std::int32_t stacks =
         Kiln::wrap_mul(Kiln::wrap_shift_left(p_.numproc, process_page_shift), pages_per_process);
     const auto bytes = static_cast<float>(Kiln::wrap_add(stacks, p_.dcachesize));
-    const std::int32_t kmemsize = TarnHWCalc::check_overflow_parameter("KMEMSIZE", bytes);
-    add("KMEMSIZE", kmemsize);
+    const std::int32_t kmemsize = truncate_to_int32(bytes);
+    add("KMEMSIZE", {kmemsize, kmemsize}, {&numproc_rule, &numfile_rule});
     kmem_total_ = static_cast<float>(kmemsize);
 }
 
-void Writer::add_socket_buffer_lines() {
-    const Pair tcp = socket_buffers("TCPSNDBUF", p_.numtcpsock);
-    add("TCPSNDBUF", tcp.barrier, tcp.limit);
-    add("TCPRCVBUF", tcp.barrier, tcp.limit);
+void Computation::add_socket_buffer_lines() {
+    const Pair tcp = socket_buffers(p_.numtcpsock);
+    add("TCPSNDBUF", tcp, {&numtcpsock_rule});
+    add("TCPRCVBUF", tcp, {&numtcpsock_rule});
     need(static_cast<float>(Kiln::wrap_mul(2, tcp.limit)));
 
-    const Pair other = socket_buffers("OTHERSOCKBUF", p_.numothersock);
-    add("OTHERSOCKBUF", other.barrier, other.limit);
+    const Pair other = socket_buffers(p_.numothersock);
+    add("OTHERSOCKBUF", other, {&numothersock_rule});
     need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
 
-    add("DGRAMRCVBUF", dgramrcvbuf_bytes);
+    add("DGRAMRCVBUF", {dgramrcvbuf_bytes, dgramrcvbuf_bytes}, {});
     need(static_cast<float>(dgramrcvbuf_bytes));
 }
 
-void Writer::add_page_lines() {
-    const std::int32_t limit = TarnHWCalc::check_overflow_parameter(
-        "PRIVVMPAGES", static_cast<float>(p_.privvmpages) * memory_margin);
-    add("PRIVVMPAGES", p_.privvmpages, limit);
+void Computation::add_page_lines() {
+    const std::int32_t limit =
+        truncate_to_int32(static_cast<float>(p_.privvmpages) * memory_margin);
+    add("PRIVVMPAGES", {p_.privvmpages, limit}, {&privvmpages_rule}, margin);
     need_pages(limit);
 
     const std::int32_t guaranteed = p_.privvmpages & 0x7FFFFFFF;
-    add("VMGUARPAGES", guaranteed, no_limit);
-    add("OOMGUARPAGES", guaranteed, no_limit);
-    add("LOCKEDPAGES", p_.lockedpages);
+    add("VMGUARPAGES", {guaranteed, no_limit}, {&privvmpages_rule});
+    add("OOMGUARPAGES", {guaranteed, no_limit}, {&privvmpages_rule});
+    add_count("LOCKEDPAGES", lockedpages_rule);
     need_pages(p_.lockedpages);
 
-    std::int32_t shmpages = p_.shmpages;
-    TarnHWCalc::set_max(shmpages, shmpages_written_floor);
-    add("SHMPAGES", shmpages);
-    config_.add_2ul_param("PHYSPAGES", 0, physpages_limit);
+    raise_to(p_.shmpages, shmpages_written_floor);
+    add_count("SHMPAGES", shmpages_rule);
+    add_fixed("PHYSPAGES", 0, physpages_limit);
 }
 
-void Writer::add_count_lines() {
-    add("NUMFLOCK", p_.numflock, with_margin("NUMFLOCK", p_.numflock));
-    config_.add_2ul_param("NUMSIGINFO", numsiginfo, numsiginfo);
-    add("NUMIPTENT", p_.numiptent);
+void Computation::add_count_lines() {
+    add_count_with_margin("NUMFLOCK", numflock_rule);
+    add_fixed("NUMSIGINFO", numsiginfo, numsiginfo);
+    add_count("NUMIPTENT", numiptent_rule);
 }
 
-void Writer::add_disk_lines() {
-    add("DISKSPACE", p_.diskspace, with_margin("DISKSPACE", p_.diskspace));
-    add("DISKINODES", p_.diskinodes, with_margin("DISKINODES", p_.diskinodes));
-    config_.add_ul_param("CPUUNITS", cpuunits);
-    config_.add_ul_param("QUOTATIME", quotatime);
-    config_.add_ul_param("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit));
+void Computation::add_disk_lines() {
+    add_count_with_margin("DISKSPACE", diskspace_rule);
+    add_count_with_margin("DISKINODES", diskinodes_rule);
+    add_number("CPUUNITS", cpuunits);
+    add_number("QUOTATIME", quotatime);
+    add_number("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit), {&quotaugidlimit_rule});
 }
 
-void Writer::add_memory_limit_line() {
-    kmem_total_ = mem_scale_ * kmem_total_;
-    // The product wraps in 32 bits, on purpose: the cap lies one page below 2^64.
-    const std::uint64_t cap = extended(Kiln::wrap_mul(getpagesize(), max_memory_pages));
+void Computation::add_memory_limit_line() {
+    kmem_total_ = scales_.memory * kmem_total_;
+    // The product wraps in 32 bits, on purpose: with pages of 4 KiB the cap lies one page below
+    // 2^64.
+    const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
-    config_.add_2ul_param("SLMMEMORYLIMIT", memory_limit, memory_limit);
-    config_.add_param("SLMMODE", "all");
+    lines_.push_back({"SLMMEMORYLIMIT",
+                      ConfigLine::Kind::pair,
+                      memory_limit,
+                      memory_limit,
+                      {},
+                      {&privvmpages_rule, &lockedpages_rule, &numproc_rule, &numfile_rule,
+                       &numtcpsock_rule, &numothersock_rule},
+                      no_margin});
+    add_text("SLMMODE", "all");
 }
 
-void Writer::add_identity_lines() {
-    const auto joined = [](const std::vector<std::string>& list) {
-        return Kiln::join(" ", list.begin(), list.end());
-    };
-    add("DISTRIBUTION", p_.distribution);
-    add("HOSTNAME", p_.hostname);
-    add("#IP_ADDRESS", p_.ifaces.get_ip());  // a comment in the configuration, on purpose
-    add("SEARCHDOMAIN", joined(p_.ns_attrs.search_domains));
-    add("NAMESERVER", joined(p_.ns_attrs.nameservers));
-    if (p_.nfs_used) {
-        config_.add_param("FEATURES", "nfs:on");
-    }
+void Computation::add_identity_lines() {
+    add_text("DISTRIBUTION", p_.distribution);
+    add_text("HOSTNAME", p_.hostname);
+    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // a comment in the configuration, on purpose
+    add_text("SEARCHDOMAIN", joined(p_.ns_attrs.search_domains));
+    add_text("NAMESERVER", joined(p_.ns_attrs.nameservers));
+    add_text("FEATURES", p_.nfs_used ? "nfs:on" : "");
 }
 
-void Writer::write() {
+std::vector<ConfigLine> Computation::run() {
+    adjust();
     add_process_lines();
     add_kernel_memory_lines();
     add_socket_buffer_lines();
@@ -262,13 +329,28 @@ void Writer::write() {
     add_disk_lines();
     add_memory_limit_line();
     add_identity_lines();
+    return std::move(lines_);
 }
 
 }  // namespace
 
-void add_container_config(const PhysParams& profile, float mem_scale, float disk_scale,
-                          EnvConfig& config) {
-    PhysParams adjusted = profile;
-    adjust(adjusted, mem_scale, disk_scale);
-    Writer(adjusted, mem_scale, config).write();
+std::vector<ConfigLine> compute_config(const PhysParams& profile, ConfigScales scales,
+                                       std::int32_t page_size) {
+    return Computation(profile, scales, page_size).run();
+}
+
+void write_config(const std::vector<ConfigLine>& lines, EnvConfig& config) {
+    for (const ConfigLine& line : lines) {
+        switch (line.kind) {
+            case ConfigLine::Kind::pair:
+                config.add_2ul_param(line.name, line.barrier, line.limit);
+                break;
+            case ConfigLine::Kind::number:
+                config.add_ul_param(line.name, line.limit);
+                break;
+            case ConfigLine::Kind::text:
+                config.add_param(line.name, line.text.c_str());
+                break;
+        }
+    }
 }

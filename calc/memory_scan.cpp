@@ -1,25 +1,21 @@
-// The memory scan: one snapshot of the virtual and locked memory of every process.
-#include <dirent.h>
-#include <unistd.h>
+#include "calc/memory_scan.h"
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
 
 #include "calc/process_memory.h"
-#include "calc/tarn_hwcalc.h"
 #include "kiln/files.h"
+#include "kiln/owners.h"
 
 namespace {
 
 constexpr std::int32_t kib_per_page = 4;  // the profile counts pages of 4 KiB
 
-struct DirCloser {
-    void operator()(DIR* dir) const { closedir(dir); }
-};
-using DirPtr = std::unique_ptr<DIR, DirCloser>;
+using ProcessIds = std::vector<std::int32_t>;
 
 // Whether the whole name is a decimal number, as strtol reads one; stores it.
 bool parse_process_id(const char* name, std::int32_t& pid) {
@@ -28,26 +24,41 @@ bool parse_process_id(const char* name, std::int32_t& pid) {
     return *end == '\0';
 }
 
-std::vector<std::int32_t> list_process_ids(DIR* dir) {
-    std::vector<std::int32_t> pids;
-    while (const dirent* entry = readdir(dir)) {
+Kiln::Reason cannot_list(const std::string& proc) {
+    return {"Error opening " + proc + ": " + std::strerror(errno)};
+}
+
+// A directory that cannot be read to its end is one that cannot be read.
+Kiln::Result<ProcessIds> list_process_ids(const std::string& proc) {
+    const Kiln::Directory directory(opendir(proc.c_str()));
+    if (!directory) {
+        return cannot_list(proc);
+    }
+    ProcessIds pids;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = readdir(directory.get());
+        if (entry == nullptr) {
+            break;
+        }
         std::int32_t pid = 0;
         if (parse_process_id(entry->d_name, pid)) {
             pids.push_back(pid);
         }
     }
+    if (errno != 0) {
+        return cannot_list(proc);
+    }
     return pids;
 }
 
 // A process whose status cannot be read has ended meanwhile and is left out.
-ProcessTables read_processes(const std::vector<std::int32_t>& pids) {
+ProcessTables read_processes(const std::string& proc, const ProcessIds& pids) {
     ProcessTables tables;
-    std::string path;  // both keep their room from one process to the next
     std::string text;
     for (const std::int32_t pid : pids) {
-        path.assign("/proc/");
-        path.append(std::to_string(static_cast<std::uint32_t>(pid))).append("/status");
-        if (Kiln::get_file(path, text) == 0) {
+        const std::string id = std::to_string(static_cast<std::uint32_t>(pid));
+        if (Kiln::get_file(proc + "/" + id + "/status", text) == 0) {
             add_process(tables, pid, text);
         }
     }
@@ -55,26 +66,22 @@ ProcessTables read_processes(const std::vector<std::int32_t>& pids) {
 }
 
 // The private total cannot be more than the machine has.
-std::int32_t cap_at_physical_pages(std::int32_t pages) {
-    const long physical_pages = sysconf(_SC_PHYS_PAGES);
-    if (physical_pages != -1 && pages > std::int64_t{physical_pages}) {
-        return static_cast<std::int32_t>(physical_pages);
-    }
-    return pages;
+std::int32_t cap_at_physical_pages(std::int32_t pages, std::int64_t physical_pages) {
+    const bool too_many = physical_pages != -1 && pages > physical_pages;
+    return too_many ? static_cast<std::int32_t>(physical_pages) : pages;
 }
 
 }  // namespace
 
-int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
-    DirPtr dir(opendir("/proc"));
-    if (!dir) {
-        return setError(ERR_PROC, "Error opening /proc: %s", std::strerror(errno));
+Kiln::Result<MemoryPages> scan_memory(const Host& host) {
+    const Kiln::Result<ProcessIds> pids = list_process_ids(host.paths.proc);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&pids)) {
+        return *reason;
     }
-    const std::vector<std::int32_t> pids = list_process_ids(dir.get());
-    dir.reset();
-
-    const MemoryTotals totals = sum_memory(read_processes(pids));
-    set_max(params->privvmpages, cap_at_physical_pages(totals.vm_kib / kib_per_page));
-    set_max(params->lockedpages, totals.lck_kib / kib_per_page);
-    return 0;
+    const ProcessTables tables = read_processes(host.paths.proc, std::get<ProcessIds>(pids));
+    const MemoryTotals totals = sum_memory(tables);
+    return MemoryPages{
+        cap_at_physical_pages(totals.vm_kib / kib_per_page, host.physical_pages()),
+        totals.lck_kib / kib_per_page,
+    };
 }

@@ -1,7 +1,6 @@
 #include "calc/process_memory.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
 #include "kiln/numbers.h"
@@ -26,11 +25,8 @@ std::int32_t number_of(std::string_view line) {
     return Kiln::leading_int(std::string(value_of(line)).c_str());
 }
 
-// A template, so that each key is compared in a few instructions: status files have many lines.
-template <std::size_t array_size>
-bool has_key(std::string_view line, const char (&key)[array_size]) {
-    constexpr std::size_t length = array_size - 1;
-    return line.size() >= length && std::memcmp(line.data(), key, length) == 0;
+bool has_key(std::string_view line, std::string_view key) {
+    return line.substr(0, key.size()) == key;
 }
 
 struct TextSizes {
@@ -39,10 +35,6 @@ struct TextSizes {
 };
 
 void parse_status_line(std::string_view line, proc_info_t& info, TextSizes& text_sizes) {
-    // Most lines of a status file begin with another letter than the keys do.
-    if (line.empty() || (line[0] != 'P' && line[0] != 'V' && line[0] != 'N')) {
-        return;
-    }
     if (has_key(line, "PPid:")) {
         info.ppid = number_of(line);
     } else if (has_key(line, "VmRSS:")) {
@@ -97,8 +89,7 @@ void parse_process_status(const std::string& text, proc_info_t& info) {
 }
 
 void add_process(ProcessTables& tables, std::int32_t pid, const std::string& status_text) {
-    // The directory lists rising ids, so a new one nearly always belongs at the end.
-    proc_info_t& info = tables.processes.try_emplace(tables.processes.end(), pid)->second;
+    proc_info_t& info = tables.processes[pid];
     parse_process_status(status_text, info);
     tables.children[info.ppid].push_back(pid);
 }

@@ -4,20 +4,24 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
+#include <variant>
 
 #include "calc/container_config.h"
+#include "calc/memory_scan.h"
+#include "calc/scan.h"
+#include "inspect/distribution.h"
+#include "inspect/excludes.h"
+#include "inspect/net_ifaces.h"
+#include "inspect/quota_count.h"
+#include "inspect/resolver.h"
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
 
 namespace {
 
-// Stores the host name; a name that cannot be read leaves the field as it is.
-void read_host_name(std::string& hostname) {
-    char buffer[1024] = "";
-    if (gethostname(buffer, sizeof(buffer)) == 0) {
-        buffer[sizeof(buffer) - 1] = '\0';
-        hostname = buffer;
-    }
+void append(const TarnHWCalc::Warnings& found, TarnHWCalc::Warnings& warnings) {
+    warnings.insert(warnings.end(), found.begin(), found.end());
 }
 
 }  // namespace
@@ -37,14 +41,80 @@ int TarnHWCalc::calcPhysParams(PhysParams* params) {
     }
     // From here on nothing can fail: what goes wrong becomes a warning.
     params->distribution = getDistribution(warnings);
-    read_host_name(params->hostname);
+    params->hostname = host.host_name().value_or(params->hostname);
     params->ns_attrs = getNSAttrs(warnings);
     params->notes.excludes = calcExcludes(params, warnings);
     return 0;
 }
 
+int TarnHWCalc::calcProcParams(PhysParams* params) {
+    const std::optional<SampleFailure> failure =
+        run_scan(host, clock, {scan_time, scan_period}, scan_observer, *params);
+    if (!failure) {
+        return 0;
+    }
+    const bool of_command = failure->source == SampleFailure::Source::command;
+    return setError(of_command ? ERR_EXEC : ERR_PROC, "%s", failure->text.c_str());
+}
+
+int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
+    const Kiln::Result<MemoryPages> found = scan_memory(host);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
+        return setError(ERR_PROC, "%s", reason->text.c_str());
+    }
+    const auto& pages = std::get<MemoryPages>(found);
+    set_max(params->privvmpages, pages.privvmpages);
+    set_max(params->lockedpages, pages.lockedpages);
+    return 0;
+}
+
+int TarnHWCalc::calcQuotaUGIDLimit(PhysParams* params) {
+    const Kiln::Result<std::uint32_t> ids = count_quota_ids(host);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&ids)) {
+        return setError(ERR_MTAB, "%s", reason->text.c_str());
+    }
+    params->quotaugidlimit = static_cast<std::int32_t>(std::get<std::uint32_t>(ids));
+    return 0;
+}
+
+int TarnHWCalc::getNetIfaces(Warnings& /*warnings*/, NetIfaceList& ifaces) {
+    const Kiln::Result<NetIfaceList> found = list_net_ifaces();
+    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
+        return setError(ERR_NETCONF, "%s", reason->text.c_str());
+    }
+    const auto& list = std::get<NetIfaceList>(found);
+    ifaces.insert(ifaces.end(), list.begin(), list.end());
+    return 0;
+}
+
+std::string TarnHWCalc::getDistribution(Warnings& warnings) const {
+    const DistributionFinding found = detect_distribution(host, dist_detect_scripts);
+    append(found.warnings, warnings);
+    return found.name;
+}
+
+TarnHWCalc::NSAttrs TarnHWCalc::getNSAttrs(Warnings& /*warnings*/) const {
+    return read_resolver(host);
+}
+
+TarnHWCalc::Excludes TarnHWCalc::calcExcludes(PhysParams* params, Warnings& warnings) const {
+    const ExcludeFindings found = find_excludes(host);
+    append(found.warnings, warnings);
+    if (found.nfs_found) {
+        params->nfs_used = true;
+    }
+    if (found.reiserfs_found) {
+        params->diskinodes = reiserfs_diskinodes;
+    }
+    return found.excludes;
+}
+
+TarnHWCalc::Excludes TarnHWCalc::compressExcludes(const Excludes& /*excludes*/) const {
+    return {};
+}
+
 int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {
-    add_container_config(params, mem_scale, disk_scale, config);
+    write_config(compute_config(params, {mem_scale, disk_scale}, getpagesize()), config);
     return 0;
 }
 
@@ -74,9 +144,7 @@ void TarnHWCalc::printPhysParams(const PhysParams& params) const {
 }
 
 void TarnHWCalc::set_max(std::int32_t& counter, std::int32_t value) {
-    if (counter < value) {
-        counter = value;
-    }
+    raise_to(counter, value);
 }
 
 int TarnHWCalc::check_overflow_parameter(const char* /*name*/, float value) {

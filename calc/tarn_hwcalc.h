@@ -1,6 +1,6 @@
-// TarnHWCalc: the calculator. It holds the settings of a run and its last error text, and owns the
-// steps of the calculation as members. The sampling steps are defined in calc/, the one-shot
-// readings of the host in inspect/.
+// TarnHWCalc: the calculator. It holds the settings of a run and its last error text, and has every
+// step of the calculation as a member: each calls the function that does the work, stores what it
+// found in the profile and turns the reason of a failure into a code.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,8 @@
 
 #include "calc/env_config.h"
 #include "calc/host_profile.h"
+#include "calc/scan_clock.h"
+#include "inspect/host.h"
 
 class ScanObserver;
 
@@ -34,6 +36,10 @@ public:
     float mem_scale = 1.2F;
     float disk_scale = 1.5F;
     std::vector<std::string> dist_detect_scripts;  // tried before the default script
+
+    // What the steps read, and the time that a scan goes by.
+    Host host;
+    Clock clock;
 
     // The text of the last error; nothing prints it.
     char error_text[4096] = "";

@@ -9,8 +9,8 @@
 #include "calc/tarn_hwcalc.h"
 #include "driver/options.h"
 #include "driver/output.h"
-#include "driver/process_setup.h"
-#include "driver/progress_line.h"
+#include "kiln/process_setup.h"
+#include "calc/progress_line.h"
 #include "kiln/log.h"
 
 namespace {

@@ -3,13 +3,10 @@
 #include <getopt.h>
 
 #include <cstdio>
-#include <cstdlib>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 namespace {
-
-constexpr const char* version = "1.0";
 
 // What parse_args returns.
 constexpr int go_on = 0;
@@ -42,19 +39,18 @@ int set_span(const char* name, const char* arg, int* seconds) {
     return usage_error;
 }
 
-// The value is stored before it is checked, and a NaN passes the check.
 int set_scale(const char* name, const char* arg, float* scale) {
-    char* end = nullptr;
-    *scale = std::strtof(arg, &end);
-    if (*end != '\0') {
-        std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
-        return usage_error;
+    switch (parse_scale(arg, scale)) {
+        case ScaleError::none:
+            return go_on;
+        case ScaleError::not_a_number:
+            std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
+            break;
+        case ScaleError::not_positive:
+            std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
+            break;
     }
-    if (0 >= *scale) {
-        std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
-        return usage_error;
-    }
-    return go_on;
+    return usage_error;
 }
 
 int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* calc,
@@ -139,5 +135,5 @@ void print_usage(const char* progname) {
 }
 
 void print_version() {
-    std::printf("Corvane hardware configuration calculator v. %s\n", version);
+    std::printf("Corvane hardware configuration calculator v. %s\n", TARN_VERSION);
 }

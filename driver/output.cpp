@@ -56,12 +56,6 @@ int write_configuration(const std::string& path, const std::string& text) {
 }
 
 void list_notes(const TarnACalculateHWNodeNotes& notes) {
-    std::string text;
-    for (const TarnACalculateHWNodeWarning& warning : notes.warnings) {
-        text.append(warning.message).append("\n");
-    }
-    for (const TarnAExcludePath& exclude : notes.excludes) {
-        text.append(exclude.path).append("\n");
-    }
+    const std::string text = notes_text(notes);
     Kiln::write_all(STDERR_FILENO, text.data(), text.size());
 }

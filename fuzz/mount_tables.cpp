@@ -1,7 +1,4 @@
 // Mount tables with the kernel's list of file system types, and the paths that they exclude.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -10,17 +7,6 @@
 #include "inspect/mount_table.h"
 
 namespace {
-
-std::vector<MountEntry> entries_of(const std::string& table) {
-    const int fd = memfd_create("table", 0);
-    fuzz::require(fd >= 0, "the machine has room for a table");
-    const ssize_t written = write(fd, table.data(), table.size());
-    fuzz::require(written == static_cast<ssize_t>(table.size()), "the table is written");
-    std::vector<MountEntry> entries;
-    read_mount_table(("/proc/self/fd/" + std::to_string(fd)).c_str(), entries);
-    close(fd);
-    return entries;
-}
 
 // Whether the mount at `ancestor` hides the one at `path`, which lies below it.
 bool hides(const MntFlags& above, const std::string& ancestor, const MntFlags& below,
@@ -63,7 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string> parts = fuzz::sections(data, size, 2);
     const FsTypeTable types = parse_filesystem_types(parts[0]);
     MountFindings findings;
-    for (const MountEntry& entry : entries_of(parts[1])) {
+    for (const MountEntry& entry : parse_mount_table(parts[1])) {
         note_mount(entry, types, findings);
     }
     const ExcludeTable reduced = refactor_excludes(findings.candidates);

@@ -1,12 +1,11 @@
-// The distribution step: asks a detection script which distribution the host runs.
+#include "inspect/distribution.h"
+
 #include <unistd.h>
 
 #include <cstdint>
 #include <limits>
-#include <string>
-#include <vector>
+#include <optional>
 
-#include "calc/tarn_hwcalc.h"
 #include "kiln/caller_exec.h"
 #include "kiln/connector.h"
 #include "kiln/environment.h"
@@ -15,28 +14,24 @@
 
 namespace {
 
-// The doubled slash is meant: the warning shows the path as it stands.
-constexpr const char* default_script = "/tmp//usr/local/share/tarnp2v/distdetect-common.sh";
-
 constexpr std::int32_t distribution_warning_code = 0;
 
-// Runs the script and stores its answer, without any blanks. Returns false, with `answer`
-// unchanged, when it cannot be run or does not exit with 0.
-bool ask_script(const std::string& script, std::string& answer) {
+// What the script prints, without any blanks; nothing when it cannot be run or does not exit with
+// 0.
+std::optional<std::string> ask_script(const std::string& script) {
     Kiln::CtoDynaBuf output(std::numeric_limits<unsigned long>::max(), true, nullptr, -1);
     std::vector<Kiln::Connector*> connectors = {nullptr, &output, nullptr};
-    Kiln::CallerExec caller("sh", {script}, Kiln::current_environment(), {"", false});
     try {
+        Kiln::CallerExec caller("sh", {script}, Kiln::current_environment(), {"", false});
         caller.call(connectors);
+        if (caller.getStatus() != 0) {
+            return std::nullopt;
+        }
     } catch (const Kiln::Error&) {
-        return false;  // the next script may do better; a missing answer is reported once
-    }
-    if (caller.getStatus() != 0) {
-        return false;
+        return std::nullopt;  // the next script may do better; a missing answer is reported once
     }
     Kiln::collapse(output.buffer);
-    answer = output.buffer;
-    return true;
+    return output.buffer;
 }
 
 std::string missing_answer_text(bool found_any, const std::vector<std::string>& scripts) {
@@ -49,22 +44,24 @@ std::string missing_answer_text(bool found_any, const std::vector<std::string>& 
 
 }  // namespace
 
-std::string TarnHWCalc::getDistribution(Warnings& warnings) const {
-    std::vector<std::string> scripts = dist_detect_scripts;
-    scripts.emplace_back(default_script);
+DistributionFinding detect_distribution(const Host& host, const std::vector<std::string>& scripts) {
+    std::vector<std::string> candidates = scripts;
+    candidates.push_back(host.paths.detect_script);
+    DistributionFinding finding;
     bool found_any = false;
-    std::string distribution;
-    for (const std::string& script : scripts) {
+    for (const std::string& script : candidates) {
         if (access(script.c_str(), F_OK) != 0) {
             continue;
         }
         found_any = true;
-        if (ask_script(script, distribution)) {
+        if (const std::optional<std::string> answer = ask_script(script)) {
+            finding.name = *answer;
             break;  // an empty answer ends the search as well
         }
     }
-    if (distribution.empty()) {
-        warnings.push_back({distribution_warning_code, missing_answer_text(found_any, scripts)});
+    if (finding.name.empty()) {
+        finding.warnings.push_back(
+            {distribution_warning_code, missing_answer_text(found_any, candidates)});
     }
-    return distribution;
+    return finding;
 }

@@ -16,7 +16,7 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-// Plain substring tests on purpose: "noloop" counts as a loop mount and "fuseblk" as fuse.
+// Plain substring tests, as required: "noloop" counts as a loop mount.
 bool is_detached(const MountEntry& entry) {
     return contains(entry.device, "/fd") || contains(entry.device, "/loop") ||
            contains(entry.options, "loop") || contains(entry.options, "bind") ||
@@ -46,7 +46,7 @@ std::optional<MntFlags> classify(const MountEntry& entry, const FsTypeTable& typ
 }
 
 // Only mounts of kernel file systems hide what lies below them; a mount excluded whole survives
-// exactly two levels (ancestor/x/y) below such a one. Both are meant.
+// exactly two levels (ancestor/x/y) below such a one. Both are required.
 bool covers(const MntFlags& ancestor, const MntFlags& flags, std::string_view below) {
     if (ancestor.flag) {
         return false;
@@ -55,34 +55,14 @@ bool covers(const MntFlags& ancestor, const MntFlags& flags, std::string_view be
     return !ancestor.contents_only || flags.contents_only || !two_below;
 }
 
-std::size_t common_length(std::string_view a, std::string_view b) {
-    const std::size_t limit = std::min(a.size(), b.size());
-    const auto end = a.begin() + static_cast<std::ptrdiff_t>(limit);
-    return static_cast<std::size_t>(std::mismatch(a.begin(), end, b.begin()).first - a.begin());
-}
-
-// Whether a proper ancestor of `path` in the table covers it, the shortest ancestor first (that of
-// an absolute path is the empty text). Prefixes that cannot be in the table, because its next key
-// lies behind them, are skipped: a deep path costs a look-up for each neighbour it meets, not for
-// each level.
+// Whether a proper ancestor of `path` in the table covers it. That of an absolute path begins with
+// the empty text.
 bool is_covered(const ExcludeTable& table, std::string_view path, const MntFlags& flags) {
-    std::size_t slash = path.find('/');
-    while (slash != std::string_view::npos) {
-        const auto next = table.lower_bound(path.substr(0, slash));
-        if (next == table.end()) {
-            return false;
-        }
-        const std::string_view key = next->first;
-        const std::size_t common = common_length(key, path);
-        if (common == key.size() && common == slash) {
-            if (covers(next->second, flags, path.substr(slash))) {
-                return true;
-            }
-            slash = path.find('/', slash + 1);
-        } else if (common < key.size() && path.substr(common) < key.substr(common)) {
-            return false;
-        } else {
-            slash = path.find('/', std::max(common, slash + 1));
+    for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
+         slash = path.find('/', slash + 1)) {
+        const auto ancestor = table.find(path.substr(0, slash));
+        if (ancestor != table.end() && covers(ancestor->second, flags, path.substr(slash))) {
+            return true;
         }
     }
     return false;
@@ -102,21 +82,19 @@ void note_mount(const MountEntry& entry, const FsTypeTable& types, MountFindings
     }
 }
 
-void add_exclude_dir(ExcludeTable& table, const std::string& path, const MntFlags& flags) {
-    std::string_view bare = path;
-    while (bare.size() > 1 && bare.back() == '/') {
-        bare.remove_suffix(1);
+void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flags) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
     }
-    if (bare == "/" || !contains(bare, "/")) {
+    if (path == "/" || !contains(path, "/")) {
         return;
     }
     const auto root = table.find(std::string_view("/"));
     if (root != table.end() && !root->second.flag) {
         return;
     }
-    if (!is_covered(table, bare, flags)) {
-        // Paths mostly come in ascending order: a new one goes behind all others.
-        table.insert_or_assign(table.end(), std::string(bare), flags);
+    if (!is_covered(table, path, flags)) {
+        table[path] = flags;
     }
 }
 

@@ -35,7 +35,7 @@ void note_mount(const MountEntry& entry, const FsTypeTable& types, MountFindings
 
 // Adds one path to a reduced table, without its trailing slashes, unless it is the root, a single
 // word or covered by an entry of the table. Replaces an entry of the same path.
-void add_exclude_dir(ExcludeTable& table, const std::string& path, const MntFlags& flags);
+void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flags);
 
 // The candidates that no other candidate covers.
 ExcludeTable refactor_excludes(const ExcludeTable& candidates);

@@ -2,33 +2,40 @@
 
 #include <mntent.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <memory>
+#include <cstring>
+#include <new>
+#include <utility>
 
+#include "kiln/files.h"
+#include "kiln/owners.h"
 #include "kiln/strings.h"
 
-namespace {
-
-struct MountTableCloser {
-    void operator()(std::FILE* table) const { endmntent(table); }
-};
-
-}  // namespace
-
 // A line reads: /dev/sda1 /srv/my\040data ext4 rw,relatime,usrquota 0 0
-int read_mount_table(const char* path, std::vector<MountEntry>& entries) {
-    // setmntent adds close-on-exec to the mode by itself.
-    const std::unique_ptr<std::FILE, MountTableCloser> table(setmntent(path, "r"));
-    if (!table) {
-        return errno;
+std::vector<MountEntry> parse_mount_table(std::string text) {
+    if (text.empty()) {
+        return {};  // some versions of the call below refuse it
     }
-    // The reader cuts a line at 4095 characters; what lies behind (the end of very long options)
-    // does not count, as for every other program that uses it.
+    const Kiln::File table(fmemopen(text.data(), text.size(), "r"));
+    if (!table) {
+        throw std::bad_alloc();
+    }
+    std::vector<MountEntry> entries;
+    // The system's reader cuts a line at 4095 characters; what lies behind (the end of very long
+    // options) does not count, as for every other program that uses it.
     while (const mntent* entry = getmntent(table.get())) {
         entries.push_back({entry->mnt_fsname, entry->mnt_dir, entry->mnt_type, entry->mnt_opts});
     }
-    return 0;
+    return entries;
+}
+
+// The text is read as a whole first: the system's reader takes a read error for the end.
+Kiln::Result<std::vector<MountEntry>> read_mount_table(const std::string& path) {
+    std::string text;
+    if (const int error = Kiln::get_file(path, text)) {
+        return Kiln::Reason{std::strerror(error)};
+    }
+    return parse_mount_table(std::move(text));
 }
 
 // Lines read "nodev\tproc" or "\text4".

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "kiln/result.h"
+
 // One line of a mount table, its octal escapes decoded; a missing field is empty.
 struct MountEntry {
     std::string device;
@@ -17,10 +19,13 @@ struct MountEntry {
 // File system type to whether the kernel marks it "nodev" (it needs no block device).
 using FsTypeTable = std::map<std::string, bool>;
 
-// Appends the entries of the mount table at `path`, in its order; comments and empty lines are left
-// out. Returns 0, or the system error number when the table cannot be opened; a table that opens
-// but cannot be read (a directory) holds no entries.
-int read_mount_table(const char* path, std::vector<MountEntry>& entries);
+// The entries of a mount table's text, in its order; comments and empty lines are left out, and
+// so are automounter lines with the option "ignore".
+std::vector<MountEntry> parse_mount_table(std::string text);
+
+// The entries of the table at `path`. The reason why it cannot be opened or read to its end is the
+// system's text alone.
+Kiln::Result<std::vector<MountEntry>> read_mount_table(const std::string& path);
 
 // The types listed in the text of /proc/filesystems; a line without a second field names none.
 FsTypeTable parse_filesystem_types(const std::string& text);

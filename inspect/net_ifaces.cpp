@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "calc/tarn_hwcalc.h"
 #include "tarnnet.h"
 
 namespace {
@@ -36,20 +35,21 @@ NetIface make_net_iface(const tarnnetif_info& record) {
     return iface;
 }
 
-int TarnHWCalc::getNetIfaces(Warnings& /*warnings*/, NetIfaceList& ifaces) {
+Kiln::Result<NetIfaceList> list_net_ifaces() {
     tarnnet_filter* filter =
         tarnnet_get_simple_filter(wanted_kinds, nullptr, nullptr, nullptr, host_id, host_id);
     if (filter == nullptr) {
-        return setError(ERR_NETCONF, "Error: Could not alloc memory!");
+        return Kiln::Reason{"Error: Could not alloc memory!"};
     }
     const std::unique_ptr<tarnnet_info, ResultReleaser> result(
         tarnnet_get_info(TARNNET_EVERYTHING, filter));
     tarnnet_release_filter(filter);
     if (!result || *result->records == nullptr) {
-        return setError(ERR_NETCONF, "Error: Could not get network configuration!");
+        return Kiln::Reason{"Error: Could not get network configuration!"};
     }
+    NetIfaceList ifaces;
     for (tarnnetif_info** record = result->records; *record != nullptr; ++record) {
         ifaces.push_back(make_net_iface(**record));
     }
-    return 0;
+    return ifaces;
 }

@@ -1,11 +1,10 @@
-// The quota step: how many users and groups of the host have quota records.
-#include <cstdint>
-#include <cstring>
+#include "inspect/quota_count.h"
+
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
-#include "calc/tarn_hwcalc.h"
 #include "inspect/mount_table.h"
 #include "inspect/quota_mgmt.h"
 #include "kiln/strings.h"
@@ -14,8 +13,8 @@ namespace {
 
 constexpr const char* old_style_option = "quota";
 
-// The first option that switches quotas on, or the empty text. Later ones do not count on purpose:
-// "usrquota,quota" is not the old style.
+// The first option that switches quotas on, or the empty text. It alone tells the style:
+// "usrquota,quota" is not the old one.
 std::string quota_option(const MountEntry& entry) {
     for (const std::string& option : Kiln::split(",", entry.options, 0)) {
         if (option == "usrquota" || option == "grpquota" || option == old_style_option) {
@@ -25,52 +24,50 @@ std::string quota_option(const MountEntry& entry) {
     return {};
 }
 
+struct QuotaIds {
+    std::set<std::uint32_t> users;
+    std::set<std::uint32_t> groups;
+};
+
 void add_ids(const Quotas& records, std::set<std::uint32_t>& ids) {
     for (const auto& record : records.quotas) {
         ids.insert(record.first);
     }
 }
 
-// The ids that have quota records on any of the devices. A device whose quotas cannot be read adds
-// nothing; that has been logged.
-void collect_ids(const std::vector<std::string>& devices, std::set<std::uint32_t>& user_ids,
-                 std::set<std::uint32_t>& group_ids) {
+// Adds the ids that have quota records on the device; none when they cannot be read, which has been
+// logged then.
+void add_device(const QuotaMgmt& quota_mgmt, const std::string& device, QuotaIds& ids) {
+    std::string limits;
+    std::string graces;
+    if (quota_mgmt.quota_get_phys(device.c_str(), limits, graces) != 0) {
+        return;
+    }
     Quotas users;
     Quotas groups;
-    for (const std::string& device : devices) {
-        std::string limits;
-        std::string graces;
-        if (QuotaMgmt::quota_get_phys(device.c_str(), limits, graces) != 0) {
-            continue;
-        }
-        QuotaMgmt::limits_parse_phys(limits, &users, &groups);
-        add_ids(users, user_ids);
-        add_ids(groups, group_ids);
-    }
+    QuotaMgmt::limits_parse_phys(limits, &users, &groups);
+    add_ids(users, ids.users);
+    add_ids(groups, ids.groups);
 }
 
 }  // namespace
 
-int TarnHWCalc::calcQuotaUGIDLimit(PhysParams* params) {
-    std::vector<MountEntry> mounts;
-    if (const int error = read_mount_table("/etc/mtab", mounts)) {
-        return setError(ERR_MTAB, "Error opening '/etc/mtab': %s", std::strerror(error));
+Kiln::Result<std::uint32_t> count_quota_ids(const Host& host) {
+    const auto table = read_mount_table(host.paths.mtab);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&table)) {
+        return Kiln::Reason{"Error opening '/etc/mtab': " + reason->text};
     }
-    std::vector<std::string> devices;
+    const QuotaMgmt quota_mgmt(host);
+    QuotaIds ids;
     bool old_style = false;
-    for (const MountEntry& mount : mounts) {
+    for (const MountEntry& mount : std::get<std::vector<MountEntry>>(table)) {
         const std::string option = quota_option(mount);
         if (!option.empty()) {
-            devices.push_back(mount.device);
+            add_device(quota_mgmt, mount.device, ids);
             old_style = old_style || option == old_style_option;
         }
     }
-    std::set<std::uint32_t> user_ids;
-    std::set<std::uint32_t> group_ids;
-    collect_ids(devices, user_ids, group_ids);
-    const auto users = static_cast<std::uint32_t>(user_ids.size());
-    const auto groups = static_cast<std::uint32_t>(group_ids.size());
-    // The old style does not tell the kinds apart: as many groups as users are expected.
-    params->quotaugidlimit = static_cast<std::int32_t>(users + (old_style ? users : groups));
-    return 0;
+    const auto users = static_cast<std::uint32_t>(ids.users.size());
+    const auto groups = static_cast<std::uint32_t>(ids.groups.size());
+    return old_style ? 2 * users : users + groups;
 }

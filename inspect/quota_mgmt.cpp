@@ -7,14 +7,15 @@
 #include <cstring>
 #include <vector>
 
+#include "inspect/shell_word.h"
 #include "kiln/files.h"
 #include "kiln/log.h"
-#include "kiln/runscript.h"
 #include "kiln/strings.h"
 
 namespace {
 
-constexpr const char* live_mount_table = "/etc/mtab";
+// What the messages call the live mount table.
+constexpr const char* table_name = "/etc/mtab";
 
 enum MountField : std::size_t { device_field = 0, mount_point_field = 1, options_field = 3 };
 
@@ -40,10 +41,10 @@ std::vector<std::string> find_mount_line(const std::string& table, const struct 
 }
 
 // Appends what `command` prints to `output`. Returns 0, or -1 after logging the failure.
-int append_output(const std::string& command, std::string& output) {
+int append_output(const RunCommand& run, const std::string& command, std::string& output) {
     std::string printed;
     std::string complaint;
-    if (runscript(command, printed, complaint) != 0) {
+    if (run(command, printed, complaint) != 0) {
         return err(-1, 0, "Error running '%s':\n%s", command.c_str(), complaint.c_str());
     }
     output += printed;
@@ -53,7 +54,7 @@ int append_output(const std::string& command, std::string& output) {
 }  // namespace
 
 int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
-                                     std::string* mount_point) {
+                                     std::string* mount_point) const {
     usr = false;
     grp = false;
     struct stat wanted {};
@@ -61,13 +62,12 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
         return err(-1, 0, "Partition or mount point '%s' does not exist", name);
     }
     std::string table;
-    if (const int error = Kiln::get_file(live_mount_table, table)) {
-        return err(-1, 0, "Error reading '%s': %s", live_mount_table, std::strerror(error));
+    if (const int error = Kiln::get_file(host_.paths.mtab, table)) {
+        return err(-1, 0, "Error reading '%s': %s", table_name, std::strerror(error));
     }
     const std::vector<std::string> fields = find_mount_line(table, wanted);
     if (fields.empty()) {
-        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name,
-                   live_mount_table);
+        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name, table_name);
     }
     for (const std::string& option : Kiln::split(",", fields[options_field], 0)) {
         usr = usr || option == "usrquota" || option == "quota";
@@ -77,7 +77,7 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
     return 0;
 }
 
-int QuotaMgmt::quota_get_phys(const char* device, std::string& limits, std::string& graces) {
+int QuotaMgmt::quota_get_phys(const char* device, std::string& limits, std::string& graces) const {
     bool usr = false;
     bool grp = false;
     std::string mount_point;
@@ -87,14 +87,20 @@ int QuotaMgmt::quota_get_phys(const char* device, std::string& limits, std::stri
     limits.clear();
     graces.clear();
     const std::string kinds = std::string(usr ? "u" : "") + (grp ? "g" : "");
+    // Whoever owns a directory above a mount point can rename it, and root's shell reads the name.
+    if (!kinds.empty() && !is_plain_shell_word(mount_point)) {
+        return err(-1, 0, "The shell would act on the mount point '%s' of '%s': not asked",
+                   mount_point.c_str(), device);
+    }
     for (const char kind : kinds) {
         // Numeric ids, all of them, with the header lines.
-        if (append_output(std::string("repquota -") + kind + "nv " + mount_point, limits) != 0) {
+        if (append_output(host_.run, std::string("repquota -") + kind + "nv " + mount_point,
+                          limits) != 0) {
             return -1;
         }
         // The editor of the grace periods, with a printer as its editor: it changes nothing.
         const std::string editor = std::string("VISUAL=cat EDITOR=cat edquota -") + kind + "tf ";
-        if (append_output(editor + mount_point, graces) != 0) {
+        if (append_output(host_.run, editor + mount_point, graces) != 0) {
             return -1;
         }
     }

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
+
+#include "inspect/host.h"
 
 // A limit of one resource. Zero means none.
 struct QLimit {
@@ -34,19 +37,21 @@ struct Quotas {
     std::uint64_t inode_grace = 0;
 };
 
-// Holds nothing; the operations are grouped here. Those that return an int return 0 on success.
+// The quota operations of one host. Those that return an int return 0 on success.
 class QuotaMgmt {
 public:
+    explicit QuotaMgmt(Host host = {}) : host_(std::move(host)) {}
+
     // Whether user and group quotas are switched on for `name`, a device or a mount point, and
     // where it is mounted, from the live mount table. Returns -1 after logging why; the two flags
     // are then false and the mount point is as it was.
-    static int quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
-                                     std::string* mount_point);
+    int quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
+                              std::string* mount_point) const;
 
     // The raw reports of the quota tools for a device: `limits` of the ids and `graces` of the
-    // whole file system, users first, empty without quotas. Returns -1 after logging why; the two
-    // texts are then not to be used.
-    static int quota_get_phys(const char* device, std::string& limits, std::string& graces);
+    // whole file system, users first, empty without quotas. A mount point that the shell would not
+    // hand on as it is fails. Returns -1 after logging why; the two texts are then not to be used.
+    int quota_get_phys(const char* device, std::string& limits, std::string& graces) const;
 
     // Replaces both record maps by what limit reports say; damaged lines give what can be read of
     // them. Always returns 0.
@@ -54,4 +59,7 @@ public:
 
     // A grace time as the tools print it ("6days", "23:59"), in seconds.
     static std::uint64_t grace_atoll(const char* text);
+
+private:
+    Host host_;
 };

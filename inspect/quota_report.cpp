@@ -19,8 +19,8 @@ struct GraceUnit {
     std::uint64_t seconds;
 };
 
-// As the tools print them; a singular ("1day") is none of them. The month is thirty weeks long on
-// purpose.
+// As the tools print them; a singular ("1day") is none of them. A month of thirty weeks is
+// required.
 constexpr GraceUnit grace_units[] = {
     {"seconds", 1},  {"minutes", 60},   {"hours", 3600},
     {"days", 86400}, {"weeks", 604800}, {"months", 18144000},
@@ -106,10 +106,6 @@ Quota parse_record(const std::string& line) {
     return quota;
 }
 
-bool contains(const std::string& line, const char* part) {
-    return line.find(part) != npos;
-}
-
 }  // namespace
 
 int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* grp) {
@@ -127,9 +123,9 @@ int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* g
             target->quotas[id] = parse_record(line);
             continue;
         }
-        if (contains(line, "user quotas")) {
+        if (line.find("user quotas") != npos) {
             target = usr;
-        } else if (contains(line, "group quotas")) {
+        } else if (line.find("group quotas") != npos) {
             target = grp;
         }
         if (first == '-') {

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <vector>
 
-#include "calc/tarn_hwcalc.h"
 #include "kiln/files.h"
 #include "kiln/strings.h"
 
@@ -44,9 +43,9 @@ NSAttrs parse_resolver(const std::string& text) {
     return attrs;
 }
 
-TarnHWCalc::NSAttrs TarnHWCalc::getNSAttrs(Warnings& /*warnings*/) const {
+NSAttrs read_resolver(const Host& host) {
     std::string text;
-    if (Kiln::get_file("/etc/resolv.conf", text) != 0) {
+    if (Kiln::get_file(host.paths.resolv_conf, text) != 0) {
         return {};
     }
     return parse_resolver(text);

@@ -1,21 +1,16 @@
 #include "kiln/caller_exec.h"
 
-#include <err.h>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstring>
 #include <ctime>
-#include <exception>
 #include <utility>
 
-#include "kiln/close_descriptors.h"
 #include "kiln/error.h"
 #include "kiln/files.h"
-#include "kiln/search_path.h"
 #include "kiln/sig_mask.h"
 
 namespace Kiln {
@@ -26,54 +21,11 @@ constexpr time_t poll_timeout_seconds = 1;
 constexpr int core_dump_bit = 0x80;
 constexpr int unknown_wait_status = 0x7f;  // neither an exit nor a signal
 
-void close_end(int& fd) noexcept {
-    if (fd >= 0) {
-        close(fd);
-    }
-    fd = -1;
-}
-
-pid_t wait_for(pid_t pid, int* status, int flags) {
-    pid_t result = -1;
-    do {
-        result = waitpid(pid, status, flags);
-    } while (result < 0 && errno == EINTR);
-    return result;
-}
-
-// Ends the child with a message that carries the system's error text. Not with the C library's
-// err(): its exit() would run the parent's exit handlers and write the parent's unflushed output
-// once more.
-[[noreturn]] void fail_kid(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-void fail_kid(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    vwarn(format, arguments);
-    va_end(arguments);
-    _exit(1);
-}
-
-void put_in_place(int fd, int wanted_fd) {
-    if (fd == wanted_fd) {
-        fcntl(fd, F_SETFD, 0);  // the copy made below loses the close-on-exec flag by itself
-        return;
-    }
-    while (dup2(fd, wanted_fd) < 0) {
-        if (errno != EINTR) {
-            fail_kid("Can't make dup2(%d, %d): %s", fd, wanted_fd, std::strerror(errno));
-        }
-    }
-    close(fd);
-}
-
-std::vector<char*> pointers_to(std::list<std::string>& strings) {
-    std::vector<char*> pointers;
-    for (std::string& s : strings) {
-        pointers.push_back(s.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
+void replace_disposition(int signal_number, void (*handler)(int), struct sigaction& old) {
+    struct sigaction action = {};
+    sigemptyset(&action.sa_mask);
+    action.sa_handler = handler;
+    sigaction(signal_number, &action, &old);
 }
 
 }  // namespace
@@ -88,10 +40,13 @@ CallerExec::CallerExec(const char* program_name, const std::list<std::string>& a
                        const std::list<std::string>& environment, Intrinsics options)
     : CallerBase(program_name, arguments, environment), intrinsics(std::move(options)) {}
 
+// The pipes go first, so that a child which waits for us to read or write ends.
 CallerExec::~CallerExec() {
-    closePipes_();
-    if (pid > 0 && !collected_) {
-        wait_for(pid, nullptr, 0);
+    for (auto& ends : pipes) {
+        ends[parent_end].reset();
+        ends[child_end].reset();
+    }
+    while (pid > 0 && !collected_ && askForChild_(0)) {
     }
 }
 
@@ -129,22 +84,22 @@ void CallerExec::openPipes_() {
             slot_connectors[nfds] = connectors[i];
             ++nfds;
         }
-        if (pipe2(pipes[i], O_CLOEXEC) != 0) {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) {
             throw Error(Error::CallerGenericError, "Can't create pipe for callee's %u fd: %s", i,
                         std::strerror(errno));
         }
+        // The parent writes to the child's standard input and reads from the two others.
+        const bool parent_writes = i == STDIN_FILENO;
+        pipes[i][parent_end].reset(ends[parent_writes ? 1 : 0]);
+        pipes[i][child_end].reset(ends[parent_writes ? 0 : 1]);
     }
-    std::swap(pipes[0][parent_end], pipes[0][child_end]);  // the one pipe that the parent writes to
 }
 
 void CallerExec::installDispositions_() {
-    struct sigaction action = {};
-    sigemptyset(&action.sa_mask);
-    action.sa_handler = SIG_IGN;
-    sigaction(SIGPIPE, &action, &old_sigpipe);
+    replace_disposition(SIGPIPE, SIG_IGN, old_sigpipe);
     sigchld_received = 0;  // whatever an earlier call left behind says nothing about this child
-    action.sa_handler = handle_CHLD;
-    sigaction(SIGCHLD, &action, &old_sigchld);
+    replace_disposition(SIGCHLD, handle_CHLD, old_sigchld);
 }
 
 void CallerExec::restoreDispositions_() const {
@@ -157,8 +112,8 @@ void CallerExec::doDad_() {
         if (connectors[i] == nullptr) {
             continue;
         }
-        close_end(pipes[i][child_end]);
-        const int fd = pipes[i][parent_end];
+        pipes[i][child_end].reset();
+        const int fd = pipes[i][parent_end].get();
         if (connectors[i]->pfd != nullptr) {  // null when no call() is running
             connectors[i]->pfd->fd = fd;
             connectors[i]->pfd->events = i == STDIN_FILENO ? POLLOUT : POLLIN;
@@ -171,64 +126,29 @@ void CallerExec::doDad_() {
     }
 }
 
-void CallerExec::doKid_() noexcept {
-    try {
-        connectKid_();
-        restoreDispositions_();
-        if (!intrinsics.work_dir.empty() && chdir(intrinsics.work_dir.c_str()) != 0) {
-            fail_kid("Can't chdir to %s: %s", intrinsics.work_dir.c_str(), std::strerror(errno));
-        }
-        execKid_();
-    } catch (const std::exception& exception) {
-        warnx("Can't execute %s: %s", program.c_str(), exception.what());
-    }
-    _exit(1);
-}
-
-// The parent may have been started without some of the descriptors 0 to 2, so the pipes may have
-// taken these numbers. Rising order keeps the ends apart: a pipe never holds a number that an
-// earlier one needs.
-void CallerExec::connectKid_() {
-    for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr) {
-            continue;
-        }
-        close_end(pipes[i][parent_end]);
-        put_in_place(pipes[i][child_end], static_cast<int>(i));
-    }
-    for (unsigned i = 0; i < fd_count; ++i) {
-        if (connectors[i] == nullptr) {
-            close(static_cast<int>(i));
-        }
-    }
-    close_descriptors_from(fd_count);
-}
-
-void CallerExec::execKid_() {
-    const std::string path = get_full_name(program.c_str(), env);
-    std::vector<char*> argv = pointers_to(args);
-    argv.insert(argv.begin(), program.data());
-    const std::vector<char*> envp = pointers_to(env);
-    execve(path.c_str(), argv.data(), envp.data());
-    fail_kid("Can't execute %s", program.c_str());
-}
-
 void CallerExec::doMainLoop_() {
     SigMask mask(std::vector<int>{SIGCHLD});
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
-        mask.block();
-        const int ready = pollEntries_(mask);
-        if (sigchld_received != 0 || (ask_again_ && ready <= 0)) {
-            collectChild_();
-        }
-        // Also lets in a SIGCHLD that the wait left pending because an entry was ready at once.
-        mask.unblock();
-        if (ready > 0) {
-            serveEntries_();
-        }
+        passLoop_(mask);
     }
-    waitForChild_();
+    while (!collected_) {
+        collectChild_(0);
+    }
     analyzeExitStatus_();
+}
+
+void CallerExec::passLoop_(SigMask& mask) {
+    mask.block();
+    const int ready = pollEntries_(mask);
+    if (sigchld_received != 0 || (missed_ && ready <= 0)) {
+        sigchld_received = 0;
+        collectChild_(WNOHANG);
+    }
+    // Also lets in a SIGCHLD that the wait left pending because an entry was ready at once.
+    mask.unblock();
+    if (ready > 0) {
+        serveEntries_();
+    }
 }
 
 // Waits until an entry is ready or a child ends. The wait itself lifts the block, so a child that
@@ -244,40 +164,6 @@ int CallerExec::pollEntries_(const SigMask& mask) {
     return ready;
 }
 
-void CallerExec::collectChild_() {
-    sigchld_received = 0;
-    if (collected_) {
-        return;
-    }
-    int answer = 0;
-    const pid_t result = wait_for(pid, &answer, WNOHANG);
-    if (result < 0 && errno != ECHILD) {
-        throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
-    }
-    if (result < 0) {
-        missChild_();
-        return;
-    }
-    // Also when the child still runs (0); its true end is then awaited after the loop.
-    reaped = true;
-    if (result > 0) {
-        wait_status = answer;
-        collected_ = true;
-    }
-}
-
-// The kernel says that there is no such child. Once may be a mistake, so it is asked again after
-// the next wait that finds no entry ready, be it interrupted. If it insists when nothing is left to
-// read, somebody else has taken the child's status.
-void CallerExec::missChild_() {
-    if (ask_again_ && nfds == 0) {
-        wait_status = unknown_wait_status;
-        reaped = true;
-        collected_ = true;
-    }
-    ask_again_ = true;
-}
-
 void CallerExec::serveEntries_() {
     for (unsigned i = 0; i < nfds; ++i) {
         if (pollfds[i].revents != 0 && slot_connectors[i]->process() < 1) {
@@ -289,8 +175,8 @@ void CallerExec::serveEntries_() {
 // The last entry moves into the free place, where it is served in the next pass.
 void CallerExec::dropEntry_(unsigned index) {
     for (auto& ends : pipes) {
-        if (ends[parent_end] == pollfds[index].fd) {
-            close_end(ends[parent_end]);
+        if (ends[parent_end].get() == pollfds[index].fd) {
+            ends[parent_end].reset();
         }
     }
     const unsigned last = --nfds;
@@ -303,31 +189,39 @@ void CallerExec::dropEntry_(unsigned index) {
     slot_connectors[last] = nullptr;
 }
 
-// A SIGCHLD that somebody sent, or a child that was merely stopped, ends the loop early; the true
-// status is fetched here. The pipes go first, so that a child which waits for us to read ends too.
-void CallerExec::waitForChild_() {
-    if (collected_) {
-        return;
-    }
-    closePipes_();
-    pid_t result = wait_for(pid, &wait_status, 0);
-    if (result < 0 && errno == ECHILD) {
-        result = wait_for(pid, &wait_status, 0);
-    }
+// Asks the kernel for the child's end. Returns false, with errno set, when the kernel cannot tell.
+//
+// A child that the kernel does not know: the first such answer is ignored, for it may be a mistake,
+// and the child is asked for again as soon as a wait finds nothing to read. The second one means
+// that somebody else has taken the child's status. The child is gone then and counts as ended
+// neither by an exit nor by a signal; what its pipes hold is read as ever.
+//
+// A child that lives on (a SIGCHLD that somebody sent, or a stop seen because the child is traced)
+// is "reaped" in that the loop goes on for the pipes alone and the true end is awaited behind it.
+// Not with stop_on_exit, where the pipes of a healthy child would be closed.
+bool CallerExec::askForChild_(int wait_flags) noexcept {
+    int answer = unknown_wait_status;
+    pid_t result = -1;
+    do {
+        result = waitpid(pid, &answer, wait_flags);
+    } while (result < 0 && errno == EINTR);
     if (result < 0 && errno != ECHILD) {
-        throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
+        return false;
     }
-    if (result < 0) {
-        wait_status = unknown_wait_status;
+    const bool missing = result < 0;
+    const bool ended = result > 0 && (WIFEXITED(answer) || WIFSIGNALED(answer));
+    if (ended || (missing && missed_)) {
+        wait_status = answer;
+        collected_ = true;
     }
-    collected_ = true;
+    missed_ = missed_ || missing;
+    reaped = reaped || collected_ || (!missing && !intrinsics.stop_on_exit);
+    return true;
 }
 
-void CallerExec::closePipes_() noexcept {
-    nfds = 0;
-    for (auto& ends : pipes) {
-        close_end(ends[parent_end]);
-        close_end(ends[child_end]);
+void CallerExec::collectChild_(int wait_flags) {
+    if (!collected_ && !askForChild_(wait_flags)) {
+        throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
     }
 }
 
@@ -346,7 +240,7 @@ std::string CallerExec::getCoreDumpName() const {
         return {};
     }
     std::string uses_pid;
-    if (get_file("/proc/sys/kernel/core_uses_pid", uses_pid) != 0 || uses_pid.empty()) {
+    if (get_file(intrinsics.paths.core_uses_pid, uses_pid) != 0 || uses_pid.empty()) {
         uses_pid = "0";
     }
     if (uses_pid[0] == '0') {

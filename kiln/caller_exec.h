@@ -1,6 +1,7 @@
 // CallerExec: runs a program as a child process, moving bytes between it and up to three connectors
-// until it has ended. One object serves one call. Not for more than one thread: the process has one
-// flag that says "some child ended".
+// until it has ended. One object serves one call. Not re-entrant: a call replaces the process's
+// dispositions of SIGPIPE and SIGCHLD and uses its one flag that says "some child ended", so there
+// is one call at a time, by one thread, and none from a connector or a signal handler.
 #pragma once
 
 #include <poll.h>
@@ -12,6 +13,8 @@
 
 #include "kiln/caller.h"
 #include "kiln/connector.h"
+#include "kiln/owners.h"
+#include "kiln/paths.h"
 
 namespace Kiln {
 
@@ -23,12 +26,14 @@ public:
         std::string work_dir;  // where the child runs; empty for where the caller runs
         bool stop_on_exit =
             false;  // end with the child, even when others still hold its pipes open
+        Paths paths = {};
     };
 
     CallerExec(const char* program_name, const std::list<std::string>& arguments,
                const std::list<std::string>& environment, Intrinsics options);
 
-    // Gives back what a failed call left open: the pipes, and the child, which is waited for.
+    // Gives back what the call left open: the pipes, and after a failed one the child, which is
+    // waited for.
     ~CallerExec() override;
 
     // Makes the pipes and forks. All failures of the calling side, here and in the loop, are a
@@ -58,7 +63,7 @@ protected:
     int wait_status = 0;           // as waitpid() stores it
     bool exited_normally = false;  // the child ended by exit
     int term_signal = 0;           // the signal that ended the child, 0 for none
-    bool reaped = false;           // waitpid() has answered without failing
+    bool reaped = false;           // the loop need not wait for the child any more
 
 private:
     static constexpr unsigned fd_count = 3;
@@ -73,25 +78,24 @@ private:
     void connectKid_();
     void execKid_();
 
+    void passLoop_(SigMask& mask);
     int pollEntries_(const SigMask& mask);
-    void collectChild_();
-    void missChild_();
     void serveEntries_();
     void dropEntry_(unsigned index);
-    void waitForChild_();
-    void closePipes_() noexcept;
+    bool askForChild_(int wait_flags) noexcept;
+    void collectChild_(int wait_flags);
 
     Connector* connectors[fd_count] = {};
     pollfd pollfds[fd_count] = {};
     unsigned nfds = 0;
-    int pipes[fd_count][2] = {{-1, -1}, {-1, -1}, {-1, -1}};
+    Descriptor pipes[fd_count][2];
     Connector* slot_connectors[fd_count] = {};
     struct sigaction old_sigpipe = {};
     struct sigaction old_sigchld = {};
     Intrinsics intrinsics;
 
     bool collected_ = false;  // the child is truly gone, its status known as far as it can be
-    bool ask_again_ = false;  // the kernel has denied the child once
+    bool missed_ = false;     // the kernel has said once that there is no such child
 };
 
 }  // namespace Kiln

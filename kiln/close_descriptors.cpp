@@ -1,10 +1,10 @@
 #include "kiln/close_descriptors.h"
 
-#include <dirent.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include "kiln/numbers.h"
+#include "kiln/owners.h"
 
 namespace Kiln {
 
@@ -30,25 +30,24 @@ void close_up_to_limit(int first) {
 
 }  // namespace
 
-void close_descriptors_one_by_one(int first) {
-    DIR* directory = opendir("/proc/self/fd");
+void close_descriptors_one_by_one(int first, const char* listing) {
+    const Directory directory(opendir(listing));
     if (directory == nullptr) {
         close_up_to_limit(first);
         return;
     }
     // The listing goes by rising numbers, so closing what it has named does not disturb it.
-    while (const dirent* entry = readdir(directory)) {
+    while (const dirent* entry = readdir(directory.get())) {
         const int fd = leading_int(entry->d_name);
-        if (fd >= first && fd != dirfd(directory)) {
+        if (fd >= first && fd != dirfd(directory.get())) {
             close(fd);
         }
     }
-    closedir(directory);
 }
 
-void close_descriptors_from(int first) {
+void close_descriptors_from(int first, const char* listing) {
     if (!close_range_from(first)) {
-        close_descriptors_one_by_one(first);
+        close_descriptors_one_by_one(first, listing);
     }
 }
 

@@ -52,7 +52,7 @@ long CtoDynaBuf::process() {
 }
 
 long CfromStaticBuf::process() {
-    // From the start of the area each time, not from `written` on; kept as designed.
+    // From the start of the area each time, not from `written` on: that is the class's contract.
     const ssize_t count = write(pfd->fd, data, std::min(chunk_size, size - written));
     if (count < 0 && errno != EINTR) {
         return -errno;

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace Kiln {
@@ -35,6 +36,9 @@ public:
     // descriptor is closed when the copying fails, and stays the caller's otherwise.
     CtoDynaBuf(unsigned long limit, bool drain, pollfd* entry, int tee)
         : Connector(entry), max_size(limit), keep_draining(drain), tee_fd(tee) {}
+
+    // Keeps everything.
+    CtoDynaBuf() : CtoDynaBuf(std::numeric_limits<unsigned long>::max(), true, nullptr, -1) {}
 
     // The bytes read (which may exceed what was kept), 0 at the end of the data or when reading
     // stops, 1 with nothing read after an interruption, or a negated error number.

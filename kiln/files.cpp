@@ -5,18 +5,20 @@
 
 #include <cerrno>
 
+#include "kiln/owners.h"
+
 namespace Kiln {
 
 namespace {
 
 constexpr std::size_t piece_size = 65536;
 
-int open_for_reading(const char* path) {
+Descriptor open_for_reading(const char* path) {
     int fd = -1;
     do {
         fd = open(path, O_RDONLY | O_CLOEXEC);
     } while (fd < 0 && errno == EINTR);
-    return fd;
+    return Descriptor(fd);
 }
 
 // Appends everything up to the end of the file. The size that the file system reports is not asked
@@ -36,26 +38,15 @@ int append_rest(int fd, std::string& out) {
     }
 }
 
-// Closes the descriptor also when appending runs out of memory.
-struct Descriptor {
-    explicit Descriptor(int descriptor) : fd(descriptor) {}
-    ~Descriptor() { close(fd); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    const int fd;
-};
-
 }  // namespace
 
 int get_file(const std::string& path, std::string& out) {
-    const int fd = open_for_reading(path.c_str());
-    if (fd < 0) {
+    const Descriptor file = open_for_reading(path.c_str());
+    if (!file) {
         return errno;
     }
-    const Descriptor owner(fd);
     out.clear();
-    return append_rest(fd, out);
+    return append_rest(file.get(), out);
 }
 
 int setFDNonblock(int fd) {

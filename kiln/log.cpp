@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 
@@ -66,8 +67,8 @@ void log_ap(int level, int errnum, const char* format, std::va_list arguments) {
         write_console(level, message);
     }
     if (state.enabled != 0 && state.log_file != nullptr && level <= state.level) {
-        write_time_stamp(state.log_file);
-        write_line(state.log_file, level, message);
+        write_time_stamp(state.log_file.get());
+        write_line(state.log_file.get(), level, message);
     }
     if (level < 0) {
         std::memcpy(error_buffer, message, sizeof error_buffer);
@@ -92,14 +93,11 @@ int err(int status, int errnum, const char* format, ...) {
 
 int log_set_file(const char* path) {
     LogState& state = log_state();
-    if (state.log_file != nullptr) {
-        std::fclose(state.log_file);
-    }
-    state.log_file = nullptr;
+    state.log_file.reset();
     if (path == nullptr) {
         return 0;
     }
-    state.log_file = std::fopen(path, "ae");
+    state.log_file.reset(std::fopen(path, "ae"));
     if (state.log_file == nullptr) {
         return err(-1, errno, "unable to open log file: %s", path);
     }

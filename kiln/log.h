@@ -7,14 +7,15 @@
 #pragma once
 
 #include <cstdarg>
-#include <cstdio>
+
+#include "kiln/owners.h"
 
 struct LogState {
-    std::FILE* log_file = nullptr;  // opened for appending by log_set_file, which also closes it
-    int enabled = 1;  // 0 silences console and file; errors still reach the error buffer
-    int quiet = 0;    // non-zero silences the console
-    int verbose = 3;  // the highest level that reaches the console
-    int level = 3;    // the highest level that reaches the log file
+    Kiln::File log_file;  // set by log_set_file
+    int enabled = 1;      // 0 silences console and file; errors still reach the error buffer
+    int quiet = 0;        // non-zero silences the console
+    int verbose = 3;      // the highest level that reaches the console
+    int level = 3;        // the highest level that reaches the log file
 };
 
 // The one instance of the process.

@@ -1,6 +1,5 @@
 #include "kiln/runscript.h"
 
-#include <limits>
 #include <list>
 #include <utility>
 #include <vector>
@@ -10,18 +9,10 @@
 #include "kiln/environment.h"
 #include "kiln/error.h"
 
-namespace {
-
-Kiln::CtoDynaBuf unlimited_buffer() {
-    return Kiln::CtoDynaBuf(std::numeric_limits<unsigned long>::max(), true, nullptr, -1);
-}
-
-}  // namespace
-
 int runscript(std::string command, std::string& out, std::string& err) {
     const std::list<std::string> arguments = {"-c", std::move(command)};
-    Kiln::CtoDynaBuf out_buffer = unlimited_buffer();
-    Kiln::CtoDynaBuf err_buffer = unlimited_buffer();
+    Kiln::CtoDynaBuf out_buffer;
+    Kiln::CtoDynaBuf err_buffer;
     std::vector<Kiln::Connector*> connectors = {nullptr, &out_buffer, &err_buffer};
     try {
         Kiln::CallerExec shell("sh", arguments, Kiln::current_environment(), {});

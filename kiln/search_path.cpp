@@ -42,7 +42,7 @@ std::string candidate(std::string element, const char* name) {
 
 std::string get_full_name(const char* name, const std::list<std::string>& env) {
     if (std::strlen(name) < 2) {
-        return {};  // so that a one-character program cannot be started; kept on purpose
+        return {};  // such a program cannot be started, "[" neither: the contract says so
     }
     if (name[0] == '/') {
         return name;

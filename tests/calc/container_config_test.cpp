@@ -1,5 +1,5 @@
 // The computation of the configuration, against numbers worked out with exact rational arithmetic.
-// Floors, wraps and clamps are shown by the scenarios of the idle and the busy host.
+// The scenarios of the idle and the busy host show the floors and more of the wraps.
 #include "calc/container_config.h"
 
 #include <gtest/gtest.h>
@@ -8,16 +8,12 @@
 #include <map>
 #include <vector>
 
-#include "calc/tarn_hwcalc.h"
-
 namespace {
 
-std::string configuration(const PhysParams& profile, float mem_scale, float disk_scale) {
-    TarnHWCalc calc;
-    calc.mem_scale = mem_scale;
-    calc.disk_scale = disk_scale;
+std::string configuration(const PhysParams& profile, ConfigScales scales = {},
+                          std::int32_t page_size = 4096) {
     EnvConfig config;
-    EXPECT_EQ(calc.calcVPSConf(profile, config), 0);
+    write_config(compute_config(profile, scales, page_size), config);
     return config.text();
 }
 
@@ -66,7 +62,7 @@ TEST(ContainerConfig, AMeasuredHostLineForLine) {
     profile.ns_attrs.search_domains = {"a.example", "b.example"};
     profile.ns_attrs.nameservers = {"10.0.0.1", "10.0.0.2"};
     profile.nfs_used = true;
-    EXPECT_EQ(configuration(profile, 1.2F, 1.5F),
+    EXPECT_EQ(configuration(profile),
               "NUMPROC=\"288:288\"\n"
               "AVNUMPROC=\"180:180\"\n"
               "NUMTCPSOCK=\"432:432\"\n"
@@ -108,16 +104,63 @@ TEST(ContainerConfig, AMeasuredHostLineForLine) {
 TEST(ContainerConfig, ANanScaleGivesTheLowestNumbersAndTheMemoryCap) {
     PhysParams profile;
     profile.avnumproc = 100.0F;
-    expect_values(configuration(profile, std::nanf(""), std::nanf("")),
+    const ConfigScales none = {std::nanf(""), std::nanf("")};
+    expect_values(configuration(profile, none),
                   {{"NUMPROC", "18446744071562067968:18446744071562067968"},
                    {"AVNUMPROC", "18446744071562067968:18446744071562067968"},
                    {"NUMFILE", "255:255"},
                    {"DCACHESIZE", "107712:107712"},
                    {"TCPSNDBUF", "2147483647:0"},
+                   {"OTHERSOCKBUF", "2147483647:0"},
                    {"PRIVVMPAGES", "65536:72089"},
                    {"SHMPAGES", "1024:1024"},
                    {"DISKSPACE", "18446744071562067968:18446744071562067968"},
                    {"SLMMEMORYLIMIT", "18446744073709547520:18446744073709547520"}});
+    // The cap where the product of page size and page number does not wrap.
+    expect_values(configuration(profile, none, 1), {{"SLMMEMORYLIMIT", "1073741823:1073741823"}});
+}
+
+TEST(ContainerConfig, TheEndsOfTheCounts) {
+    PhysParams profile;
+    profile.privvmpages = 2147483647;
+    profile.numtcpsock = 32768;        // shifted by 16 bits: -2^31
+    profile.quotaugidlimit = 1 << 30;  // doubled: -2^31, and then the floor
+    profile.shmpages = -1;
+    profile.diskspace = -3;  // -4.5 towards zero; a tenth more is -4.4
+    profile.ns_attrs.nameservers = {""};
+    expect_values(configuration(profile, {1.0F, 1.5F}),
+                  {{"PRIVVMPAGES", "2147483647:2147483647"},
+                   {"VMGUARPAGES", "2147483647:2147483647"},
+                   {"NUMTCPSOCK", "32768:32768"},
+                   {"TCPSNDBUF", "18446744071562067968:18446744071562067968"},
+                   {"SHMPAGES", "21504:21504"},
+                   {"QUOTAUGIDLIMIT", "1024"},
+                   {"DISKSPACE", "18446744073709551612:18446744073709551612"},
+                   {"NAMESERVER", ""}});
+    profile.quotaugidlimit = 600;
+    profile.privvmpages = 60000;  // 72000 is above the floor that 60000 is below
+    expect_values(configuration(profile),
+                  {{"QUOTAUGIDLIMIT", "1200"}, {"PRIVVMPAGES", "72000:79200"}});
+    // 1.2 x (22414616 + 3 x 28311552 + 262144 + 65536 x (72089 + 307)), a float at every step.
+    expect_values(configuration({}, {}, 65536), {{"SLMMEMORYLIMIT", "5822587392:5822587392"}});
+}
+
+TEST(ContainerConfig, LinesKnowWhatTheyAreMadeFrom) {
+    const std::vector<ConfigLine> lines = compute_config({}, {}, 4096);
+    EXPECT_EQ(lines.size(), 34U);
+    std::map<std::string, std::string> made_from;
+    for (const ConfigLine& line : lines) {
+        std::string& text = made_from[line.name];
+        for (const CountRule* rule : line.sources) {
+            text.append(rule->count).append(" ");
+        }
+        text.append(line.margin > 1.0 ? "+" : "");
+    }
+    EXPECT_EQ(made_from["NUMFILE"], "numfile numtcpsock numothersock numpty avnumproc ");
+    EXPECT_EQ(made_from["DCACHESIZE"], "numfile +");
+    EXPECT_EQ(made_from["OTHERSOCKBUF"], "numothersock ");
+    EXPECT_EQ(made_from["NUMFLOCK"], "numflock +");
+    EXPECT_EQ(made_from["NUMSIGINFO"], "");
 }
 
 }  // namespace

@@ -15,8 +15,10 @@ TEST(ProcessStatus, TakesTheSixKeysAtTheStartOfALine) {
     proc_info_t info;
     parse_process_status(
         "Name:\tmy daemon\nUmask:\t0022\nPid:\t77\nPPid:\t1\nTracerPid:\t5\nVmPeak:\t 99999 kB\n"
-        "VmSize:\t   10000 kB\n VmSize:\t1 kB\nVmLck:\t      64 kB\nVmRSS:\t    5000 kB\n"
-        "VmExe:\t     100 kB\nVmLib:\t    2000 kB\n",
+        "VmSize:\t   10000 kB\n VmSize:\t1 kB\nVmSizes:\t1 kB\nVmLck:\t      64 kB\nVmRSS:\t    "
+        "5000 kB\n"
+        "VmExe:\t     100 kB\nVmLib:\t    2000 kB\n"
+        "PPids:\t9\nVmRSSs:\t9\nVmLcks:\t9\nVmExes:\t9\nVmLibs:\t9\nNames:\tx\n",
         info);
     EXPECT_EQ(info.name, "my daemon");
     EXPECT_EQ(info.ppid, 1);

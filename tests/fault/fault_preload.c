@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <mntent.h>
 #include <poll.h>
 #include <semaphore.h>
 #include <signal.h>
@@ -98,7 +97,6 @@ FAULTY(int, ppoll,
        (fds, count, timeout, mask), -1, "")
 FAULTY(pid_t, waitpid, (pid_t pid, int* status, int flags), (pid, status, flags), -1, "")
 FAULTY(DIR*, opendir, (const char* path), (path), NULL, path)
-FAULTY(FILE*, setmntent, (const char* path, const char* mode), (path, mode), NULL, path)
 FAULTY(FILE*, fdopen, (int fd, const char* mode), (fd, mode), NULL, subject_of(fd))
 FAULTY(int, scandir,
        (const char* path, struct dirent*** list, int (*filter)(const struct dirent*),

@@ -1,5 +1,4 @@
-// What others wrote, and the values that are made of it. The resolver file is shown by the
-// scenarios.
+// What others wrote, and the values that are made of it.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -10,10 +9,25 @@
 #include "inspect/mount_table.h"
 #include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
+#include "inspect/resolver.h"
+#include "inspect/shell_word.h"
 #include "kiln/strings.h"
 #include "tarnnet.h"
 
 namespace {
+
+TEST(MountTable, IsReadAsTheSystemReadsIt) {
+    const std::string long_options(5000, 'o');
+    std::string text = parse_mount_table("").empty() ? "" : "something";
+    for (const MountEntry& entry : parse_mount_table(
+             "# a remark\n\n/dev/sda1 / ext4 rw,noatime 0 1\n/dev/sdb1\t/a\\040b  vfat"
+             "\nnone\na /l b " +
+             long_options + "\nauto /x autofs ignore\nz /z")) {
+        text += entry.device + "|" + entry.mount_point + "|" + entry.type + "|" +
+                std::to_string(entry.options.size()) + "\n";
+    }
+    EXPECT_EQ(text, "/dev/sda1|/|ext4|10\n/dev/sdb1|/a b|vfat|0\nnone|||0\na|/l|b|4088\nz|/z||0\n");
+}
 
 TEST(FilesystemTypes, AreMarkedByTheFirstField) {
     const FsTypeTable types = parse_filesystem_types(
@@ -22,19 +36,49 @@ TEST(FilesystemTypes, AreMarkedByTheFirstField) {
               (FsTypeTable{{"proc", true}, {"ext4", false}, {"nfs4", true}, {"fuse", false}}));
 }
 
-// The addresses of a record are shown by the scenarios.
-TEST(NetIface, UsesDhcpWhenThatIsConfiguredFirst) {
-    std::string texts[] = {"dhcp", "10.0.0.1", "DHCP", "eth0"};
+TEST(ShellWord, IsWhatTheShellHandsOn) {
+    const std::string acted_on = " \t\n|&;<>()$`\\\"'*?[{";
+    for (int byte = 1; byte < 256; ++byte) {
+        const auto c = static_cast<char>(byte);
+        const bool harmless = acted_on.find(c) == std::string::npos;
+        EXPECT_EQ(is_plain_shell_word(std::string("/m") + c), harmless) << byte;
+        EXPECT_EQ(is_plain_shell_word(c + std::string("/m")), harmless && c != '#' && c != '~');
+    }
+    for (const char* word : {"", "/", "/a\\040b\\134c\\011", "/\\377"}) {
+        EXPECT_TRUE(is_plain_shell_word(word)) << word;
+    }
+    for (const char* word :
+         {"/\\400", "/\\04", "/\\048", "/\\\\040", "/\\040$(x)", "/\\n", "/\\040\\"}) {
+        EXPECT_FALSE(is_plain_shell_word(word)) << word;
+    }
+}
+
+TEST(Resolver, TakesKeywordsWithValues) {
+    const NSAttrs attrs = parse_resolver(
+        "nameserver 10.0.0.1\nnameserver\t10.0.0.2\t# other\r\n  nameserver   ::1  \nnameserver\n"
+        "Nameserver 10.9.9.9\nnameserver10.9.9.9\n; nameserver 10.9.9.9\ndomain d.example\n\n"
+        "search a.example\tb.example\nsearch\nsearch  c.example \r\nnameserver 1 2\t3");
+    EXPECT_EQ(attrs.nameservers,
+              (std::vector<std::string>{"10.0.0.1", "10.0.0.2#other", "::1", "123"}));
+    EXPECT_EQ(attrs.search_domains,
+              (std::vector<std::string>{"a.example", "b.example", "c.example"}));
+}
+
+TEST(NetIface, KeepsWhatAContainerNeeds) {
+    std::string texts[] = {"dhcp", "DHCP", "eth0", "10.0.0.1/24", "127.0.0.1/8", "127.0.0.2"};
+    char* addresses[] = {texts[3].data(), texts[4].data(), texts[5].data(), nullptr};
     tarnnetif_info record = {};
     record.type = IFT_VNIC;
-    record.name = texts[3].data();
+    record.name = texts[2].data();
+    record.addresses = addresses;
     EXPECT_FALSE(make_net_iface(record).dhcp);
-    for (const std::size_t first : {0U, 1U, 2U}) {
+    for (const std::size_t first : {0U, 1U, 3U}) {
         char* configured[] = {texts[first].data(), texts[0].data(), nullptr};
         record.conf_addresses = configured;
         const NetIface iface = make_net_iface(record);
         EXPECT_EQ(iface.dhcp, first == 0);
         EXPECT_EQ(iface.ifname + std::to_string(iface.if_type), "eth032");
+        EXPECT_EQ(iface.ip_addresses, (std::vector<std::string>{"10.0.0.1", "127.0.0.2"}));
     }
 }
 

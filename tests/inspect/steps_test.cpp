@@ -1,85 +1,227 @@
-// What the run prints of these steps is compared by the scenarios; here is what it does not show.
+// The inspections on a host made of a few files, with quota tools that answer from a table.
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
+#include <set>
 #include <string>
+#include <variant>
+#include <vector>
 
-#include "calc/tarn_hwcalc.h"
+#include "inspect/distribution.h"
+#include "inspect/excludes.h"
+#include "inspect/quota_count.h"
 #include "inspect/quota_mgmt.h"
-#include "tests/support/private_host.h"
+#include "inspect/resolver.h"
 
 namespace {
 
-using private_host::write_file;
+// Opens, but cannot be read: nothing is mapped at its start.
+constexpr const char* unreadable_file = "/proc/self/mem";
 
-// The answer, and behind a "|" the texts of the warnings.
-std::string detect(const TarnHWCalc& calc) {
-    TarnHWCalc::Warnings warnings;
-    std::string text = calc.getDistribution(warnings) + "|";
-    for (const TarnACalculateHWNodeWarning& warning : warnings) {
-        EXPECT_EQ(warning.code, 0);
-        text += warning.message;
-    }
-    return text;
-}
-
-TEST(DistributionStep, TriesTheScriptsInOrder) {
-    private_host::run([] {
-        const std::string last = "/tmp//usr/local/share/tarnp2v/distdetect-common.sh";
-        TarnHWCalc calc;
-        calc.dist_detect_scripts = {"/tmp/a", "/tmp/b"};
-        EXPECT_EQ(detect(calc), "|OS distribution detection script (/tmp/a, /tmp/b, " + last +
-                                    ") was not found. The DISTRIBUTION parameter of the CT config "
-                                    "must be set manually.");
-        write_file("/tmp/a", "echo a; exit 3\n");
-        write_file(last, "echo last\n");
-        EXPECT_EQ(detect(calc), "last|");
-        write_file("/tmp/b", "echo b\n");
-        EXPECT_EQ(detect(calc), "b|");
-        write_file("/tmp/b", "");  // an empty answer ends the search as well
-        EXPECT_EQ(detect(calc), "|OS distribution was not detected. It must be manually set.");
-    });
-}
-
-TEST(MountSteps, TakeOnlyWhatTheTablesTell) {
-    private_host::run([] {
-        PhysParams params;
-        params.nfs_used = true;
-        TarnHWCalc::Warnings& warnings = params.notes.warnings;
-        // A live mount that is no candidate leaves the candidate of the static table standing.
-        write_file("/etc/fstab", "/dev/sr0 /m auto\n/dev/sda1 / reiserfs\n");
-        write_file("/etc/mtab", "/dev/sr0 /m ext4 noquota,usrquota=x,grpquotas\n");
-        const TarnHWCalc::Excludes excludes = TarnHWCalc().calcExcludes(&params, warnings);
-        ASSERT_EQ(excludes.size(), 1U);
-        EXPECT_TRUE(excludes[0].flag && excludes[0].path == "/m" && params.nfs_used);
-        ASSERT_EQ(warnings.size(), 1U);
-        EXPECT_EQ(warnings[0].code, 4);
-        params.quotaugidlimit = 77;
-        EXPECT_EQ(TarnHWCalc().calcQuotaUGIDLimit(&params), 0);
-        EXPECT_EQ(params.quotaugidlimit, 0);
-    });
-}
-
-TEST(QuotaMgmt, FindsTheMountByTheIdentityOfTheFile) {
-    private_host::run([] {
-        write_file("/tmp/dev1", "");
-        write_file("/tmp/m1/x", "");
-        std::filesystem::create_symlink("/tmp/dev1", "/tmp/link");
-        bool usr = true;
-        bool grp = true;
-        std::string where;
-        const auto find = [&](const char* name) {
-            return QuotaMgmt::quota_is_enabled_phys(name, usr, grp, &where);
+// A host of a few files. The ids of its quotas are the digits in the name of a mount point.
+class HostTest : public testing::Test {
+protected:
+    HostTest() {
+        std::string name = testing::TempDir() + "hostXXXXXX";
+        root = mkdtemp(name.data());
+        host.paths = {root,        path("types"),  path("fstab"), path("mtab"),
+                      path("dns"), path("record"), path("detect")};
+        host.run = [this](const std::string& command, std::string& out, std::string& complaint) {
+            return run(command, out, complaint);
         };
-        // A lone word, no word, an empty field, and a line that ends with its mount point.
-        write_file("/etc/mtab",
-                   "none\n\n/tmp/gone  /tmp/m1 ext4 usrquota\n/tmp/dev1 /tmp/m\\040x\n"
-                   "/tmp/dev1 /tmp/m1 ext4 quota,grpquota 0 0\n");
-        EXPECT_EQ(find("/tmp/link"), 0);
-        EXPECT_TRUE(!usr && !grp && where == "/tmp/m\\040x");
-        EXPECT_EQ(find("/tmp/m1/."), 0);
-        EXPECT_TRUE(usr && grp && where == "/tmp/m1");
-    });
+    }
+    ~HostTest() override { std::filesystem::remove_all(root); }
+
+    std::string path(const std::string& name) const { return root + "/" + name; }
+    void put(const std::string& name, const std::string& text) const {
+        std::ofstream(path(name), std::ios::binary) << text;
+    }
+
+    int run(const std::string& command, std::string& out, std::string& complaint) {
+        asked += command + "\n";
+        complaint = "moans";
+        if (command.rfind("repquota", 0) == 0) {
+            out = command[10] == 'u' ? "user quotas\n---\n" : "group quotas\n---\n";
+            for (const char id : command.substr(command.find('/') + 1)) {
+                out += std::string("#") + id + "\n";
+            }
+        }
+        return failing.count(command) == 0 ? 0 : 3;
+    }
+
+    // The count or the reason, then what was logged.
+    std::string count() {
+        asked.clear();
+        testing::internal::CaptureStderr();
+        const auto result = count_quota_ids(host);
+        const auto* number = std::get_if<std::uint32_t>(&result);
+        return (number ? std::to_string(*number) : std::get<Kiln::Reason>(result).text) +
+               testing::internal::GetCapturedStderr();
+    }
+
+    std::string excluded() const {
+        std::string text;
+        for (const TarnAExcludePath& exclude : find_excludes(host).excludes) {
+            text += (exclude.flag ? "+" : "K") + exclude.path + " ";
+        }
+        return text;
+    }
+
+    // The answer, and behind a "|" the texts of the warnings.
+    std::string detect(const std::vector<std::string>& scripts) const {
+        const DistributionFinding finding = detect_distribution(host, scripts);
+        std::string text = finding.name + "|";
+        for (const TarnACalculateHWNodeWarning& warning : finding.warnings) {
+            EXPECT_EQ(warning.code, 0);
+            text += warning.message;
+        }
+        return text;
+    }
+
+    std::string root;
+    Host host;
+    std::set<std::string> failing;  // commands
+    std::string asked;              // all commands, one a line
+};
+
+using Distribution = HostTest;
+using Excludes = HostTest;
+using QuotaCount = HostTest;
+using QuotaMount = HostTest;
+using ResolverFile = HostTest;
+
+TEST_F(Distribution, TriesTheScriptsInOrder) {
+    const std::vector<std::string> scripts = {path("a"), path("b")};
+    EXPECT_EQ(detect(scripts), "|OS distribution detection script (" + path("a") + ", " +
+                                   path("b") + ", " + path("detect") +
+                                   ") was not found. The DISTRIBUTION parameter of the CT config "
+                                   "must be set manually.");
+    put("a", "echo a; exit 3\n");
+    put("detect", "echo ' last  one'\n");
+    EXPECT_EQ(detect(scripts), "lastone|");
+    put("b", "echo b\n");
+    EXPECT_EQ(detect(scripts), "b|");
+    put("b", "");  // an empty answer ends the search as well
+    EXPECT_EQ(detect(scripts), "|OS distribution was not detected. It must be manually set.");
+}
+
+TEST_F(Excludes, LiveMountsReplaceStaticOnes) {
+    put("types", "nodev\tproc\n");
+    put("fstab", "/dev/sr0 /m auto\n/dev/sr1 /n auto\n/dev/sda1 / reiserfs\nproc /a/proc proc\n");
+    put("mtab", "/dev/sr0 /m ext4 rw\n/dev/sr1 /n iso9660\n/dev/sda1 / reiserfs\nbox:/ / nfs\n");
+    EXPECT_EQ(excluded(), "K/a/proc/* +/m +/n/* ");
+    const ExcludeFindings findings = find_excludes(host);
+    EXPECT_TRUE(findings.nfs_found && findings.reiserfs_found);
+    ASSERT_EQ(findings.warnings.size(), 1U);
+    EXPECT_EQ(findings.warnings[0].code, 4);
+}
+
+TEST_F(Excludes, WhatCannotBeReadExcludesNothing) {
+    put("mtab", "proc /proc proc\nauto /misc autofs");
+    EXPECT_EQ(excluded(), "+/misc ");
+    for (const std::string& table : {root, std::string(unreadable_file)}) {
+        host.paths.fstab = table;
+        host.paths.filesystems = table;
+        EXPECT_EQ(excluded(), "+/misc ");
+    }
+    host.paths.mtab = unreadable_file;
+    EXPECT_EQ(excluded(), "");
+}
+
+TEST_F(ResolverFile, MayBeMissing) {
+    EXPECT_TRUE(read_resolver(host).nameservers.empty());
+    put("dns", "nameserver 10.0.0.1\n");
+    EXPECT_EQ(read_resolver(host).nameservers, std::vector<std::string>{"10.0.0.1"});
+}
+
+TEST_F(Excludes, AHugeLoginRecordIsListedThroughALink) {
+    put("sparse", "");
+    std::filesystem::create_symlink(path("sparse"), path("record"));
+    std::filesystem::resize_file(path("sparse"), 1073741824);
+    EXPECT_EQ(excluded(), "");
+    std::filesystem::resize_file(path("sparse"), 1073741825);
+    EXPECT_EQ(excluded(), "+" + path("record") + " ");
+}
+
+// Devices of every system stand in for disks.
+TEST_F(QuotaCount, AsksTheToolsForEveryMountWithQuotas) {
+    const std::string edit = "VISUAL=cat EDITOR=cat edquota -";
+    const std::string users = "repquota -unv /012\n" + edit + "utf /012\n";
+    const std::string groups = "repquota -gnv /012\n" + edit + "gtf /012\n";
+    const std::string others = "repquota -unv /23\n" + edit + "utf /23\n";
+    const std::vector<std::vector<std::string>> cases = {
+        {"/dev/null /012 ext4 rw,noquota,usrquota=x,grpquotas", "0", ""},
+        {"/dev/null /012 ext4 usrquota,grpquota\n/dev/zero /23 ext4 rw,usrquota", "7",
+         users + groups + others},
+        {"/dev/null /012 ext4 rw,grpquota", "3", groups},
+        // The first option alone tells the old style, which counts users twice and no groups.
+        {"/dev/null /012 ext4 usrquota,quota\n/dev/zero /23 ext4 usrquota", "4", users + others},
+        {"/dev/null /012 ext4 quota,grpquota\n/dev/zero /23 ext4 usrquota", "8",
+         users + groups + others},
+        // A device mounted twice is asked twice where it is first mounted, if it has quotas there.
+        {"/dev/null /012 ext4 usrquota\n/dev/null /34 ext4 grpquota", "3", users + users},
+        {"/dev/null /012 ext4 rw\n/dev/null /34 ext4 usrquota", "0", ""},
+    };
+    for (const auto& one : cases) {
+        put("mtab", one[0]);
+        EXPECT_EQ(count(), one[1]) << one[0];
+        EXPECT_EQ(asked, one[2]) << one[0];
+    }
+}
+
+TEST_F(QuotaCount, WhatFailsCostsItsOwnDevice) {
+    failing = {"repquota -unv /x\\040y", "VISUAL=cat EDITOR=cat edquota -utf /opt"};
+    put("mtab",
+        "/dev/gone /gone ext4 usrquota\n/dev/zero /x\\040y ext4 usrquota\n"
+        "/dev/tty /opt ext4 usrquota,grpquota\n/dev/null /0 ext4 grpquota\n"
+        "/dev/full /m;id>f ext4 usrquota\n/dev/random /n;id ext4 rw\n"
+        "/dev/random /n2 ext4 usrquota\n");
+    EXPECT_EQ(
+        count(),
+        "1Error: Partition or mount point '/dev/gone' does not exist\n"
+        "Error: Error running 'repquota -unv /x\\040y':\nmoans\n"
+        "Error: Error running 'VISUAL=cat EDITOR=cat edquota -utf /opt':\nmoans\n"
+        "Error: The shell would act on the mount point '/m;id>f' of '/dev/full': not asked\n");
+    EXPECT_EQ(asked.find(';'), std::string::npos);
+}
+
+TEST_F(QuotaCount, AMountTableThatCannotBeReadIsTheReason) {
+    EXPECT_EQ(count(), "Error opening '/etc/mtab': No such file or directory");
+    host.paths.mtab = root;
+    EXPECT_EQ(count(), "Error opening '/etc/mtab': Is a directory");
+    host.paths.mtab = unreadable_file;
+    EXPECT_EQ(count(), "Error opening '/etc/mtab': Input/output error");
+}
+
+TEST_F(QuotaMount, IsFoundByTheIdentityOfTheFile) {
+    bool usr = true;
+    bool grp = true;
+    std::string where = "as it was";
+    const auto find = [&](const char* name) {
+        testing::internal::CaptureStderr();
+        const int result = QuotaMgmt(host).quota_is_enabled_phys(name, usr, grp, &where);
+        return std::to_string(result) + testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(find("/dev/null"), "-1Error: Error reading '/etc/mtab': No such file or directory\n");
+    // The roots of two file systems of the kernel have the same inode number.
+    struct stat proc {};
+    struct stat sys {};
+    ASSERT_TRUE(stat("/proc", &proc) == 0 && stat("/sys", &sys) == 0);
+    EXPECT_EQ(proc.st_ino, sys.st_ino) << "the device's number is not tried here";
+    // No word, a lone one, an empty field, lines that end early, and two that match.
+    put("mtab",
+        "\nnone\n/dev/gone  /dev/zero ext4 usrquota\n/dev/full /m\\040x\n/sys /s ext4 usrquota\n"
+        "none /proc ext4 quota,grpquota 0 0\n/dev/full /late ext4 usrquota\n");
+    EXPECT_EQ(find("/dev/null"),
+              "-1Error: Partition or mount point '/dev/null' is missing from /etc/mtab\n");
+    EXPECT_TRUE(!usr && !grp && where == "as it was");
+    EXPECT_EQ(find("/dev/../proc/."), "0");
+    EXPECT_TRUE(usr && grp && where == "/proc");
+    EXPECT_EQ(find("/dev/full"), "0");
+    EXPECT_TRUE(!usr && !grp && where == "/m\\040x");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 
 #include "kiln/close_descriptors.h"
+#include "kiln/paths.h"
 #include "kiln/sig_mask.h"
 #include "tests/kiln/kiln_support.h"
 
@@ -94,7 +95,8 @@ TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {
     EXPECT_TRUE(in_helper_process([] {
         const std::string text = "[Caller] Generic error. ";
         dup2(dup(2), 500);
-        Kiln::close_descriptors_one_by_one(3);  // the way of old kernels
+        Kiln::close_descriptors_one_by_one(
+            3, Kiln::Paths().own_descriptors);  // the way of old kernels
         pipes_left = 1;
         const bool no_pipe =
             gives("true", -1, "",

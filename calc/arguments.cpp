@@ -1,4 +1,4 @@
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -47,4 +47,13 @@ int parse_time(const char* spec, int* seconds) {
     }
     *seconds = total;
     return 0;
+}
+
+ScaleError parse_scale(const char* text, float* scale) {
+    char* end = nullptr;
+    *scale = std::strtof(text, &end);
+    if (*end != '\0') {
+        return ScaleError::not_a_number;
+    }
+    return 0 >= *scale ? ScaleError::not_positive : ScaleError::none;
 }

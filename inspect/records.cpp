@@ -1,6 +1,17 @@
-#include "calc/host_profile.h"
+#include "inspect/records.h"
 
 #include "tarnnet.h"
+
+std::string notes_text(const TarnACalculateHWNodeNotes& notes) {
+    std::string text;
+    for (const TarnACalculateHWNodeWarning& warning : notes.warnings) {
+        text.append(warning.message).append("\n");
+    }
+    for (const TarnAExcludePath& exclude : notes.excludes) {
+        text.append(exclude.path).append("\n");
+    }
+    return text;
+}
 
 std::string NetIfaceList::get_ip() const {
     std::string text;
@@ -19,8 +30,8 @@ std::string NetIfaceList::get_netif() const {
         if (iface.if_type != IFT_ETHERNET) {
             continue;
         }
-        // The separator goes by the place in the whole list, on purpose: the text begins with ";"
-        // when the first interface is of another kind.
+        // The separator goes by the place in the whole list, as callers expect: the text begins
+        // with ";" when the first interface is of another kind.
         if (i != 0) {
             text.append(";");
         }

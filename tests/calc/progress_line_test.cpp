@@ -1,5 +1,5 @@
 // The progress line: its text at several widths, and that nothing of it stays on the screen.
-#include "driver/progress_line.h"
+#include "calc/progress_line.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What the entry changes about its process.
-#include "driver/process_setup.h"
+#include "kiln/process_setup.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,0 +1,16 @@
+// The memory scan: one snapshot of the virtual and locked memory of every process.
+#pragma once
+
+#include <cstdint>
+
+#include "inspect/host.h"
+#include "kiln/result.h"
+
+struct MemoryPages {
+    std::int32_t privvmpages = 0;  // of 4 KiB, as many as the machine has at most
+    std::int32_t lockedpages = 0;  // of 4 KiB
+};
+
+// The totals of this moment, or why the processes cannot be listed. A process that cannot be read
+// is left out.
+Kiln::Result<MemoryPages> scan_memory(const Host& host);
