@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr std::int32_t reiserfs_diskinodes = 1000000;
-
 constexpr const char* no_findings = "there is no recording with its last line";
 
 // Why the second recording cannot be taken for one of the host of the first; empty when it can.

@@ -1,4 +1,6 @@
 // tarnhwplan compute: the configuration that the calculator would have printed from these samples.
+#include <unistd.h>
+
 #include <memory>
 #include <variant>
 
