@@ -105,23 +105,16 @@ Json details_json(const ReportServer& s) {
 
 // JSON that may stand inside a script element. Only strings can hold a "<", and there it may be
 // written as an escape; everything beyond ASCII is, and bytes that are no UTF-8 are replaced.
-std::string inside_script(const Json& json) {
-    const std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
-    std::string safe;
-    safe.reserve(text.size());
-    for (const char c : text) {
+void append_data(const std::string& id, const Json& json, std::string& page) {
+    page += "<script type=\"application/json\" id=\"" + id + "\">";
+    for (const char c : json.dump(-1, ' ', true, Json::error_handler_t::replace)) {
         if (c == '<') {
-            safe += "\\u003c";
+            page += "\\u003c";
         } else {
-            safe += c;
+            page += c;
         }
     }
-    return safe;
-}
-
-bool write_data(const std::string& id, const Json& json, const TextSink& sink) {
-    return sink("<script type=\"application/json\" id=\"" + id + "\">" + inside_script(json) +
-                "</script>\n");
+    page += "</script>\n";
 }
 
 }  // namespace
@@ -142,14 +135,12 @@ bool has_page() {
     return !page_head().empty();
 }
 
-bool write_page(const ReportFleet& fleet, const TextSink& sink) {
-    if (!sink(page_head()) || !write_data("fleet", fleet_json(fleet), sink)) {
-        return false;
-    }
+std::string report_page(const ReportFleet& fleet) {
+    std::string page(page_head());
+    append_data("fleet", fleet_json(fleet), page);
     for (std::size_t i = 0; i < fleet.servers.size(); ++i) {
-        if (!write_data("data-" + std::to_string(i), details_json(fleet.servers[i]), sink)) {
-            return false;
-        }
+        append_data("data-" + std::to_string(i), details_json(fleet.servers[i]), page);
     }
-    return sink(page_tail());
+    page += page_tail();
+    return page;
 }

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <limits>
 #include <map>
+#include <utility>
 #include <variant>
 
 #include "plan/thinning.h"
@@ -165,23 +166,32 @@ ReportServer failed_server(const std::string& name, const std::string& reason) {
     return server;
 }
 
-ReportServer report_server(const NamedRecording& recording, ConfigScales scales) {
+void add_reason(ReportServer& server, const std::string& reason) {
+    if (server.state == ServerState::done) {
+        server.state = ServerState::partly;
+    }
+    server.reason = server.reason.empty() ? reason : reason + "\n" + server.reason;
+}
+
+ReportServer report_server(NamedRecording named, ConfigScales scales) {
+    const std::vector<NamedRecording> only{std::move(named)};
+    const Recording& recording = only.front().recording;
     ReportServer server;
-    take_header(recording.recording, server);
-    take_passes(recording.recording, server);
-    const Kiln::Result<CombinedScan> combined = combine({recording});
+    take_header(recording, server);
+    take_passes(recording, server);
+    const Kiln::Result<CombinedScan> combined = combine(only);
     if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
         server.reason = reason->text;
         return server;
     }
     const auto& scan = std::get<CombinedScan>(combined);
     const ComputedConfig computed = compute_known_lines(scan, scales);
-    take_config(recording.recording, computed.lines, server);
+    take_config(recording, computed.lines, server);
     take_notes(scan.profile.notes, server);
-    for (const std::string& flaw : find_flaws({recording}, scan, computed)) {
+    for (const std::string& flaw : find_flaws(only, scan, computed)) {
         server.warnings.push_back(flaw);
     }
-    server.reason = why_unfinished(recording.recording);
+    server.reason = why_unfinished(recording);
     server.state = server.reason.empty() ? ServerState::done : ServerState::partly;
     return server;
 }

@@ -1,31 +1,28 @@
 #include "plan/report_sources.h"
 
-#include <algorithm>
 #include <filesystem>
-
-namespace fs = std::filesystem;
+#include <map>
 
 namespace {
 
-constexpr const char* recording_ending = ".jsonl";
-constexpr const char* failure_ending = ".failed";
-
-ReportSource source_of(const fs::path& path) {
-    return {path.string(), path.stem().string(), path.extension() == failure_ending};
-}
+namespace fs = std::filesystem;
 
 std::string add_folder(const std::string& folder, std::vector<ReportSource>& sources) {
     std::error_code error;
-    std::vector<ReportSource> found;
+    std::map<std::string, ReportSource> found;
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        const fs::path ending = at->path().extension();
-        if (ending == recording_ending || ending == failure_ending) {
-            found.push_back(source_of(at->path()));
+        const fs::path& path = at->path();
+        const std::string name = path.stem().string();
+        if (path.extension() == ".jsonl") {
+            found[name].recording = path.string();
+        } else if (path.extension() == ".failed") {
+            found[name].reason = path.string();
         }
     }
-    std::sort(found.begin(), found.end(),
-              [](const ReportSource& a, const ReportSource& b) { return a.path < b.path; });
-    sources.insert(sources.end(), found.begin(), found.end());
+    for (auto& [name, source] : found) {
+        source.server = name;
+        sources.push_back(source);
+    }
     return error ? folder + " cannot be read: " + error.message() : "";
 }
 
@@ -36,7 +33,7 @@ std::string find_report_sources(const std::vector<std::string>& paths,
     for (const std::string& path : paths) {
         std::error_code ignored;
         if (!fs::is_directory(path, ignored)) {
-            sources.push_back(source_of(path));
+            sources.push_back({fs::path(path).stem().string(), path, ""});
             continue;
         }
         const std::string error = add_folder(path, sources);

@@ -4,17 +4,15 @@
 #include <string>
 #include <vector>
 
-// A recording, or the file in which stands why there is none.
+// What there is of one server: a recording, a file that says why it was not done, or both.
 struct ReportSource {
-    std::string path;
-    std::string server;  // the file's name without its ending
-    bool is_failure = false;
+    std::string server;     // the files' name without its ending
+    std::string recording;  // paths; empty where there is none
+    std::string reason;
 };
 
-// The sources behind the paths: a file is a recording; of a folder it is every file whose name ends
-// in ".jsonl", and for each ".failed" the reason why that server has none; in the order of their
-// names. A server that has both is there twice: with what was recorded, and with the reason.
-// A path that is not there is a source as well; reading it says why not. Returns what went wrong
-// with a folder, or an empty text.
+// The sources behind the paths. A folder gives one for every name that has a file NAME.jsonl (its
+// recording) or NAME.failed (the reason), in the order of the names; any other path is a recording,
+// whether or not it is there. Returns what is wrong with a folder, or an empty text.
 std::string find_report_sources(const std::vector<std::string>& paths,
                                 std::vector<ReportSource>& sources);
