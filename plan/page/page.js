@@ -187,7 +187,11 @@ function build(index) {
     section.setAttribute("aria-labelledby", heading.id);
     fillHead(section, server, details);
     fillExplanation(section, server, details);
-    section.querySelector(".over-time").hidden = details.series.length === 0;
+    const overTime = section.querySelector(".over-time");
+    const toCharts = section.querySelector(".to-charts");
+    overTime.id = section.id + "-charts";
+    toCharts.href = "#" + overTime.id;
+    overTime.hidden = toCharts.hidden = details.series.length === 0;
     section.querySelector(".charts").append(
         ...details.series.map((series) => chartFigure(series, server, details)));
     section.querySelector(".close").addEventListener("click", () => close(section));
@@ -216,13 +220,14 @@ function close(section) {
     document.querySelector('#servers a[href="#' + section.id + '"]').focus();
 }
 
-// A link to a server opens it; so do the browser's back and forward.
+// A link to a server, or to its charts, opens it; so do the browser's back and forward.
 function follow() {
-    const match = /^#server-(\d+)$/.exec(location.hash);
+    const match = /^#server-(\d+)(-charts)?$/.exec(location.hash);
     if (match && Number(match[1]) < fleet.servers.length) {
         const section = open(Number(match[1]));
-        section.scrollIntoView();
-        section.querySelector("h2").focus({preventScroll: true});
+        const target = section.querySelector(match[2] ? ".over-time" : ".bar");
+        target.scrollIntoView();
+        target.querySelector("h2, h3").focus({preventScroll: true});
     }
 }
 
