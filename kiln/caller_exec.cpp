@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -17,15 +18,26 @@ namespace Kiln {
 
 namespace {
 
-constexpr time_t poll_timeout_seconds = 1;
+constexpr std::chrono::seconds poll_timeout(1);
 constexpr int core_dump_bit = 0x80;
 constexpr int unknown_wait_status = 0x7f;  // neither an exit nor a signal
+
+timespec as_timeout(std::chrono::nanoseconds longest) {
+    using Nanoseconds = std::chrono::nanoseconds;
+    const Nanoseconds limited = std::clamp(longest, Nanoseconds::zero(), Nanoseconds(poll_timeout));
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limited);
+    return {static_cast<time_t>(seconds.count()), static_cast<long>((limited - seconds).count())};
+}
 
 void replace_disposition(int signal_number, void (*handler)(int), struct sigaction& old) {
     struct sigaction action = {};
     sigemptyset(&action.sa_mask);
     action.sa_handler = handler;
-    sigaction(signal_number, &action, &old);
+    // Without the handler nothing would ever tell of the child's end.
+    if (sigaction(signal_number, &action, &old) != 0) {
+        throw Error(Error::CallerGenericError, "Can't handle signal %d: %s", signal_number,
+                    std::strerror(errno));
+    }
 }
 
 }  // namespace
@@ -42,10 +54,7 @@ CallerExec::CallerExec(const char* program_name, const std::list<std::string>& a
 
 // The pipes go first, so that a child which waits for us to read or write ends.
 CallerExec::~CallerExec() {
-    for (auto& ends : pipes) {
-        ends[parent_end].reset();
-        ends[child_end].reset();
-    }
+    closePipes_();
     while (pid > 0 && !collected_ && askForChild_(0)) {
     }
 }
@@ -129,7 +138,7 @@ void CallerExec::doDad_() {
 void CallerExec::doMainLoop_() {
     SigMask mask(std::vector<int>{SIGCHLD});
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
-        passLoop_(mask);
+        passLoop_(mask, poll_timeout);
     }
     while (!collected_) {
         collectChild_(0);
@@ -137,9 +146,12 @@ void CallerExec::doMainLoop_() {
     analyzeExitStatus_();
 }
 
-void CallerExec::passLoop_(SigMask& mask) {
+bool CallerExec::passLoop_(SigMask& mask, std::chrono::nanoseconds longest, int also) {
+    pollfds[nfds] = {also, POLLIN, 0};
+    const pollfd& beside = pollfds[nfds];
     mask.block();
-    const int ready = pollEntries_(mask);
+    const int ready = pollEntries_(mask, longest);
+    const bool also_ready = ready > 0 && beside.revents != 0;
     if (sigchld_received != 0 || (missed_ && ready <= 0)) {
         sigchld_received = 0;
         collectChild_(WNOHANG);
@@ -149,15 +161,17 @@ void CallerExec::passLoop_(SigMask& mask) {
     if (ready > 0) {
         serveEntries_();
     }
+    return also_ready;
 }
 
 // Waits until an entry is ready or a child ends. The wait itself lifts the block, so a child that
 // ends just before it begins still ends it; the time-out is never what finds an exit.
-int CallerExec::pollEntries_(const SigMask& mask) {
+int CallerExec::pollEntries_(const SigMask& mask, std::chrono::nanoseconds longest) {
     sigset_t open_mask = mask.saved;
     sigdelset(&open_mask, SIGCHLD);
-    const timespec timeout = {sigchld_received != 0 ? 0 : poll_timeout_seconds, 0};
-    const int ready = ppoll(pollfds, nfds, &timeout, &open_mask);
+    const timespec timeout = as_timeout(sigchld_received != 0 ? longest.zero() : longest);
+    // The entry behind the pipes is passed over when there is no descriptor in it.
+    const int ready = ppoll(pollfds, nfds + 1, &timeout, &open_mask);
     if (ready < 0 && errno != EINTR) {
         throw Error(Error::CallerGenericError, "Error calling poll(): %s", std::strerror(errno));
     }
@@ -222,6 +236,14 @@ bool CallerExec::askForChild_(int wait_flags) noexcept {
 void CallerExec::collectChild_(int wait_flags) {
     if (!collected_ && !askForChild_(wait_flags)) {
         throw Error(Error::CallerGenericError, "waitpid returned -1: %s", std::strerror(errno));
+    }
+}
+
+void CallerExec::closePipes_() noexcept {
+    nfds = 0;
+    for (auto& ends : pipes) {
+        ends[parent_end].reset();
+        ends[child_end].reset();
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include "kiln/caller_exec.h"
 #include "kiln/close_descriptors.h"
+#include "kiln/file_size_signal.h"
 #include "kiln/search_path.h"
 
 namespace Kiln {
@@ -56,8 +57,12 @@ std::vector<char*> pointers_to(std::list<std::string>& strings) {
 
 void CallerExec::doKid_() noexcept {
     try {
+        if (intrinsics.own_group) {
+            setpgid(0, 0);
+        }
         connectKid_();
         restoreDispositions_();
+        restore_file_size_signal();
         if (!intrinsics.work_dir.empty() && chdir(intrinsics.work_dir.c_str()) != 0) {
             fail_kid("Can't chdir to %s: %s", intrinsics.work_dir.c_str(), std::strerror(errno));
         }

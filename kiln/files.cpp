@@ -1,11 +1,10 @@
 #include "kiln/files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "kiln/owners.h"
 
 namespace Kiln {
 
@@ -13,12 +12,13 @@ namespace {
 
 constexpr std::size_t piece_size = 65536;
 
-Descriptor open_for_reading(const char* path) {
-    int fd = -1;
-    do {
-        fd = open(path, O_RDONLY | O_CLOEXEC);
-    } while (fd < 0 && errno == EINTR);
-    return Descriptor(fd);
+// 0, or why the file is not one to read to its end.
+int refusal(int fd) {
+    struct stat status = {};
+    if (fstat(fd, &status) != 0) {
+        return errno;
+    }
+    return S_ISFIFO(status.st_mode) ? EOPNOTSUPP : 0;
 }
 
 // Appends everything up to the end of the file. The size that the file system reports is not asked
@@ -40,10 +40,21 @@ int append_rest(int fd, std::string& out) {
 
 }  // namespace
 
+Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
+    int fd = -1;
+    do {
+        fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+    } while (fd < 0 && errno == EINTR);
+    return Descriptor(fd);
+}
+
 int get_file(const std::string& path, std::string& out) {
-    const Descriptor file = open_for_reading(path.c_str());
+    const Descriptor file = open_at_once(path, O_RDONLY);
     if (!file) {
         return errno;
+    }
+    if (const int error = refusal(file.get())) {
+        return error;
     }
     out.clear();
     return append_rest(file.get(), out);

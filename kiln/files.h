@@ -1,14 +1,25 @@
-// Reading whole files, writing whole buffers, and descriptor flags.
+// Opening and reading files, writing whole buffers, and descriptor flags.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstddef>
 #include <string>
 
+#include "kiln/owners.h"
+
 namespace Kiln {
 
+// Opens a file without waiting for anybody, such as the other end of a FIFO; reads and writes do
+// not wait either. Commands do not inherit it and it never becomes the controlling terminal. An
+// interrupted open is repeated. Without a descriptor errno tells why (ENXIO for a FIFO to be
+// written that nobody reads).
+Descriptor open_at_once(const std::string& path, int flags, mode_t mode = 0);
+
 // Reads the whole file, whatever size the file system reports for it. Returns 0 or the system error
-// number. A file that cannot be opened leaves `out` untouched; after a read error `out` holds what
-// had been read before.
+// number: EOPNOTSUPP for a FIFO, whose end is up to others, EAGAIN for a device that has nothing
+// yet. A file that cannot be opened, a FIFO among them, leaves `out` untouched; after a read error
+// `out` holds what had been read before.
 int get_file(const std::string& path, std::string& out);
 
 // Adds O_NONBLOCK to the status flags. Returns -1 with errno set on failure.

@@ -1,10 +1,14 @@
 #include "kiln/log.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+
+#include "kiln/files.h"
 
 namespace {
 
@@ -40,6 +44,16 @@ void write_console(int level, const char* message) {
         write_time_stamp(stdout);
     }
     write_line(level < 0 ? stderr : stdout, level, message);
+}
+
+// Appends, and neither waits for a FIFO's reader nor makes a log that others may write.
+Kiln::File open_log(const char* path) {
+    Kiln::Descriptor descriptor = Kiln::open_at_once(path, O_WRONLY | O_APPEND | O_CREAT, 0644);
+    Kiln::File file(descriptor ? fdopen(descriptor.get(), "a") : nullptr);
+    if (file) {
+        descriptor.release();
+    }
+    return file;
 }
 
 int exchange(int& setting, int value) {
@@ -93,15 +107,15 @@ int err(int status, int errnum, const char* format, ...) {
 
 int log_set_file(const char* path) {
     LogState& state = log_state();
+    const int saved_errno = errno;
     state.log_file.reset();
-    if (path == nullptr) {
-        return 0;
+    int result = 0;
+    if (path != nullptr) {
+        state.log_file = open_log(path);
+        result = state.log_file ? 0 : err(-1, errno, "unable to open log file: %s", path);
     }
-    state.log_file.reset(std::fopen(path, "ae"));
-    if (state.log_file == nullptr) {
-        return err(-1, errno, "unable to open log file: %s", path);
-    }
-    return 0;
+    errno = saved_errno;
+    return result;
 }
 
 int log_set_quiet(int quiet) {

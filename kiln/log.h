@@ -32,8 +32,9 @@ int err(int status, int errnum, const char* format, ...) __attribute__((format(p
 void log_ap(int level, int errnum, const char* format, std::va_list arguments)
     __attribute__((format(printf, 3, 0)));
 
-// Closes the log file, then opens `path` for appending unless it is null. Returns 0, or -1 after
-// reporting through err(); no log file is open then.
+// Closes the log file, then opens `path` for appending unless it is null, with mode 0644 when it is
+// new. Returns 0, or -1 after reporting through err(); no log file is open then. A FIFO that nobody
+// reads cannot be opened, and one that is full loses lines: the log never waits.
 int log_set_file(const char* path);
 
 // Each returns the previous value.

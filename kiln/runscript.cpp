@@ -1,6 +1,5 @@
 #include "kiln/runscript.h"
 
-#include <list>
 #include <utility>
 #include <vector>
 
@@ -8,21 +7,44 @@
 #include "kiln/connector.h"
 #include "kiln/environment.h"
 #include "kiln/error.h"
+#include "kiln/limited_caller.h"
 
-int runscript(std::string command, std::string& out, std::string& err) {
-    const std::list<std::string> arguments = {"-c", std::move(command)};
+namespace {
+
+// Calls the shell and takes over what it wrote. Returns false with the reason in `err` when the
+// machinery fails.
+bool call_shell(Kiln::CallerBase& shell, std::string& out, std::string& err) {
     Kiln::CtoDynaBuf out_buffer;
     Kiln::CtoDynaBuf err_buffer;
     std::vector<Kiln::Connector*> connectors = {nullptr, &out_buffer, &err_buffer};
     try {
-        Kiln::CallerExec shell("sh", arguments, Kiln::current_environment(), {});
         shell.call(connectors);
-        out = std::move(out_buffer.buffer);
-        err = std::move(err_buffer.buffer);
-        return shell.getStatus();
     } catch (const Kiln::Error& error) {
         out.clear();
         err = error.what();
-        return -1;
+        return false;
     }
+    out = std::move(out_buffer.buffer);
+    err = std::move(err_buffer.buffer);
+    return true;
 }
+
+}  // namespace
+
+int runscript(std::string command, std::string& out, std::string& err) {
+    Kiln::CallerExec shell("sh", {"-c", std::move(command)}, Kiln::current_environment(), {});
+    return call_shell(shell, out, err) ? shell.getStatus() : -1;
+}
+
+namespace Kiln {
+
+CommandEnd run_command(std::string command, std::string& out, std::string& err,
+                       const RunLimits& limits) {
+    LimitedCaller shell("sh", {"-c", std::move(command)}, current_environment(), limits);
+    if (!call_shell(shell, out, err)) {
+        return {CommandEnd::failed, -1, false};
+    }
+    return shell.end();
+}
+
+}  // namespace Kiln

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -19,6 +20,8 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
+
+constexpr std::int64_t longest_wait_ms = 1000;
 
 [[noreturn]] void fail(const char* call) {
     throw std::system_error(errno, std::generic_category(), call);
@@ -83,7 +86,8 @@ BoundedTask::End collect(const Pipe& result, const Pipe& messages, SteadyClock::
         if (left <= 0) {
             return BoundedTask::End::too_long;
         }
-        if (poll(entries, 3, static_cast<int>(left)) <= 0) {
+        const auto slice = static_cast<int>(std::min<std::int64_t>(left, longest_wait_ms));
+        if (poll(entries, 3, slice) <= 0) {
             continue;
         }
         if (entries[1].revents != 0) {
@@ -100,7 +104,7 @@ BoundedTask::End collect(const Pipe& result, const Pipe& messages, SteadyClock::
 
 // Whether the child has ended well; one that does not go away in a second is left.
 bool reap(pid_t child) {
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         int status = 0;
         const pid_t reaped = waitpid(child, &status, WNOHANG);
         if (reaped == child) {
@@ -109,7 +113,7 @@ bool reap(pid_t child) {
         if (reaped < 0 && errno != EINTR) {
             return false;
         }
-        poll(nullptr, 0, 10);
+        poll(nullptr, 0, 1);
     }
     return false;
 }

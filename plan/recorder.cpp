@@ -13,8 +13,6 @@
 
 namespace {
 
-// A command that takes longer does not come back at all.
-constexpr int patient_limit_seconds = 600;
 // When somebody wants us to end. All steps together stay below the 90 s that a service manager
 // waits.
 constexpr int hurried_limit_seconds = 10;
@@ -55,8 +53,8 @@ TakenCounts taken_before(std::size_t failed_step) {
 
 }  // namespace
 
-Recorder::Recorder(RecordFile& file, const Host& host)
-    : file_(file), host_(host), progress_line_(STDERR_FILENO) {}
+Recorder::Recorder(RecordFile& file, const Host& host, const StopSignals& stop)
+    : file_(file), host_(host), stop_(stop), progress_line_(STDERR_FILENO) {}
 
 void Recorder::append(const std::string& lines) {
     const std::string trouble = file_.append(lines);

@@ -18,10 +18,13 @@ struct RecordTrouble : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A command that takes longer does not come back at all.
+constexpr int patient_limit_seconds = 600;
+
 class Recorder {
 public:
-    // Both stay the caller's.
-    Recorder(RecordFile& file, const Host& host);
+    // All stay the caller's. The host's commands end when `stop` has been asked for.
+    Recorder(RecordFile& file, const Host& host, const StopSignals& stop);
 
     // Records for the spans, counted from the start of the recording that the file holds, if it
     // holds one. Ends early when a signal asks for it. Throws RecordTrouble; what was recorded
@@ -48,8 +51,8 @@ private:
     bool is_over() { return clock_.now_ms() / 1000 >= start_ + spans_.time; }
 
     RecordFile& file_;
-    Host host_;
-    StopSignals stop_;
+    const Host& host_;
+    const StopSignals& stop_;
     ForwardClock clock_;
     std::int64_t start_ = 0;  // seconds since the epoch
     ScanSpans spans_;

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int longest_wait_ms = 60000;
+
 volatile std::sig_atomic_t signals_seen = 0;
 volatile std::sig_atomic_t signal_writer = -1;
 
@@ -66,7 +68,8 @@ void StopSignals::sleep(int seconds) const {
     const auto end = Clock::now() + std::chrono::seconds(seconds);
     for (auto now = Clock::now(); now < end; now = Clock::now()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
-        const auto slice = static_cast<int>(left < 60000 ? left : 60000);
+        // One more, since a wait may end a little early.
+        const int slice = left < longest_wait_ms ? static_cast<int>(left) + 1 : longest_wait_ms;
         pollfd wake = {wake_fd(), POLLIN, 0};
         if (poll(&wake, 1, slice) > 0) {
             return;

@@ -75,7 +75,7 @@ TEST(CallerExec, ReadsTheRawStatus) {
     const Folder host;
     const auto core_name = [&host](const char* file) {
         const std::string path = host.path + "/" + file;
-        Caller idle("", {"", false, {path.c_str()}});
+        Caller idle("", {"", false, false, {path.c_str()}});
         idle.wait_status = 0x8b;  // signal 11 with a core dump
         idle.analyzeExitStatus_();
         return idle.getCoreDumpName();

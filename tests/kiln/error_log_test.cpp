@@ -55,6 +55,31 @@ TEST(Log, LevelsDecideWhatReachesConsoleAndFile) {
     log_state() = {};
 }
 
+TEST(Files, NothingWaitsForAFifoAndTheLogIsNotForOthersToWrite) {
+    const Folder folder;
+    const std::string fifo = folder.path + "/fifo";
+    const std::string log = folder.path + "/log";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::string text = "old";
+    EXPECT_EQ(Kiln::get_file(fifo, text), EOPNOTSUPP);
+    EXPECT_EQ(text, "old");
+    EXPECT_EQ(Kiln::get_file(folder.path, text), EISDIR);
+    EXPECT_EQ(Kiln::get_file("/dev/null", text), 0);
+    EXPECT_EQ(text, "");
+
+    log_set_quiet(1);
+    errno = EPERM;
+    EXPECT_EQ(log_set_file(fifo.c_str()), -1);
+    EXPECT_EQ(get_last_error(), "unable to open log file: " + fifo + ": No such device or address");
+    umask(0);
+    EXPECT_EQ(log_set_file(log.c_str()), 0);
+    EXPECT_EQ(errno, EPERM);
+    struct stat status = {};
+    EXPECT_EQ(stat(log.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0644U);
+    log_state() = {};
+}
+
 TEST(Log, LongMessagesAreCutAndAFullDeviceChangesNoErrno) {
     log_set_quiet(1);
     log_set_file("/dev/full");

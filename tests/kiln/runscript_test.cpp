@@ -1,17 +1,20 @@
 #include "kiln/runscript.h"
 
-#include <gtest/gtest.h>
+#include <dlfcn.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
 #include "kiln/close_descriptors.h"
+#include "kiln/file_size_signal.h"
 #include "kiln/paths.h"
 #include "kiln/sig_mask.h"
 #include "tests/kiln/kiln_support.h"
 
 namespace {
 
-int pipes_left = -1;  // below 0 for any number
+// How many of these calls still succeed; below 0 for any number.
+int pipes_left = -1;
+int sigactions_left = -1;
 
 }  // namespace
 
@@ -19,6 +22,14 @@ int pipes_left = -1;  // below 0 for any number
 extern "C" int pipe2(int fds[2], int flags) noexcept {
     errno = ENFILE;
     return pipes_left-- == 0 ? -1 : static_cast<int>(syscall(SYS_pipe2, fds, flags));
+}
+extern "C" int sigaction(int number, const struct sigaction* action,
+                         struct sigaction* old) noexcept {
+    static auto* const real =
+        reinterpret_cast<int (*)(int, const struct sigaction*, struct sigaction*)>(
+            dlsym(RTLD_NEXT, "sigaction"));
+    errno = EPERM;
+    return sigactions_left-- == 0 ? -1 : real(number, action, old);
 }
 
 namespace {
@@ -77,36 +88,45 @@ TEST(Runscript, NeitherMissingNorExtraDescriptorsReachTheCommand) {
     }
 }
 
-TEST(Runscript, RestoresTheSignalStateItFound) {
+TEST(Runscript, RestoresTheSignalStateItFoundAndGivesItToTheCommand) {
     EXPECT_TRUE(in_helper_process([] {
         const auto custom = [](int) {};
         std::signal(SIGCHLD, SIG_IGN);
         std::signal(SIGPIPE, custom);
+        std::signal(SIGXFSZ, SIG_DFL);
+        Kiln::ignore_file_size_signal();
+        Kiln::ignore_file_size_signal();  // does not take its own doing for what was there
         Kiln::SigMask mask(std::vector<int>{SIGCHLD});
         mask.block();
         const std::string blocked = mask.dump();
         return gives("echo x; exit 3", 3, "x\n", "") &&  // although children are ignored
-               mask.dump() == blocked && std::signal(SIGCHLD, SIG_DFL) == SIG_IGN &&
-               std::signal(SIGPIPE, SIG_DFL) == custom;
+               gives("kill -XFSZ $$", -1, "", "") && mask.dump() == blocked &&
+               std::signal(SIGCHLD, SIG_DFL) == SIG_IGN &&
+               std::signal(SIGPIPE, SIG_DFL) == custom && std::signal(SIGXFSZ, SIG_DFL) == SIG_IGN;
+    }));
+    EXPECT_TRUE(in_helper_process([] {
+        std::signal(SIGXFSZ, SIG_IGN);  // by whoever started us
+        Kiln::ignore_file_size_signal();
+        return gives("kill -XFSZ $$", 0, "", "");
     }));
 }
 
 TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {
     EXPECT_TRUE(in_helper_process([] {
-        const std::string text = "[Caller] Generic error. ";
+        const auto fails = [](const char* reason) {
+            return gives("true", -1, "", std::string("[Caller] Generic error. ") + reason);
+        };
         dup2(dup(2), 500);
-        Kiln::close_descriptors_one_by_one(
-            3, Kiln::Paths().own_descriptors);  // the way of old kernels
+        Kiln::close_descriptors_one_by_one(3, Kiln::Paths().own_descriptors);
         pipes_left = 1;
-        const bool no_pipe =
-            gives("true", -1, "",
-                  text + "Can't create pipe for callee's 2 fd: Too many open files in system");
-        const bool given_back = open_descriptors() == std::set<std::string>{"0", "1", "2", "3"};
+        bool fine = fails("Can't create pipe for callee's 2 fd: Too many open files in system");
+        sigactions_left = 1;  // without a handler the child's end would never be noticed
+        fine = fails("Can't handle signal 17: Operation not permitted") && fine;
+        fine = open_descriptors() == std::set<std::string>{"0", "1", "2", "3"} && fine;
         const rlimit none = {0, 0};
         setrlimit(RLIMIT_NPROC, &none);
         const bool bound = getuid() != 0 || setuid(65534) == 0;  // root is not
-        return no_pipe && given_back && bound &&
-               gives("true", -1, "", text + "Fork returned: Resource temporarily unavailable");
+        return fails("Fork returned: Resource temporarily unavailable") && bound && fine;
     }));
 }
 
