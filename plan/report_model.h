@@ -16,7 +16,7 @@ struct ReportPoint {
 // One count over time.
 struct ReportSeries {
     std::string name;             // as in the host profile: "numproc"
-    std::string label;            // for a person: "Processes"
+    std::string label;            // for a person: "processes"
     std::string unit;             // "KiB", "pages of 4 KiB"; empty for things that are just counted
     std::int64_t unit_bytes = 0;  // what one unit is in bytes; 0 for things
     std::vector<ReportPoint> points;  // thinned, in the order of time; the peak is among them
@@ -24,6 +24,7 @@ struct ReportSeries {
     int peak_pass = 0;                    // 0 where nothing was measured
     std::optional<std::int64_t> floor;    // what every container gets at least
     std::optional<std::int64_t> barrier;  // of the resulting line; none where it wrapped
+    std::vector<std::string> remarks;
 };
 
 // One line of the configuration, explained.
@@ -58,9 +59,9 @@ struct ReportServer {
     std::int64_t page_size = 0;  // bytes
     std::string start_utc;       // "2026-03-12T14:05:00Z"; empty where unknown
     std::int64_t period = 0;     // seconds between passes
-    int planned_passes = 0;
-    int passes = 0;  // taken, the failed ones not counted
-    int failed_passes = 0;
+    std::int64_t planned_passes = 0;
+    std::int64_t passes = 0;  // taken, the failed ones not counted
+    std::int64_t failed_passes = 0;
     int coverage = 0;              // 1 (hardly) to 5 (complete); 0 where there is nothing to grade
     std::string coverage_grade;    // the grade's name
     std::int64_t longest_gap = 0;  // seconds

@@ -75,7 +75,8 @@ Json series_json(const ReportSeries& series) {
             {"peak", {{"at", series.peak.seconds}, {"value", series.peak.value}}},
             {"pass", series.peak_pass},
             {"floor", optional_json(series.floor)},
-            {"barrier", optional_json(series.barrier)}};
+            {"barrier", optional_json(series.barrier)},
+            {"remarks", series.remarks}};
 }
 
 Json gaps_json(const std::vector<ReportGap>& gaps) {

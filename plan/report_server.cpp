@@ -1,114 +1,104 @@
 #include "plan/report_server.h"
 
 #include <algorithm>
-#include <cctype>
+#include <cstdio>
 #include <limits>
 #include <map>
 #include <utility>
 #include <variant>
 
+#include "plan/explanation.h"
 #include "plan/thinning.h"
 
 namespace {
 
 constexpr std::size_t points_per_series = 200;
-constexpr std::int64_t scanned_page_bytes = 4096;  // the memory scan counts in these
-constexpr std::int64_t own_page_size = -1;         // those of the host
 
-// How a count is called, and what one of it is.
-struct CountLabel {
-    const char* name;
-    const char* label;
-    const char* unit;
-    std::int64_t bytes;
-};
+// A barrier that wrapped around, with its twenty digits, is no height in a chart.
+constexpr std::uint64_t most_drawn = std::numeric_limits<std::int64_t>::max();
 
-constexpr CountLabel count_labels[] = {
-    {"numproc", "Processes", "", 0},
-    {"numtcpsock", "TCP sockets", "", 0},
-    {"numothersock", "Other sockets", "", 0},
-    {"numfile", "Open files", "", 0},
-    {"privvmpages", "Private memory", "pages of 4 KiB", scanned_page_bytes},
-    {"lockedpages", "Locked memory", "pages of 4 KiB", scanned_page_bytes},
-    {"shmpages", "Shared memory", "pages", own_page_size},
-    {"numflock", "File locks", "", 0},
-    {"numiptent", "Packet filter rules and routes", "", 0},
-    {"diskspace", "Disk space", "KiB", 1024},
-    {"diskinodes", "Inodes", "", 0},
-};
-
-// The line of the configuration that says how much of a count the container gets; its name is the
-// count's in capitals.
-const ConfigLine* line_of(const std::vector<ConfigLine>& lines, const std::string& count) {
-    const auto is_its_line = [&count](const ConfigLine& line) {
-        const std::string name = line.name;
-        return std::equal(name.begin(), name.end(), count.begin(), count.end(),
-                          [](char a, char b) { return std::tolower(a) == b; });
-    };
-    const auto found = std::find_if(lines.begin(), lines.end(), is_its_line);
-    return found == lines.end() ? nullptr : &*found;
+std::string unit_text(std::int64_t bytes) {
+    if (bytes < 1024) {
+        return "";
+    }
+    return bytes == 1024 ? "KiB" : "pages of " + std::to_string(bytes / 1024) + " KiB";
 }
 
-void take_points(const Recording& recording, std::size_t field, ReportSeries& series) {
+std::vector<ReportPoint> points_of(const Recording& recording, std::size_t field) {
     std::vector<ReportPoint> points;
     for (const RecordedPass& pass : recording.passes) {
-        if (!pass.taken.test(field)) {
-            continue;
-        }
-        points.push_back({pass.at_ms / 1000, pass.counts.*sample_fields[field].count});
-        if (series.peak_pass == 0 || points.back().value > series.peak.value) {
-            series.peak = points.back();
-            series.peak_pass = pass.number;
+        if (pass.taken.test(field)) {
+            points.push_back({pass.at_ms / 1000, pass.counts.*sample_fields[field].count});
         }
     }
-    series.points = thinned(points, points_per_series);
+    return thinned(points, points_per_series);
 }
 
-void take_limits(const ConfigLine& line, ReportSeries& series) {
-    if (line.barrier <= std::numeric_limits<std::int64_t>::max()) {
-        series.barrier = static_cast<std::int64_t>(line.barrier);
-    }
-    for (const CountRule* rule : line.sources) {
-        if (rule->count == series.name && rule->floor != no_floor) {
-            series.floor = rule->floor;
-        }
-    }
+const LineStory* line_of(const Explanation& explanation, const std::string& name) {
+    const auto found =
+        std::find_if(explanation.lines.begin(), explanation.lines.end(),
+                     [&name](const LineStory& story) { return story.line.name == name; });
+    const bool known = found != explanation.lines.end() && found->basis != Basis::missing;
+    return known ? &*found : nullptr;
 }
 
-ReportSeries make_series(const Recording& recording, const std::vector<ConfigLine>& lines,
-                         const CountLabel& label, std::size_t field) {
+std::optional<std::uint64_t> limit_of(const Explanation& explanation, const char* name) {
+    const LineStory* story = line_of(explanation, name);
+    return story ? std::optional<std::uint64_t>(story->line.limit) : std::nullopt;
+}
+
+ReportSeries make_series(const Recording& recording, const Explanation& explanation,
+                         std::size_t field) {
+    const CountStory& story = explanation.counts[field];
     ReportSeries series;
-    series.name = label.name;
-    series.label = label.label;
-    series.unit = label.unit;
-    series.unit_bytes = label.bytes == own_page_size ? recording.header.page_size : label.bytes;
-    take_points(recording, field, series);
-    if (const ConfigLine* line = line_of(lines, series.name)) {
-        take_limits(*line, series);
+    series.name = story.name;
+    series.label = story.label;
+    series.unit = unit_text(story.unit_bytes);
+    series.unit_bytes = story.unit_bytes;
+    series.points = points_of(recording, field);
+    if (story.peak) {
+        series.peak = {story.peak->at_ms / 1000, story.peak->value};
+        series.peak_pass = story.peak->pass;
     }
+    series.floor = story.floor;
+    const LineStory* line = line_of(explanation, story.line);
+    if (line && line->line.barrier <= most_drawn) {
+        series.barrier = static_cast<std::int64_t>(line->line.barrier);
+    }
+    series.remarks = story.remarks;
     return series;
 }
 
-std::optional<std::uint64_t> limit_of(const std::vector<ConfigLine>& lines, const char* count) {
-    const ConfigLine* line = line_of(lines, count);
-    return line ? std::optional<std::uint64_t>(line->limit) : std::nullopt;
+std::string number_text(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", number);
+    return text;
 }
 
-// Stretches of more than two periods in which nothing was counted.
-std::vector<ReportGap> find_gaps(const Recording& recording) {
-    std::vector<ReportGap> gaps;
-    std::int64_t last_ms = 0;
-    const std::int64_t longest_ms = std::int64_t{2000} * recording.spans().period;
-    for (const RecordedPass& pass : recording.passes) {
-        if (pass.taken.none()) {
-            continue;
-        }
-        if (pass.at_ms - last_ms > longest_ms) {
-            gaps.push_back({last_ms / 1000, pass.at_ms / 1000});
-        }
-        last_ms = pass.at_ms + pass.took_ms;
+// What is added to a value that is multiplied with `margin`.
+std::string margin_text(double margin) {
+    return number_text((margin - 1) * 100) + " %";
+}
+
+ReportLine make_line(const LineStory& story) {
+    ReportLine line;
+    line.name = story.line.name;
+    line.barrier = story.value;
+    if (story.line.kind == ConfigLine::Kind::pair && story.basis != Basis::missing) {
+        line.barrier = std::to_string(story.line.barrier);
+        line.limit = std::to_string(story.line.limit);
     }
-    return gaps;
+    line.meaning = story.meaning;
+    if (story.peak) {
+        line.seen = story.peak->value;
+        line.seen_at = story.peak->at_ms / 1000;
+        line.seen_in_pass = story.peak->pass;
+    }
+    line.basis = name_of(story.basis);
+    line.factor = story.factor ? number_text(static_cast<double>(*story.factor)) : "";
+    line.margin = story.margin && *story.margin > 1 ? margin_text(*story.margin) : "";
+    line.remarks = story.remarks;
+    return line;
 }
 
 // Why the recording has not come to its planned end; empty when it has.
@@ -129,22 +119,32 @@ void take_header(const Recording& recording, ReportServer& server) {
     server.period = recording.spans().period;
 }
 
-void take_passes(const Recording& recording, ReportServer& server) {
-    for (const RecordedPass& pass : recording.passes) {
-        ++(pass.failure ? server.failed_passes : server.passes);
+void take_coverage(const Coverage& coverage, ReportServer& server) {
+    server.planned_passes = coverage.planned;
+    server.passes = coverage.taken;
+    server.failed_passes = coverage.failed;
+    server.longest_gap = coverage.longest_gap_ms / 1000;
+    for (const Gap& gap : coverage.gaps) {
+        server.gaps.push_back({gap.from_ms / 1000, gap.to_ms / 1000});
     }
-    server.gaps = find_gaps(recording);
+    server.coverage = coverage.grade;
+    server.coverage_grade = grade_name(coverage.grade);
 }
 
-void take_config(const Recording& recording, const std::vector<ConfigLine>& lines,
-                 ReportServer& server) {
-    server.memory_limit = limit_of(lines, "slmmemorylimit");
-    server.disk = limit_of(lines, "diskspace");
-    server.processes = limit_of(lines, "numproc");
-    server.descriptors = limit_of(lines, "numfile");
-    for (std::size_t field = 0; field < sample_field_count; ++field) {
-        server.series.push_back(make_series(recording, lines, count_labels[field], field));
+void take_explanation(const Recording& recording, const Explanation& explanation,
+                      ReportServer& server) {
+    take_coverage(explanation.coverage, server);
+    server.memory_limit = limit_of(explanation, "SLMMEMORYLIMIT");
+    server.disk = limit_of(explanation, "DISKSPACE");
+    server.processes = limit_of(explanation, "NUMPROC");
+    server.descriptors = limit_of(explanation, "NUMFILE");
+    for (const LineStory& story : explanation.lines) {
+        server.lines.push_back(make_line(story));
     }
+    for (std::size_t field = 0; field < sample_field_count; ++field) {
+        server.series.push_back(make_series(recording, explanation, field));
+    }
+    server.warnings = explanation.remarks;
 }
 
 void take_notes(const TarnACalculateHWNodeNotes& notes, ReportServer& server) {
@@ -178,19 +178,14 @@ ReportServer report_server(NamedRecording named, ConfigScales scales) {
     const Recording& recording = only.front().recording;
     ReportServer server;
     take_header(recording, server);
-    take_passes(recording, server);
     const Kiln::Result<CombinedScan> combined = combine(only);
     if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
         server.reason = reason->text;
         return server;
     }
     const auto& scan = std::get<CombinedScan>(combined);
-    const ComputedConfig computed = compute_known_lines(scan, scales);
-    take_config(recording, computed.lines, server);
+    take_explanation(recording, explain(only, scan, scales), server);
     take_notes(scan.profile.notes, server);
-    for (const std::string& flaw : find_flaws(only, scan, computed)) {
-        server.warnings.push_back(flaw);
-    }
     server.reason = why_unfinished(recording);
     server.state = server.reason.empty() ? ServerState::done : ServerState::partly;
     return server;

@@ -28,6 +28,7 @@ function chartFigure(series, server, details) {
     setText(figure, "strong", series.label);
     setText(figure, ".peak-text", points.length ? peak : "Nothing was measured.");
     setText(figure, ".rest", rest.filter(Boolean).join(" "));
+    setText(figure, ".remarks", series.remarks.join("; "));
     figure.querySelector("canvas").setAttribute("aria-label",
         visible("Chart of " + series.label + " on " + server.name + " over time. " + peak +
             " The numbers stand in a table below."));
@@ -106,8 +107,9 @@ const marks = {
         const {ctx, chartArea: area, scales} = chart;
         ctx.fillStyle = colour("gap");
         for (const [from, to] of chart.options.gaps) {
-            const left = scales.x.getPixelForValue(from);
-            ctx.fillRect(left, area.top, scales.x.getPixelForValue(to) - left, area.height);
+            const left = Math.min(scales.x.getPixelForValue(from), area.right);
+            const right = Math.min(scales.x.getPixelForValue(to), area.right);
+            ctx.fillRect(left, area.top, right - left, area.height);
         }
     },
     afterDatasetsDraw(chart) {
