@@ -139,4 +139,65 @@ TEST(Page, WhatAHostSaysCannotLeaveTheData) {
     EXPECT_NE(page.find("\\u003c/script>\\u003c!--\\u2028\\ufffd"), std::string::npos);
 }
 
+NamedRecording recording_of(int passes) {
+    NamedRecording named{"web1.jsonl", {}};
+    named.recording.header.host = "web1";
+    named.recording.header.page_size = 4096;
+    named.recording.header.spans = {600, 300};
+    for (int number = 1; number <= passes; ++number) {
+        RecordedPass pass;
+        pass.number = number;
+        pass.at_ms = (number - 1) * 300000;
+        pass.counts.numproc = number == 2 ? 1000 : 300;
+        pass.taken.set();
+        named.recording.passes.push_back(pass);
+    }
+    return named;
+}
+
+TEST(Server, IsDoneOnlyAtThePlannedEnd) {
+    NamedRecording named = recording_of(3);
+    EXPECT_EQ(report_server(named, {}).state, ServerState::partly);
+    EXPECT_NE(report_server(named, {}).reason, "");
+
+    named.recording.summary = Summary();
+    named.recording.summary_is_last = true;
+    ReportServer server = report_server(named, {});
+    EXPECT_EQ(server.state, ServerState::done);
+    EXPECT_EQ(server.reason, "");
+    EXPECT_EQ(server.processes, 1200U);
+    EXPECT_EQ(server.series[0].peak.value, 1000);
+    EXPECT_EQ(server.series[0].peak.seconds, 300);
+    EXPECT_EQ(server.series[0].peak_pass, 2);
+    EXPECT_EQ(server.series[0].barrier, 1200);
+    EXPECT_EQ(server.series[0].floor, 240);
+    add_reason(server, "cannot be reached");
+    EXPECT_EQ(server.state, ServerState::partly);
+    EXPECT_EQ(server.reason, "cannot be reached");
+
+    named.recording.summary_is_last = false;
+    EXPECT_EQ(report_server(named, {}).state, ServerState::partly) << "continued since";
+    named.recording.summary_is_last = true;
+    named.recording.summary->interrupted = true;
+    EXPECT_EQ(report_server(named, {}).state, ServerState::partly);
+    EXPECT_EQ(report_server(recording_of(0), {}).state, ServerState::failed);
+}
+
+TEST(Server, AFolderGivesOneForEveryName) {
+    const std::filesystem::path folder = testing::TempDir() + "report_sources";
+    std::filesystem::create_directories(folder);
+    for (const char* name : {"b.jsonl", "a.failed", "b.failed", "c.conf"}) {
+        std::ofstream(folder / name) << "x";
+    }
+    std::vector<ReportSource> sources;
+    EXPECT_EQ(find_report_sources({folder, "/nowhere/d.jsonl"}, sources), "");
+    std::filesystem::remove_all(folder);
+    ASSERT_EQ(sources.size(), 3U);
+    EXPECT_EQ(sources[0].server + sources[0].recording, "a");
+    EXPECT_EQ(sources[0].reason, folder / "a.failed");
+    EXPECT_EQ(sources[1].recording, folder / "b.jsonl");
+    EXPECT_EQ(sources[1].reason, folder / "b.failed");
+    EXPECT_EQ(sources[2].recording, "/nowhere/d.jsonl");
+}
+
 }  // namespace
