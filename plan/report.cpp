@@ -18,7 +18,7 @@ namespace {
 struct Options {
     bool csv = false;
     bool text = false;
-    std::string title = "Servers";
+    std::string title;
     std::string out_path;
     ScaleOptions scales;
     std::vector<std::string> paths;
@@ -89,6 +89,9 @@ int run(const Options& options) {
         fleet.servers.push_back(read_server(source, scales));
     }
     warn_of_same_names(fleet.servers);
+    if (fleet.title.empty()) {
+        fleet.title = fleet.servers.size() == 1 ? fleet.servers[0].name : "Servers";
+    }
     if (!write_result(options.out_path, written(fleet, options))) {
         return status_io;
     }

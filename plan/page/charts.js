@@ -89,11 +89,14 @@ function level(label, value, ends, dash) {
         borderDash: dash, borderWidth: 2, pointRadius: 0};
 }
 
-function dataSets(series, points, ends) {
+function dataSets(series, points, details, ends) {
+    const isAcross = (segment) => details.gaps.some(
+        ([from, to]) => segment.p0.parsed.x <= from && segment.p1.parsed.x >= to);
     const peak = points.length ? [{x: series.peak.at, y: series.peak.value}] : [];
     return [
         {label: "measured", data: points, borderWidth: 1.5,
-            pointRadius: points.length > 1 ? 0 : 2},
+            pointRadius: points.length > 1 ? 0 : 2,
+            segment: {borderColor: (segment) => isAcross(segment) ? "transparent" : undefined}},
         {label: "peak", data: peak, pointRadius: 4, showLine: false},
         level("floor", series.floor, ends, [2, 3]),
         level("barrier", series.barrier, ends, [7, 4]),
@@ -167,7 +170,7 @@ function draw(figure) {
     const {series, points, details} = plans.get(figure);
     const ends = [0, Math.max(points.length ? points[points.length - 1].x : 0, 1)];
     const plan = {
-        type: "line", data: {datasets: dataSets(series, points, ends)},
+        type: "line", data: {datasets: dataSets(series, points, details, ends)},
         options: options(series, details, ends), plugins: [marks],
     };
     paint(plan);

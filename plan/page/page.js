@@ -142,7 +142,7 @@ function lineRow(details, line) {
     const remarks = line.remarks.map((text) => make("div", "", visible(text)));
     return make("tr", line.basis === "floor" ? "floor-row" : "",
         rowHeading(visible(line.name)),
-        limitCell(line), cell(line.meaning, "number"),
+        limitCell(line), cell(line.meaning, "number meaning"),
         cell(line.seen === null ? "" : count(line.seen), "number"),
         whenCell(details, line), cell(line.basis),
         cell(scaling.filter(Boolean).join(", ")), make("td", "wide", ...remarks));
@@ -251,6 +251,7 @@ addEventListener("beforeprint", beforePrint);
 addEventListener("afterprint", afterPrint);
 matchMedia("(prefers-color-scheme: dark)").addEventListener("change", repaint);
 if (rows.length === 1) {
+    document.querySelector(".tools").hidden = true;
     open(0);
 }
 follow();

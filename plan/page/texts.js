@@ -20,8 +20,8 @@ function bytes(value) {
         value /= 1024;
         unit++;
     }
-    const text = value.toFixed(unit > 0 && value < 100 ? 1 : 0);
-    return text.replace(/\.0$/, "") + " " + units[unit];
+    const text = value.toFixed(unit === 0 || value >= 100 ? 0 : value >= 10 ? 1 : 2);
+    return text.replace(/\.0*$|(\.\d)0$/, "$1") + " " + units[unit];
 }
 
 function span(seconds) {
