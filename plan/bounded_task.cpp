@@ -78,9 +78,8 @@ void read_rest(int fd, std::string& text) {
 // Collects what the child writes until it closes the result, the time is over or somebody wakes us.
 BoundedTask::End collect(const Pipe& result, const Pipe& messages, SteadyClock::time_point end,
                          int wake_fd, BoundedTask& outcome) {
-    pollfd entries[3] = {{result.reader.get(), POLLIN, 0},
-                         {wake_fd, POLLIN, 0},
-                         {messages.reader.get(), POLLIN, 0}};
+    pollfd entries[3] = {
+        {result.reader.get(), POLLIN, 0}, {wake_fd, POLLIN, 0}, {messages.reader.get(), POLLIN, 0}};
     for (;;) {
         const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now()).count();
         if (left <= 0) {
@@ -137,10 +136,9 @@ BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seco
     messages.writer.reset();
 
     BoundedTask outcome;
-    outcome.end = collect(result, messages, start + std::chrono::seconds(limit_seconds), wake_fd,
-                          outcome);
-    outcome.took_ms =
-        std::chrono::duration_cast<milliseconds>(SteadyClock::now() - start).count();
+    outcome.end =
+        collect(result, messages, start + std::chrono::seconds(limit_seconds), wake_fd, outcome);
+    outcome.took_ms = std::chrono::duration_cast<milliseconds>(SteadyClock::now() - start).count();
     read_rest(messages.reader.get(), outcome.messages);
     const bool finished = outcome.end == BoundedTask::End::finished;
     if (!finished) {

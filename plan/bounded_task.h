@@ -16,7 +16,7 @@ struct BoundedTask {
 
 constexpr int no_wake_fd = -1;
 
-// Does the task in a child for so many seconds at most, or until `wake_fd` can be read. A child that
-// cannot be killed (it waits for a dead disk) is left behind. Throws std::system_error when there
-// can be no child.
+// Does the task in a child for so many seconds at most, or until `wake_fd` can be read. A child
+// that cannot be killed (it waits for a dead disk) is left behind. Throws std::system_error when
+// there can be no child.
 BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seconds, int wake_fd);

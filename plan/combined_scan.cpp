@@ -42,9 +42,8 @@ std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordi
             passes.push_back({since_epoch_ms(named.recording, pass.at_ms), &pass});
         }
     }
-    std::stable_sort(passes.begin(), passes.end(), [](const TimedPass& a, const TimedPass& b) {
-        return a.time_ms < b.time_ms;
-    });
+    std::stable_sort(passes.begin(), passes.end(),
+                     [](const TimedPass& a, const TimedPass& b) { return a.time_ms < b.time_ms; });
     return passes;
 }
 
@@ -86,6 +85,7 @@ void keep_findings(const Findings& findings, CombinedScan& scan) {
     scan.profile.ns_attrs = findings.ns_attrs;
     scan.profile.notes = findings.notes;
     scan.profile.nfs_used = findings.nfs_found;
+    scan.reiserfs_found = findings.reiserfs_found;
     if (findings.reiserfs_found) {
         scan.profile.diskinodes = reiserfs_diskinodes;
     }
@@ -98,9 +98,9 @@ struct StepLine {
 };
 
 constexpr StepLine step_lines[] = {
-    {"QUOTAUGIDLIMIT", OneShotStep::quotas},   {"DISTRIBUTION", OneShotStep::distribution},
-    {"HOSTNAME", OneShotStep::host_name},      {"#IP_ADDRESS", OneShotStep::interfaces},
-    {"SEARCHDOMAIN", OneShotStep::resolver},   {"NAMESERVER", OneShotStep::resolver},
+    {"QUOTAUGIDLIMIT", OneShotStep::quotas}, {"DISTRIBUTION", OneShotStep::distribution},
+    {"HOSTNAME", OneShotStep::host_name},    {"#IP_ADDRESS", OneShotStep::interfaces},
+    {"SEARCHDOMAIN", OneShotStep::resolver}, {"NAMESERVER", OneShotStep::resolver},
     {"FEATURES", OneShotStep::mounts},
 };
 

@@ -18,15 +18,16 @@ struct NamedRecording {
 
 struct CombinedScan {
     PhysParams profile;
-    std::int32_t page_size = 0;  // bytes
-    TakenCounts seen;            // the counts that at least one pass has
-    bool has_findings = false;   // of the one-shot steps
+    std::int32_t page_size = 0;         // bytes
+    TakenCounts seen;                   // the counts that at least one pass has
+    bool has_findings = false;          // of the one-shot steps
+    bool reiserfs_found = false;        // the profile's inodes are not what the passes counted
     std::vector<StepFailure> failures;  // of the newest one-shot steps
-    std::string messages;        // what they said on standard error
+    std::string messages;               // what they said on standard error
 };
 
-// The largest of every count; the average over all passes in the order of time; the newest findings.
-// The reason says which recordings are not of one host, or that there is no pass.
+// The largest of every count; the average over all passes in the order of time; the newest
+// findings. The reason says which recordings are not of one host, or that there is no pass.
 Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings);
 
 // A line that cannot be computed, and why.
@@ -42,6 +43,7 @@ struct ComputedConfig {
 
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
 
-// What is wrong with what was computed, a line for each: lines that are missing, passes that failed.
+// What is wrong with what was computed, a line for each: lines that are missing, passes that
+// failed.
 std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
                                     const CombinedScan& scan, const ComputedConfig& computed);

@@ -2,7 +2,7 @@
 #include <unistd.h>
 
 #include <memory>
-#include <variant>
+#include <optional>
 
 #include "calc/env_config.h"
 #include "kiln/files.h"
@@ -28,24 +28,18 @@ int run(const Options& options) {
     if (!read_scales(options.scales, scales)) {
         return status_usage;
     }
-    const std::vector<NamedRecording> recordings = read_recordings(options.paths);
-    if (recordings.empty()) {
+    const std::optional<CombinedRecordings> read = read_and_combine(options.paths);
+    if (!read) {
         return status_io;
     }
-    const Kiln::Result<CombinedScan> combined = combine(recordings);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
-        say(reason->text);
-        return status_io;
-    }
-    const auto& scan = std::get<CombinedScan>(combined);
-    const ComputedConfig computed = compute_known_lines(scan, scales);
+    const ComputedConfig computed = compute_known_lines(read->scan, scales);
     EnvConfig config;
     write_config(computed.lines, config);
     if (!write_result(options.out_path, config.text())) {
         return status_io;
     }
-    write_notes(scan);
-    const std::vector<std::string> flaws = find_flaws(recordings, scan, computed);
+    write_notes(read->scan);
+    const std::vector<std::string> flaws = find_flaws(read->recordings, read->scan, computed);
     for (const std::string& flaw : flaws) {
         say(flaw);
     }

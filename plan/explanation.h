@@ -9,29 +9,8 @@
 
 #include "calc/container_config.h"
 #include "plan/combined_scan.h"
+#include "plan/count_story.h"
 #include "plan/coverage.h"
-
-// The largest value of a count, where it was seen first.
-struct Peak {
-    std::int32_t value = 0;
-    std::int64_t time_ms = 0;    // since the epoch
-    std::int64_t at_ms = 0;      // since the start of its recording
-    std::int32_t pass = 0;       // its number there
-    std::size_t recording = 0;   // which one of those that were given
-};
-
-// One count over all passes.
-struct CountStory {
-    const char* name = "";        // as the profile has it: "numproc"
-    const char* label = "";       // for a person: "processes"
-    std::int64_t unit_bytes = 0;  // what one of it is in bytes; 0 for things
-    const char* line = "";        // the line of the configuration that it gives its size
-    std::optional<std::int32_t> floor;  // what every container gets at least
-    std::optional<Peak> peak;           // none when no pass has it
-    std::int32_t least = 0;
-    std::int32_t median = 0;
-    std::vector<std::string> remarks;  // steady or jumping, a late peak, still rising
-};
 
 // What decided the value of a line.
 enum class Basis {
@@ -45,20 +24,22 @@ enum class Basis {
 const char* name_of(Basis basis);
 
 struct LineStory {
-    ConfigLine line;            // of a missing line only the name counts
+    std::string name;
     Basis basis = Basis::fixed;
-    std::string count;          // the count that gives it its size, empty without one
-    std::optional<Peak> peak;   // of that count
+    std::string count;         // the count that gives it its size, empty without one
+    std::optional<Peak> peak;  // of that count
+    std::string seen;          // the peak in human terms, or what was seen instead of one
     std::optional<std::int32_t> floor;
-    std::optional<float> factor;   // what the count is multiplied with
-    std::optional<double> margin;  // the limit over the barrier
-    std::string value;             // as the configuration has it
-    std::string meaning;           // the barrier in human terms: "16.4 GiB", "288 processes"
-    std::vector<std::string> remarks;
+    std::optional<float> factor;   // what the basis is multiplied with
+    std::optional<double> margin;  // what is kept in reserve, as a factor
+    std::string value;             // as the configuration has it; empty where it has no such line
+    std::string meaning;           // in human terms: "16.4 GiB", "288 processes"
+    std::vector<std::string> made_from;  // of a derived line: the lines behind it
+    std::vector<std::string> remarks;    // what deserves a look
 };
 
 struct Explanation {
-    std::vector<LineStory> lines;    // in the order of the configuration, the missing ones in place
+    std::vector<LineStory> lines;    // in the order of the configuration, the missing ones last
     std::vector<CountStory> counts;  // in the order of sample_fields
     Coverage coverage;
     std::vector<std::string> remarks;  // on the whole: failed passes, failed steps
@@ -67,6 +48,3 @@ struct Explanation {
 // `scan` is what combine() made of the recordings.
 Explanation explain(const std::vector<NamedRecording>& recordings, const CombinedScan& scan,
                     ConfigScales scales);
-
-// "16.4 GiB"; below a KiB "512 bytes".
-std::string bytes_text(std::uint64_t bytes);

@@ -16,6 +16,7 @@ int run(int argc, char** argv) {
         add_record(program),
         add_compute(program),
         add_report(program),
+        add_explain(program),
     };
     try {
         program.parse(argc, argv);

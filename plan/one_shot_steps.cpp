@@ -57,8 +57,8 @@ void read_mounts(const Host& host, Findings& findings) {
 }
 
 constexpr void (*tasks[one_shot_step_count])(const Host&, Findings&) = {
-    count_quotas, list_interfaces, ask_distribution, read_host_name, read_resolver_settings,
-    read_mounts};
+    count_quotas,   list_interfaces,        ask_distribution,
+    read_host_name, read_resolver_settings, read_mounts};
 
 std::string why_not_finished(const BoundedTask& task, int limit_seconds) {
     switch (task.end) {

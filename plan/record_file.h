@@ -21,8 +21,8 @@ public:
     // All of it.
     Kiln::Result<std::string> read() const;
 
-    // Appends whole lines and waits until they are on the disk. Returns what went wrong, or an empty
-    // text; then nothing of them stays in the file, if that can still be helped.
+    // Appends whole lines and waits until they are on the disk. Returns what went wrong, or an
+    // empty text; then nothing of them stays in the file, if that can still be helped.
     std::string append(std::string_view lines);
 
     // Cuts the file behind its first bytes. Returns as append().

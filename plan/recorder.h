@@ -1,4 +1,5 @@
-// The recorder: takes passes as the calculator does and has each on the disk before the next begins.
+// The recorder: takes passes as the calculator does and has each on the disk before the next
+// begins.
 #pragma once
 
 #include <cstdint>

@@ -50,7 +50,8 @@ RecordingHeader read_header(const json& line) {
     header.host = text_member(line, host_name);
     header.machine = text_member(line, machine_name);
     header.kernel = text_member(line, kernel_name);
-    header.page_size = static_cast<std::int32_t>(number_member(line, page_size_name, 1, most_int32));
+    header.page_size =
+        static_cast<std::int32_t>(number_member(line, page_size_name, 1, most_int32));
     header.start = time_member(line, start_name);
     header.spans = read_spans(line);
     return header;
@@ -116,7 +117,8 @@ NetIfaceList read_interfaces(const json& object) {
 TarnACalculateHWNodeNotes read_notes(const json& object) {
     TarnACalculateHWNodeNotes notes;
     for (const json& entry : array_member(object, warnings_name)) {
-        notes.warnings.push_back({count_member(entry, code_name), text_member(entry, message_name)});
+        notes.warnings.push_back(
+            {count_member(entry, code_name), text_member(entry, message_name)});
     }
     for (const json& entry : array_member(object, excludes_name)) {
         notes.excludes.push_back({flag_member(entry, flag_name), text_member(entry, path_name)});
@@ -226,7 +228,8 @@ Kiln::Result<Recording> parse_recording(std::string_view text) {
 bool is_torn_header(std::string_view text) {
     const std::string begin = "{\"" + std::string(format_name) + "\":";
     const std::size_t size = std::min(text.size(), begin.size());
-    return text.find('\n') == std::string_view::npos && text.substr(0, size) == begin.substr(0, size);
+    return text.find('\n') == std::string_view::npos &&
+           text.substr(0, size) == begin.substr(0, size);
 }
 
 ScanSpans Recording::spans() const {

@@ -1,5 +1,5 @@
-// A recording: every sample of one host, a line of JSON each, as `tarnhwplan record` writes them and
-// the other commands read them. Pure: from values to lines and from text to values.
+// A recording: every sample of one host, a line of JSON each, as `tarnhwplan record` writes them
+// and the other commands read them. Pure: from values to lines and from text to values.
 #pragma once
 
 #include <bitset>
@@ -21,12 +21,12 @@ constexpr std::int32_t recording_format = 1;
 
 // The first line.
 struct RecordingHeader {
-    std::string version;          // of the program that made it
-    std::string host;             // what the host calls itself
-    std::string machine;          // kind of processor
-    std::string kernel;           // release
-    std::int32_t page_size = 0;   // bytes
-    std::int64_t start = 0;       // seconds since the epoch
+    std::string version;         // of the program that made it
+    std::string host;            // what the host calls itself
+    std::string machine;         // kind of processor
+    std::string kernel;          // release
+    std::int32_t page_size = 0;  // bytes
+    std::int64_t start = 0;      // seconds since the epoch
     ScanSpans spans;
 };
 
@@ -41,11 +41,11 @@ struct Continuation {
 using TakenCounts = std::bitset<sample_field_count>;  // by the place in sample_fields
 
 struct RecordedPass {
-    std::int32_t number = 0;    // from 1
-    std::int64_t at_ms = 0;     // when it began, since the recording's start
+    std::int32_t number = 0;  // from 1
+    std::int64_t at_ms = 0;   // when it began, since the recording's start
     std::int64_t took_ms = 0;
     SampleCounts counts;
-    TakenCounts taken;          // a failed pass lacks those behind the failure
+    TakenCounts taken;                   // a failed pass lacks those behind the failure
     std::optional<std::string> failure;  // why it ended early
 };
 
@@ -75,7 +75,7 @@ struct Findings {
 
 // The last line.
 struct Summary {
-    std::int64_t at_ms = 0;   // since the recording's start
+    std::int64_t at_ms = 0;    // since the recording's start
     bool interrupted = false;  // a signal ended the recording before its time
     Findings findings;
 };
@@ -86,8 +86,8 @@ struct Recording {
     std::vector<RecordedPass> passes;  // in the order of the lines
     std::optional<Summary> summary;    // the newest
     bool summary_is_last = false;      // nothing was recorded after it
-    std::size_t whole_size = 0;  // bytes of the lines that were written whole
-    bool torn = false;           // more bytes follow: a line that was not
+    std::size_t whole_size = 0;        // bytes of the lines that were written whole
+    bool torn = false;                 // more bytes follow: a line that was not
 
     // Those in force last.
     ScanSpans spans() const;

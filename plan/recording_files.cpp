@@ -19,15 +19,21 @@ Kiln::Result<NamedRecording> read_recording(const std::string& path) {
     return NamedRecording{path, std::get<Recording>(std::move(parsed))};
 }
 
-std::vector<NamedRecording> read_recordings(const std::vector<std::string>& paths) {
-    std::vector<NamedRecording> recordings;
+std::optional<CombinedRecordings> read_and_combine(const std::vector<std::string>& paths) {
+    CombinedRecordings read;
     for (const std::string& path : paths) {
         Kiln::Result<NamedRecording> result = read_recording(path);
         if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
             say(reason->text);
             return {};
         }
-        recordings.push_back(std::get<NamedRecording>(std::move(result)));
+        read.recordings.push_back(std::get<NamedRecording>(std::move(result)));
     }
-    return recordings;
+    Kiln::Result<CombinedScan> combined = combine(read.recordings);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
+        say(reason->text);
+        return {};
+    }
+    read.scan = std::get<CombinedScan>(std::move(combined));
+    return read;
 }

@@ -1,6 +1,7 @@
 // Recordings from files.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,5 +10,10 @@
 // Reads the recording behind the path, or says why it cannot be read.
 Kiln::Result<NamedRecording> read_recording(const std::string& path);
 
-// All of them; none after saying what is wrong with one.
-std::vector<NamedRecording> read_recordings(const std::vector<std::string>& paths);
+struct CombinedRecordings {
+    std::vector<NamedRecording> recordings;
+    CombinedScan scan;
+};
+
+// All of them, which must be of one host. Nothing after saying what is wrong.
+std::optional<CombinedRecordings> read_and_combine(const std::vector<std::string>& paths);

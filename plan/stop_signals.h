@@ -5,8 +5,8 @@
 
 #include "kiln/owners.h"
 
-// Catches SIGINT, SIGTERM and SIGHUP as long as it lives; one that was ignored stays so (nohup). One
-// object at a time.
+// Catches SIGINT, SIGTERM and SIGHUP as long as it lives; one that was ignored stays so (nohup).
+// One object at a time.
 class StopSignals {
 public:
     StopSignals();
