@@ -24,6 +24,7 @@ struct Command {
 
 Command add_record(CLI::App& program);
 Command add_compute(CLI::App& program);
+Command add_report(CLI::App& program);
 Command add_explain(CLI::App& program);
 
 // One line on standard error, behind the program's name.

@@ -15,6 +15,7 @@ int run(int argc, char** argv) {
     const std::vector<Command> commands = {
         add_record(program),
         add_compute(program),
+        add_report(program),
         add_explain(program),
     };
     try {
