@@ -30,8 +30,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/tarnnet-config-version.cmak
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
   DESTINATION ${packagedir} COMPONENT development)
-install(EXPORT tarnnet FILE tarnnet-config.cmake NAMESPACE tarnnet::
+install(EXPORT tarnnet FILE tarnnet-targets.cmake NAMESPACE tarnnet::
   DESTINATION ${packagedir} COMPONENT development)
+install(FILES cmake/tarnnet-config.cmake DESTINATION ${packagedir} COMPONENT development)
 
 # The prefix in tarnnet.pc is given from the file's own place, so that an installed tree may be moved.
 file(RELATIVE_PATH TARNNET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

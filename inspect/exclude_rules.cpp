@@ -81,10 +81,10 @@ void note_mount(const MountEntry& entry, const FsTypeTable& types, MountFindings
 }
 
 void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flags) {
-    while (path.size() > 1 && path.back() == '/') {
+    while (!path.empty() && path.back() == '/') {
         path.pop_back();
     }
-    if (path == "/" || !Kiln::contains(path, "/")) {
+    if (!Kiln::contains(path, "/")) {
         return;
     }
     const auto root = table.find(std::string_view("/"));

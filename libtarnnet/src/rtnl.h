@@ -60,7 +60,7 @@ struct rtnl_sock {
 
 // Is given the sender's address, one message and the caller's argument. The message lies in the
 // receive buffer and is gone after the call. A negative result ends the dump.
-typedef int (*rtnl_filter_fn)(const sockaddr_nl* sender, nlmsghdr* message, void* argument);
+using rtnl_filter_fn = int (*)(const sockaddr_nl* sender, nlmsghdr* message, void* argument);
 
 // Open and bind a close-on-exec netlink socket of `protocol` (rtnl_open: routing), joined to the
 // multicast groups `subscriptions`. 0, or -1 with the system error printed to standard error or the
@@ -82,7 +82,8 @@ int rtnl_send(rtnl_sock* sock, const char* buf, int len);
 // that belong to no or another request go to `junk`, or are skipped without one. 0 at the end of
 // the dump; a callback's negative result; -1 when receiving fails (printed), the kernel answers
 // with an error (printed, errno set) or the socket ends (logged). A datagram with bytes left over
-// behind its last message ends the process with status 1.
+// behind its last message ends the process with status 1: standard streams are flushed, destructors
+// and exit handlers do not run.
 int rtnl_dump_filter(rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
                      void* arg2);
 

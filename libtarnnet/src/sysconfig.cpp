@@ -5,8 +5,6 @@
 #include <string.h>
 #include <unistd.h>
 
-#include <utility>
-
 #include "netinfo/records.h"
 #include "state.h"
 #include "tarnnet.h"
@@ -23,16 +21,18 @@ constexpr size_t longest_line = 65535;  // characters, a longer line continues a
 
 using owned_result = owned<tarnnet_info, tarnnet_release_info_SL>;
 
-owned_text make_path(const char* dir, const char* prefix, const char* name) {
-    char path[path_size];
-    snprintf(path, sizeof(path), "%s/%s%s", dir, prefix, name);
-    return owned_text(strdup(path));
-}
+// Where a path is put together.
+struct path_buffer {
+    char text[path_size];
 
-// The file of that name in the directory, if it exists.
-owned_text file_by_name(const char* dir, const char* name) {
-    owned_text path = make_path(dir, file_prefix, name);
-    return path && access(path.get(), F_OK) == 0 ? std::move(path) : owned_text();
+    void set(const char* dir, const char* prefix, const char* name) {
+        snprintf(text, sizeof(text), "%s/%s%s", dir, prefix, name);
+    }
+};
+
+bool find_by_name(const char* dir, const char* name, path_buffer* path) {
+    path->set(dir, file_prefix, name);
+    return access(path->text, F_OK) == 0;
 }
 
 size_t leading_letters(const char* name) {
@@ -66,13 +66,16 @@ const char* entry_by_hwaddr(const dir_listing& entries, const char* name, const 
     return count == 1 ? any : alike;
 }
 
-owned_text file_by_hwaddr(const char* name, uint32_t kind, const char* hwaddr) {
+bool find_by_hwaddr(const char* name, uint32_t kind, const char* hwaddr, path_buffer* path) {
     if (hwaddr == nullptr || *hwaddr == '\0' || kind == IFT_VLAN) {
-        return owned_text();
+        return false;
     }
     const dir_listing entries(state.host.network_dir);
     const char* entry = entry_by_hwaddr(entries, name, hwaddr);
-    return entry != nullptr ? make_path(state.host.network_dir, "", entry) : owned_text();
+    if (entry != nullptr) {
+        path->set(state.host.network_dir, "", entry);
+    }
+    return entry != nullptr;
 }
 
 bool file_names_device(const char* path, const char* name) {
@@ -85,17 +88,26 @@ bool file_names_device(const char* path, const char* name) {
     return false;
 }
 
-owned_text file_by_device(const char* name) {
+bool find_by_device(const char* name, path_buffer* path) {
     const dir_listing entries(state.host.scripts_dir);
     for (int i = 0; i < entries.count(); ++i) {
         const char* entry = entries.name(i);
         // By its bare name, so it is sought in the working directory and not in the one listed: who
         // starts the program decides whether device lines count. Not to be mended.
         if (has_prefix(entry, file_prefix) && file_names_device(entry, name)) {
-            return make_path(state.host.scripts_dir, "", entry);
+            path->set(state.host.scripts_dir, "", entry);
+            return true;
         }
     }
-    return owned_text();
+    return false;
+}
+
+bool find_path(const char* name, uint32_t kind, const char* hwaddr, path_buffer* path) {
+    if (find_by_name(state.host.scripts_dir, name, path) ||
+        find_by_name(state.host.network_dir, name, path)) {
+        return true;
+    }
+    return state.suse ? find_by_hwaddr(name, kind, hwaddr, path) : find_by_device(name, path);
 }
 
 // Every line that asks for DHCP counts. The record is named, not pointed at: the first mark
@@ -133,17 +145,9 @@ bool ifcfg_line_names_device(const char* line, const char* name) {
 }
 
 owned_text find_sysconfig(const char* name, uint32_t kind, const char* hwaddr) {
-    if (name == nullptr) {
-        return owned_text();
-    }
-    const char* dirs[] = {state.host.scripts_dir, state.host.network_dir};
-    for (const char* dir : dirs) {
-        owned_text path = file_by_name(dir, name);
-        if (path) {
-            return path;
-        }
-    }
-    return state.suse ? file_by_hwaddr(name, kind, hwaddr) : file_by_device(name);
+    path_buffer path;
+    const bool found = name != nullptr && find_path(name, kind, hwaddr, &path);
+    return owned_text(found ? strdup(path.text) : nullptr);
 }
 
 int check_sysconf() {

@@ -1,5 +1,6 @@
-// Fails each allocation of one inventory in turn: nothing crashes, nothing stays held, and the next
-// inventory is whole again. The linker leads the library's calls to the functions below.
+// Fails each allocation and each read of one inventory in turn: nothing crashes, nothing is half
+// taken or stays held, and the next inventory is whole again. The linker leads the library's calls
+// to the functions below.
 #include <dirent.h>
 #include <search.h>
 #include <unistd.h>
@@ -7,6 +8,7 @@
 #include <cerrno>
 
 #include "made_up_host.h"
+#include "text.h"
 
 // There only in a build with the address sanitizer.
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
@@ -41,6 +43,9 @@ MAY_FAIL(int, scandir, -1,
          (const char* path, dirent*** entries, int (*filter)(const dirent*),
           int (*order)(const dirent**, const dirent**)),
          (path, entries, filter, order))
+// Some bytes at a time, so that a file takes many reads.
+MAY_FAIL(ssize_t, read, -1, (int fd, void* buffer, size_t size),
+         (fd, buffer, size < 16 ? size : 16))
 
 namespace {
 
@@ -50,7 +55,29 @@ Lines counted_inventory() {
     return inventory();
 }
 
-TEST_F(MadeUpHost, WithoutMemoryForSomethingLacksThatAndNothingElse) {
+TEST_F(MadeUpHost, HasFilesThatAreReadWholeOrNotAtAll) {
+    const std::string line(99, 'x');
+    std::string text;
+    while (text.size() < 9000)
+        text += line + "\n";
+    write(state.host.vlans, text + "last");
+    for (failing_call = 1;; ++failing_call) {
+        calls = 0;
+        text_file file(state.host.vlans);
+        std::string found;
+        while (const char* next = file.next_line())
+            found += next;
+        if (calls < failing_call) {
+            EXPECT_TRUE(file.is_read());
+            EXPECT_EQ(found, text + "last");
+            break;
+        }
+        ASSERT_TRUE(!file.is_read() && found.empty()) << "call " << failing_call;
+    }
+    failing_call = 0;
+}
+
+TEST_F(MadeUpHost, LacksWhatThereWasNoMemoryForOrCouldNotBeRead) {
     fill();
     const Lines whole = counted_inventory();
     ASSERT_EQ(whole.size(), 11u);

@@ -1,10 +1,14 @@
 // The whole inventory, against the kernel and against made-up files.
+#include <pthread.h>
+
 #include "conf_lists.h"
 #include "made_up_host.h"
 #include "netinfo/kind_parsers.h"
 #include "tests/support/private_host.h"
 
 namespace {
+
+constexpr size_t stack_size = 32 * 1024;
 
 // Runs commands of "ip", one a line. Links stay down, so that the kernel adds no addresses.
 void run_ip(const std::string& commands) {
@@ -87,6 +91,7 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
         pairs.push_back(pair.host_name + std::string(" ") + pair.container_name + " " +
                         std::to_string(pair.veid));
     EXPECT_EQ(pairs, (Lines{"veth102.0 eth1 102", "veth101.0 eth0 101"}));
+    EXPECT_STREQ((*(*configured.vlans.begin()).vlans.begin()).name, "vlan0020") << "the style";
 
     write(state.host.pair_devices, "Version: 1.1\nm veth101.0 m eth0 101\n");
     std::filesystem::remove(state.host.more_pair_devices);
@@ -95,6 +100,23 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     std::filesystem::remove_all(state.host.interfaces);
     EXPECT_EQ(inventory(), (Lines{eth0, "vme1 2 [] []", far0}));
     EXPECT_EQ(inventory(0), (Lines{"eth0 2 [] [dhcp]", "vme1 2 [] []"})) << "nothing asked for";
+}
+
+TEST_F(MadeUpHost, IsReadByAThreadWithASmallStack) {
+    fill();
+    state.host.read_tables = ask_kernel;
+    pthread_attr_t small;
+    ASSERT_EQ(pthread_attr_init(&small), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, stack_size), 0);
+    pthread_t thread;
+    const auto read_host = [](void* lines) -> void* {
+        *static_cast<Lines*>(lines) = inventory();
+        return nullptr;
+    };
+    Lines lines;
+    ASSERT_EQ(pthread_create(&thread, &small, read_host, &lines), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_GE(lines.size(), 9u);
 }
 
 TEST(KindFile, IsOfOneVersionAndGivesTheVlanNamingWord) {

@@ -63,29 +63,22 @@ int compare_networks(const void* a, const void* b) {
 
 using compare_fn = int (*)(const void* a, const void* b);
 
-// The place of an item in a tree, or null. A tree's node begins with the pointer to its item.
-template <class Item>
-Item** place_of(void* const* root, const Item* probe, compare_fn compare) {
-    return static_cast<Item**>(tfind(probe, root, compare));
-}
-
-template <class Item>
-Item* item_of(void* const* root, const Item* probe, compare_fn compare) {
-    Item** place = place_of(root, probe, compare);
+// The item in a tree, or null. A tree's node begins with the pointer to its item.
+void* item_of(void* const* root, const void* probe, compare_fn compare) {
+    void** place = static_cast<void**>(tfind(probe, root, compare));
     return place == nullptr ? nullptr : *place;
 }
 
 // Adds an item; -1 when memory is short or another item has the place.
-template <class Item>
-int add_item(void** root, Item* item, compare_fn compare) {
-    Item** place = static_cast<Item**>(tsearch(item, root, compare));
+int add_item(void** root, void* item, compare_fn compare) {
+    void** place = static_cast<void**>(tsearch(item, root, compare));
     return place != nullptr && *place == item ? 0 : -1;
 }
 
 tarnnetif_info** find_place(const container_node* node, const char* name) {
     tarnnetif_info probe = {};
     probe.name = const_cast<char*>(name);  // the search only reads it
-    return place_of(&node->names, &probe, compare_names);
+    return static_cast<tarnnetif_info**>(tfind(&probe, &node->names, compare_names));
 }
 
 container_node* find_container(container_level* level, uint32_t veid) {
@@ -94,7 +87,8 @@ container_node* find_container(container_level* level, uint32_t veid) {
     }
     if (level->cached == nullptr || level->cached->veid != veid) {
         const container_node probe = {veid, nullptr};
-        level->cached = item_of(&level->containers, &probe, compare_containers);
+        level->cached =
+            static_cast<container_node*>(item_of(&level->containers, &probe, compare_containers));
     }
     return level->cached;
 }
@@ -165,7 +159,7 @@ void level_replace(container_level* level, const tarnnetif_info* record, tarnnet
 network_node* find_network(const kind_slot* slot, const char* network_id) {
     network_node probe = {};
     probe.network_id = const_cast<char*>(network_id);  // the search only reads it
-    return item_of(&slot->networks, &probe, compare_networks);
+    return static_cast<network_node*>(item_of(&slot->networks, &probe, compare_networks));
 }
 
 void free_network(network_node* network) {
