@@ -1,7 +1,5 @@
 // The text of the progress line. Spans and passes are what a scan can have; its clock may jump.
-#include "driver/progress_line.h"
-
-#include <cctype>
+#include "calc/progress_line.h"
 
 #include "fuzz/support.h"
 

@@ -2,7 +2,7 @@
 #include <cerrno>
 #include <optional>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 #include "fuzz/support.h"
 
 namespace {

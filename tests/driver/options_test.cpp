@@ -8,7 +8,7 @@
 #include <cmath>
 #include <vector>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 namespace {
 
