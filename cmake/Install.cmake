@@ -6,9 +6,9 @@ set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
 foreach(program tarnhwcalc tarnhwplan)
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
-    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
+    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program OPTIONAL)
     install(FILES completions/${program}
-      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program OPTIONAL)
   endif()
 endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
@@ -30,8 +30,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/tarnnet-config-version.cmak
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
   DESTINATION ${packagedir} COMPONENT development)
-install(EXPORT tarnnet FILE tarnnet-config.cmake NAMESPACE tarnnet::
+install(EXPORT tarnnet FILE tarnnet-targets.cmake NAMESPACE tarnnet::
   DESTINATION ${packagedir} COMPONENT development)
+install(FILES cmake/tarnnet-config.cmake DESTINATION ${packagedir} COMPONENT development)
 
 # The prefix in tarnnet.pc is given from the file's own place, so that an installed tree may be moved.
 file(RELATIVE_PATH TARNNET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

@@ -1,7 +1,7 @@
 // The time spans of the command line.
 #include <cerrno>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 #include "fuzz/support.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,10 +1,14 @@
 // The whole inventory, against the kernel and against made-up files.
+#include <pthread.h>
+
 #include "conf_lists.h"
 #include "made_up_host.h"
 #include "netinfo/kind_parsers.h"
 #include "tests/support/private_host.h"
 
 namespace {
+
+constexpr size_t stack_size = 32 * 1024;
 
 // Runs commands of "ip", one a line. Links stay down, so that the kernel adds no addresses.
 void run_ip(const std::string& commands) {
@@ -96,6 +100,23 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     std::filesystem::remove_all(state.host.interfaces);
     EXPECT_EQ(inventory(), (Lines{eth0, "vme1 2 [] []", far0}));
     EXPECT_EQ(inventory(0), (Lines{"eth0 2 [] [dhcp]", "vme1 2 [] []"})) << "nothing asked for";
+}
+
+TEST_F(MadeUpHost, IsReadByAThreadWithASmallStack) {
+    fill();
+    state.host.read_tables = ask_kernel;
+    pthread_attr_t small;
+    ASSERT_EQ(pthread_attr_init(&small), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, stack_size), 0);
+    pthread_t thread;
+    const auto read_host = [](void* lines) -> void* {
+        *static_cast<Lines*>(lines) = inventory();
+        return nullptr;
+    };
+    Lines lines;
+    ASSERT_EQ(pthread_create(&thread, &small, read_host, &lines), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_GE(lines.size(), 9u);
 }
 
 TEST(KindFile, IsOfOneVersionAndGivesTheVlanNamingWord) {

@@ -136,7 +136,8 @@ protected:
               "00:18:51:0C:7A:01   veth101.0 00:18:51:0C:7A:02  eth0     101 allow\n"
               "too few fields\n"
               "m veth102.0 m eth1 102");
-        write(state.host.more_pair_devices, "Version: 1.0\nvme1\n\nvme2 more\n");
+        write(state.host.more_pair_devices,
+              "Version: 1.0\nvme1\n\nvme2" + std::string(300, ' ') + "more\n");
         write(state.host.vlans,
               "VLAN Dev name    | VLAN ID\n"
               "Name-Type: VLAN_NAME_TYPE_PLUS_VID\n"

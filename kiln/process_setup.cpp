@@ -1,4 +1,4 @@
-#include "driver/process_setup.h"
+#include "kiln/process_setup.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
