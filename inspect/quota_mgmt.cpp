@@ -14,9 +14,6 @@
 
 namespace {
 
-// What the messages call the live mount table.
-constexpr const char* table_name = "/etc/mtab";
-
 enum MountField : std::size_t { device_field = 0, mount_point_field = 1, options_field = 3 };
 
 bool is_same_file(const std::string& path, const struct stat& wanted) {
@@ -61,13 +58,14 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
     if (stat(name, &wanted) != 0) {
         return err(-1, 0, "Partition or mount point '%s' does not exist", name);
     }
+    const std::string& mtab = host_.paths.mtab;
     std::string table;
-    if (const int error = Kiln::get_file(host_.paths.mtab, table)) {
-        return err(-1, 0, "Error reading '%s': %s", table_name, std::strerror(error));
+    if (const int error = Kiln::get_file(mtab, table)) {
+        return err(-1, 0, "Error reading '%s': %s", mtab.c_str(), std::strerror(error));
     }
     const std::vector<std::string> fields = find_mount_line(table, wanted);
     if (fields.empty()) {
-        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name, table_name);
+        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name, mtab.c_str());
     }
     for (const std::string& option : Kiln::split(",", fields[options_field], 0)) {
         usr = usr || option == "usrquota" || option == "quota";
