@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr double ratio_limit = 2.0;   // with 1,000 links
+constexpr double ratio_limit = 2.6;   // with 1,000 links
 constexpr double growth_limit = 5.0;  // from 250 to 1,000 links
 
 // A network namespace with a /sys that shows it.

@@ -1,4 +1,4 @@
-// What the programs read from their command lines: time spans and factors.
+// What command lines hold: time spans and factors.
 #pragma once
 
 // Reads a span such as "1d2h3m4s": terms in any order, each a number and a unit letter. Stores the

@@ -2,12 +2,15 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tarnhwcalc RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
-install(FILES doc/tarnhwcalc.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
-install(FILES completions/tarnhwcalc
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
-
 set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
+foreach(program tarnhwcalc tarnhwplan)
+  if(TARGET ${program})
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
+    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
+    install(FILES completions/${program}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  endif()
+endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
 # By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
@@ -27,8 +30,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/tarnnet-config-version.cmak
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
   DESTINATION ${packagedir} COMPONENT development)
-install(EXPORT tarnnet FILE tarnnet-config.cmake NAMESPACE tarnnet::
+install(EXPORT tarnnet FILE tarnnet-targets.cmake NAMESPACE tarnnet::
   DESTINATION ${packagedir} COMPONENT development)
+install(FILES cmake/tarnnet-config.cmake DESTINATION ${packagedir} COMPONENT development)
 
 # The prefix in tarnnet.pc is given from the file's own place, so that an installed tree may be moved.
 file(RELATIVE_PATH TARNNET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

@@ -1,4 +1,4 @@
-# What every target of this project shares: warnings, floating-point rules, sanitizers.
+# What every target of this project shares: warnings, floating-point rules, sanitizers, protections.
 
 add_library(tarn_options INTERFACE)
 
@@ -27,6 +27,46 @@ foreach(options tarn_options tarn_c_options)
     target_link_options(${options} INTERFACE -fsanitize=fuzzer-no-link)
   endif()
 endforeach()
+
+if(TARN_HARDEN)
+  include(CheckCXXCompilerFlag)
+  include(CheckCXXSourceCompiles)
+  check_cxx_source_compiles("
+    #if !__has_builtin(__builtin_dynamic_object_size)
+    #error
+    #endif
+    int main() {}" TARN_HAS_FORTIFY_3)
+  # No file tells where it was built, either: the same sources give the same bytes in any folder.
+  target_compile_options(tarn_options INTERFACE
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -fstack-protector-strong
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${TARN_HAS_FORTIFY_3}>,3,2> -D_GLIBCXX_ASSERTIONS)
+  # Each where the processor and the compiler have it.
+  foreach(flag -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+    string(MAKE_C_IDENTIFIER "TARN_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    target_compile_options(tarn_options INTERFACE $<$<BOOL:${${known}}>:${flag}>)
+  endforeach()
+  target_link_options(tarn_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+if(TARN_STATIC)
+  target_compile_options(tarn_options INTERFACE -ffunction-sections -fdata-sections)
+endif()
+
+# tarn_program(NAME SOURCES...): a program that is installed; "programs" builds them all.
+add_custom_target(programs)
+function(tarn_program name)
+  add_executable(${name} ${ARGN})
+  add_dependencies(programs ${name})
+  target_link_libraries(${name} PRIVATE tarn_options)
+  if(TARN_STATIC)
+    target_link_options(${name} PRIVATE -static-pie LINKER:--gc-sections)
+  elseif(NOT TARN_SANITIZE)
+    # The C++ library goes along: the server's own may be older, and with fewer libraries mapped each fork for a command
+    # has less to copy, which a whole run notices. Its unused parts, and the compiler's library if it came along too,
+    # would ask for a newer C library than the program does.
+    target_link_options(${name} PRIVATE -pie -static-libstdc++ LINKER:--gc-sections)
+  endif()
+endfunction()
 
 # tarn_test(NAME SOURCES a.cpp ... LIBS x ...): one GoogleTest program, each of its cases known to ctest. The prefix
 # tells the same case of several builds apart.

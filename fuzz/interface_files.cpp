@@ -5,6 +5,8 @@
 #include "kiln/strings.h"
 #include "sysconfig.h"
 
+using namespace tarnnet;
+
 // Input: an interface name, the lines of an interface file.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string> parts = fuzz::sections(data, size, 2);

@@ -2,8 +2,10 @@
 #include <cstring>
 #include <memory>
 
-#include "fuzz/support.h"
+#include "fuzz/library_support.h"
 #include "rtnl.h"
+
+using namespace tarnnet;
 
 namespace {
 
@@ -27,6 +29,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return 0;
     }
+    fuzz::start_library();
     const int max = data[0] % most_slots;
     --size;
     // A copy of exactly that size, aligned as a message is: a read behind it is noticed.

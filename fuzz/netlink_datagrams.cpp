@@ -4,10 +4,12 @@
 #include <cstring>
 #include <memory>
 
-#include "fuzz/support.h"
+#include "fuzz/library_support.h"
 #include "netinfo/link_facts.h"
 #include "netinfo/link_tables.h"
 #include "rtnl.h"
+
+using namespace tarnnet;
 
 namespace {
 
@@ -35,12 +37,12 @@ void walk(const std::string& datagram, rtnl_filter_fn filter, link_tables* table
     sock.dump_seq = our_sequence;
     const sockaddr_nl kernel = {};
     const rtnl_receivers receivers = {filter, tables, junk, nullptr};
-    const std::unique_ptr<char[]> copy(new char[datagram.size()]);
+    const std::unique_ptr<unsigned char[]> copy(new unsigned char[datagram.size()]);
     std::memcpy(copy.get(), datagram.data(), datagram.size());
     const rtnl_walk end =
-        rtnl_walk_datagram(&sock, &kernel, copy.get(), datagram.size(), &receivers);
+        rtnl_walk_datagram(&sock, &kernel, {copy.get(), datagram.size()}, &receivers);
     fuzz::require(end.remaining <= datagram.size(), "no more is left over than there was");
-    fuzz::require(end.result <= 0 && (end.finished != 0 || end.result == 0), "a documented end");
+    fuzz::require(end.result <= 0 && (end.finished || end.result == 0), "a documented end");
 }
 
 // The C library reads the text of an address and would write the same.
@@ -55,13 +57,13 @@ void check_address(const std::string& text) {
 }
 
 void check_tables(const link_tables& tables) {
-    for (std::size_t i = 0; i < tables.address_count; ++i) {
+    for (std::size_t i = 0; i < tables.addresses.count(); ++i) {
         check_address(tables.addresses[i].text);
     }
-    for (std::size_t i = 0; i < tables.link_count; ++i) {
+    for (std::size_t i = 0; i < tables.links.count(); ++i) {
         const link_entry& link = tables.links[i];
-        char line[ADDRESSES_SIZE];
-        print_selected_addrinfo(&tables, link.index, line);
+        char line[address_line_size];
+        print_selected_addrinfo(tables, link.index, line);
         fuzz::require(std::strlen(link.name) < sizeof(link.name) &&
                           std::strlen(link.hwaddr) < sizeof(link.hwaddr) &&
                           std::strlen(line) < sizeof(line),
@@ -74,13 +76,13 @@ void check_tables(const link_tables& tables) {
 // Input: three datagrams, of links and of the addresses of two families.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string> datagrams = fuzz::sections(data, size, 3);
-    link_tables tables = {};
+    fuzz::start_library();
+    link_tables tables;
     walk(datagrams[0], take_link, &tables, nullptr);
     walk(datagrams[1], take_address, &tables, nullptr);
     walk(datagrams[2], take_address, &tables, refuse);
     sort_addresses(&tables);
     check_tables(tables);
-    free_link_tables(&tables);
     return 0;
 }
 

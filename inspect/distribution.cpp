@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 
 #include "kiln/caller_exec.h"
@@ -19,7 +18,7 @@ constexpr std::int32_t distribution_warning_code = 0;
 // What the script prints, without any blanks; nothing when it cannot be run or does not exit with
 // 0.
 std::optional<std::string> ask_script(const std::string& script) {
-    Kiln::CtoDynaBuf output(std::numeric_limits<unsigned long>::max(), true, nullptr, -1);
+    Kiln::CtoDynaBuf output;
     std::vector<Kiln::Connector*> connectors = {nullptr, &output, nullptr};
     try {
         Kiln::CallerExec caller("sh", {script}, Kiln::current_environment(), {"", false});

@@ -6,21 +6,19 @@
 #include <optional>
 #include <string_view>
 
+#include "kiln/strings.h"
+
 namespace {
 
 bool is_one_of(std::string_view word, std::initializer_list<std::string_view> words) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-bool contains(std::string_view text, std::string_view part) {
-    return text.find(part) != std::string_view::npos;
-}
-
 // Plain substring tests, as required: "noloop" counts as a loop mount.
 bool is_detached(const MountEntry& entry) {
-    return contains(entry.device, "/fd") || contains(entry.device, "/loop") ||
-           contains(entry.options, "loop") || contains(entry.options, "bind") ||
-           contains(entry.options, "removable_t");
+    return Kiln::contains(entry.device, "/fd") || Kiln::contains(entry.device, "/loop") ||
+           Kiln::contains(entry.options, "loop") || Kiln::contains(entry.options, "bind") ||
+           Kiln::contains(entry.options, "removable_t");
 }
 
 // The first rule that applies decides; nothing for a local disk.
@@ -32,7 +30,7 @@ std::optional<MntFlags> classify(const MountEntry& entry, const FsTypeTable& typ
     if (is_one_of(type, {"smbfs", "usbfs", "iso9660", "nfs"})) {
         return MntFlags(true, true);
     }
-    if (is_one_of(type, {"auto", "autofs", "subfs"}) || contains(type, "fuse")) {
+    if (is_one_of(type, {"auto", "autofs", "subfs"}) || Kiln::contains(type, "fuse")) {
         return MntFlags(true, false);
     }
     if (is_detached(entry)) {
@@ -83,10 +81,10 @@ void note_mount(const MountEntry& entry, const FsTypeTable& types, MountFindings
 }
 
 void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flags) {
-    while (path.size() > 1 && path.back() == '/') {
+    while (!path.empty() && path.back() == '/') {
         path.pop_back();
     }
-    if (path == "/" || !contains(path, "/")) {
+    if (!Kiln::contains(path, "/")) {
         return;
     }
     const auto root = table.find(std::string_view("/"));

@@ -7,15 +7,13 @@
 #include <cstring>
 #include <vector>
 
+#include "inspect/mount_table.h"
 #include "inspect/shell_word.h"
 #include "kiln/files.h"
 #include "kiln/log.h"
 #include "kiln/strings.h"
 
 namespace {
-
-// What the messages call the live mount table.
-constexpr const char* table_name = "/etc/mtab";
 
 enum MountField : std::size_t { device_field = 0, mount_point_field = 1, options_field = 3 };
 
@@ -63,11 +61,12 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
     }
     std::string table;
     if (const int error = Kiln::get_file(host_.paths.mtab, table)) {
-        return err(-1, 0, "Error reading '%s': %s", table_name, std::strerror(error));
+        return err(-1, 0, "Error reading '%s': %s", live_table_name, std::strerror(error));
     }
     const std::vector<std::string> fields = find_mount_line(table, wanted);
     if (fields.empty()) {
-        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name, table_name);
+        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name,
+                   live_table_name);
     }
     for (const std::string& option : Kiln::split(",", fields[options_field], 0)) {
         usr = usr || option == "usrquota" || option == "quota";

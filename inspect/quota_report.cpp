@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr const char* digits = "0123456789";
 constexpr std::size_t npos = std::string::npos;
 
 struct GraceUnit {
@@ -48,12 +47,12 @@ public:
     }
 
     void to_blank() { pos_ = find(" "); }
-    void to_digit() { pos_ = find(digits); }
+    void to_digit() { pos_ = find(Kiln::digits); }
     void to_next_number() {
         to_blank();
         to_digit();
     }
-    void past_digits() { pos_ = at_end() ? npos : line_.find_first_not_of(digits, pos_); }
+    void past_digits() { pos_ = at_end() ? npos : line_.find_first_not_of(Kiln::digits, pos_); }
 
     // The text from here to the next blank or the end of the line.
     std::string word() const {
@@ -123,9 +122,9 @@ int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* g
             target->quotas[id] = parse_record(line);
             continue;
         }
-        if (line.find("user quotas") != npos) {
+        if (Kiln::contains(line, "user quotas")) {
             target = usr;
-        } else if (line.find("group quotas") != npos) {
+        } else if (Kiln::contains(line, "group quotas")) {
             target = grp;
         }
         if (first == '-') {

@@ -25,7 +25,7 @@ bool is_plain_shell_word(std::string_view text) {
     }
     std::size_t at = text.find_first_of(acted_on);
     while (at != std::string_view::npos && is_escape(text.substr(at))) {
-        at = text.find_first_of(acted_on, at + 4);
+        at = text.find_first_of(acted_on, at + 1);
     }
     return at == std::string_view::npos;
 }

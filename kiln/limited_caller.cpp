@@ -1,7 +1,5 @@
 #include "kiln/limited_caller.h"
 
-#include <unistd.h>
-
 #include "kiln/sig_mask.h"
 
 namespace Kiln {
@@ -9,10 +7,10 @@ namespace Kiln {
 namespace {
 
 constexpr std::chrono::seconds time_to_die(1);  // what a killed child gets
+constexpr int passes_for_full_pipes = 64;       // one reads a sixteenth of what a pipe holds
 
 CallerExec::Intrinsics in_own_group() {
     CallerExec::Intrinsics options;
-    options.stop_on_exit = true;  // only a true end of the child counts
     options.own_group = true;
     return options;
 }
@@ -27,11 +25,6 @@ LimitedCaller::~LimitedCaller() {
     if (!collected_) {
         killGroup_();
     }
-}
-
-// The child does the same. Whoever comes first, the group is there before it may be killed.
-void LimitedCaller::prepareMainLoop_() {
-    setpgid(pid, pid);
 }
 
 void LimitedCaller::doMainLoop_() {
@@ -62,11 +55,12 @@ void LimitedCaller::awaitChild_(SigMask& mask) {
     }
 }
 
-// What the child has written is in the pipes, but their end may never come. Who is told to stop
-// before it has read everything does not claim to know what the command wrote.
+// What the child has written is in the pipes and is read however late it is, but their end may
+// never come. Who is told to stop before that end does not claim to know what the command wrote.
 void LimitedCaller::awaitOutputs_(SigMask& mask) {
     const Clock::time_point end = Clock::now() + limits_.linger;
-    while (nfds > 0 && Clock::now() < end) {
+    int passes_left = passes_for_full_pipes;
+    while (nfds > 0 && (Clock::now() < end || passes_left-- > 0)) {
         if (passUntil_(mask, end) && nfds > 0) {
             how_ = CommandEnd::stopped;
             return;
@@ -76,7 +70,6 @@ void LimitedCaller::awaitOutputs_(SigMask& mask) {
 
 void LimitedCaller::awaitKilled_(SigMask& mask) {
     const Clock::time_point end = Clock::now() + time_to_die;
-    closePipes_();
     while (!collected_ && Clock::now() < end) {
         passLoop_(mask, end - Clock::now());
     }
@@ -84,7 +77,7 @@ void LimitedCaller::awaitKilled_(SigMask& mask) {
     collected_ = true;  // nobody waits for it any more
 }
 
-// The child itself too, should the system have refused it a group.
+// The child itself too, for it may not have come to making its group.
 void LimitedCaller::killGroup_() noexcept {
     if (pid > 0) {
         kill(-pid, SIGKILL);

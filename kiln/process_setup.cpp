@@ -4,15 +4,26 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
+#include "kiln/file_size_signal.h"
+
 namespace {
+
+// Linux gives a command's arguments a quarter of the limit, 6 MiB at most: more would only take
+// the room of the threads that a command starts.
+constexpr rlim_t useful_stack_bytes = 24 * 1024 * 1024;
 
 void raise_stack_limit() {
     rlimit limit{};
-    if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur != limit.rlim_max) {
-        limit.rlim_cur = limit.rlim_max;
+    if (getrlimit(RLIMIT_STACK, &limit) != 0) {
+        return;
+    }
+    const rlim_t wanted = std::min(limit.rlim_max, useful_stack_bytes);
+    if (limit.rlim_cur < wanted) {
+        limit.rlim_cur = wanted;
         setrlimit(RLIMIT_STACK, &limit);
     }
 }
@@ -34,5 +45,6 @@ void prepare_process() {
     fill_closed_standard_descriptors();
     setenv("LC_ALL", "C", 1);
     raise_stack_limit();
+    Kiln::ignore_file_size_signal();
     errno = saved_errno;
 }

@@ -2,8 +2,6 @@
 
 #include <errno.h>
 #include <stddef.h>
-#include <stdint.h>
-#include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
 
@@ -13,14 +11,15 @@
 #include "state.h"
 #include "text.h"
 
+namespace tarnnet {
+
 namespace {
 
-constexpr const char* conf_path = "/etc/tarn/tarnnet.conf";
-constexpr size_t conf_line_size = 256;  // a longer line continues as the next one
+constexpr size_t longest_line = 255;  // characters, a longer line continues as the next one
 
 struct conf_prefix {
     const char* text;
-    enum conf_key key;
+    conf_key key;
 };
 
 constexpr conf_prefix prefixes[] = {
@@ -40,7 +39,7 @@ const conf_prefix* prefix_of(const char* line) {
 }
 
 // The first interface of a network is its master, the others are its slaves.
-void join_network(struct network* net, const char* ifname) {
+void add_member(network* net, const char* ifname) {
     if (net->master[0] == '\0') {
         copy_cut(net->master, sizeof(net->master), ifname);
     } else {
@@ -49,13 +48,13 @@ void join_network(struct network* net, const char* ifname) {
 }
 
 void take_interfaces(const char* bridge, char* words) {
-    struct network* net = find_network_by_br(bridge);
+    network* net = find_network_by_br(bridge);
     if (net == nullptr) {
         return;
     }
     while (const char* word = strsep(&words, " ")) {
         if (*word != '\0') {
-            join_network(net, word);
+            add_member(net, word);
         }
     }
 }
@@ -63,7 +62,7 @@ void take_interfaces(const char* bridge, char* words) {
 void take_vlans(const char* device, char* words) {
     while (const char* word = strsep(&words, " ")) {
         if (*word != '\0') {
-            add_vlan(device, static_cast<uint32_t>(strtoul(word, nullptr, 10)));
+            add_vlan(device, decimal(word));
         }
     }
 }
@@ -76,7 +75,7 @@ void take_addresses(const char* ifname, char* words) {
     }
 }
 
-void take_line(const struct conf_line* line) {
+void take_line(const conf_line* line) {
     switch (line->key) {
         case CONF_NETWORK:
             add_network(line->value, line->name);
@@ -96,24 +95,22 @@ void take_line(const struct conf_line* line) {
 }
 
 int read_conf_file() {
-    FILE* file = open_text_file(conf_path);
-    if (file == nullptr) {
+    text_file file(state.host.configuration);
+    if (!file.is_read()) {
         return 1;
     }
-    char text[conf_line_size];
-    while (fgets(text, sizeof(text), file) != nullptr) {
-        const struct conf_line line = parse_conf_line(text);
+    while (char* text = file.next_line(longest_line)) {
+        const conf_line line = parse_conf_line(text);
         take_line(&line);
     }
-    fclose(file);
     return 0;
 }
 
 }  // namespace
 
 // VNID_br0="net1"
-struct conf_line parse_conf_line(char* line) {
-    struct conf_line parsed = {CONF_NONE, nullptr, nullptr};
+conf_line parse_conf_line(char* line) {
+    conf_line parsed = {CONF_NONE, nullptr, nullptr};
     const conf_prefix* prefix = prefix_of(line);
     if (prefix == nullptr) {
         return parsed;
@@ -135,17 +132,19 @@ struct conf_line parse_conf_line(char* line) {
 }
 
 int read_tarnnetconf(int force) {
-    flush_networks();
-    flush_vlans();
-    flush_iface_addrs();
+    configured.networks.flush();
+    configured.vlans.flush();
+    configured.iface_addrs.flush();
     read_vlan_config(0);
 
     struct stat status;
-    if (stat(conf_path, &status) < 0) {
+    if (stat(state.host.configuration, &status) < 0) {
         return errno == ENOENT ? 0 : 1;
     }
-    if (!force && status.st_mtime == libtarnnet_state.conf_time) {
+    if (force == 0 && status.st_mtime == state.conf_time) {
         return 0;
     }
     return read_conf_file();
 }
+
+}  // namespace tarnnet

@@ -2,170 +2,135 @@
 
 #include <string.h>
 
+#include "state.h"
 #include "text.h"
+
+namespace tarnnet {
+
+conf_lists configured;
 
 namespace {
 
-struct list_node g_networks = {&g_networks, &g_networks};
-struct list_node g_vlans = {&g_vlans, &g_vlans};
-struct list_node g_veths = {&g_veths, &g_veths};
-struct list_node g_iface_addrs = {&g_iface_addrs, &g_iface_addrs};
-
-template <class Entry>
-Entry* make_entry() {
-    return static_cast<Entry*>(calloc(1, sizeof(Entry)));
+// The set of that device, which is made when there is none; null without memory.
+vlan_set* obtain_vlan_set(const char* device) {
+    char cut[if_name_size];
+    copy_cut(cut, sizeof(cut), device);
+    for (vlan_set& set : configured.vlans) {
+        if (strcmp(set.device, cut) == 0) {
+            return &set;
+        }
+    }
+    auto* set = new vlan_set;
+    if (set != nullptr) {
+        copy_cut(set->device, sizeof(set->device), cut);
+        configured.vlans.add_head(set);
+    }
+    return set;
 }
 
-void free_network(struct network* net) {
-    list_flush<slave_iface>(&net->slaves, free);
-    free(net->network_id);
-    free(net);
-}
-
-template <class Entry>
-void free_set(struct iface_set* set) {
-    list_flush<Entry>(&set->entries, free);
-    free(set);
-}
-
-struct iface_set* find_set(struct list_node* sets, const char* ifname) {
+iface_addr_set* obtain_iface_addr_set(const char* ifname) {
     char cut[if_name_size];
     copy_cut(cut, sizeof(cut), ifname);
-    return list_find<iface_set>(
-        sets, [&cut](const struct iface_set* set) { return strcmp(set->ifname, cut) == 0; });
-}
-
-// Puts `entry`, which may be null for want of memory, into the set of `ifname`, making the set when
-// it is the first entry. Owns `entry` in every case.
-template <class Entry>
-int add_to_set(struct list_node* sets, const char* ifname, Entry* entry) {
-    if (entry == nullptr) {
-        return -1;
-    }
-    struct iface_set* set = find_set(sets, ifname);
-    if (set == nullptr) {
-        set = make_entry<iface_set>();
-        if (set == nullptr) {
-            free(entry);
-            return -1;
+    for (iface_addr_set& set : configured.iface_addrs) {
+        if (strcmp(set.ifname, cut) == 0) {
+            return &set;
         }
-        copy_cut(set->ifname, sizeof(set->ifname), ifname);
-        list_init(&set->entries);
-        list_add_head(sets, &set->node);
     }
-    list_add_head(&set->entries, &entry->node);
-    return 0;
-}
-
-template <class Entry, class Accepts>
-bool set_has(struct list_node* sets, const char* ifname, Accepts accepts) {
-    struct iface_set* set = find_set(sets, ifname);
-    return set != nullptr && list_find<Entry>(&set->entries, accepts) != nullptr;
+    auto* set = new iface_addr_set;
+    if (set != nullptr) {
+        copy_cut(set->ifname, sizeof(set->ifname), cut);
+        configured.iface_addrs.add_head(set);
+    }
+    return set;
 }
 
 }  // namespace
 
 int add_network(const char* network_id, const char* bridge) {
-    auto* net = make_entry<network>();
+    owned_text id(strdup(network_id));
+    auto* net = id ? new network : nullptr;
     if (net == nullptr) {
         return -1;
     }
-    list_init(&net->slaves);
-    net->network_id = strdup(network_id);
-    if (net->network_id == nullptr) {
-        free_network(net);
-        return -1;
-    }
+    net->network_id.reset(id.release());
     copy_cut(net->bridge, sizeof(net->bridge), bridge);
-    list_add_head(&g_networks, &net->node);
+    net->master[0] = '\0';
+    configured.networks.add_head(net);
     return 0;
 }
 
-struct network* find_network_by_br(const char* bridge) {
-    // The whole field is compared: a bridge name that had to be cut is found under its cut form
-    // only.
-    return list_find<network>(&g_networks, [bridge](const struct network* net) {
-        return strncmp(net->bridge, bridge, if_name_size) == 0;
-    });
+network* find_network_by_br(const char* bridge) {
+    for (network& net : configured.networks) {
+        // The whole field is compared: a bridge name that had to be cut is found under its cut form
+        // only.
+        if (strncmp(net.bridge, bridge, if_name_size) == 0) {
+            return &net;
+        }
+    }
+    return nullptr;
 }
 
-int add_slave_iface(struct network* net, const char* ifname) {
-    auto* slave = make_entry<slave_iface>();
+int add_slave_iface(network* net, const char* ifname) {
+    auto* slave = new slave_iface;
     if (slave == nullptr) {
         return -1;
     }
     copy_cut(slave->name, sizeof(slave->name), ifname);
-    list_add_head(&net->slaves, &slave->node);
+    net->slaves.add_head(slave);
     return 0;
 }
 
 int add_vlan(const char* device, uint32_t vlan_id) {
-    const auto same_id = [vlan_id](const vlan_entry* vlan) { return vlan->vlan_id == vlan_id; };
-    if (set_has<vlan_entry>(&g_vlans, device, same_id)) {
-        return 0;
+    vlan_set* set = obtain_vlan_set(device);
+    if (set == nullptr) {
+        return -1;
     }
-    auto* vlan = make_entry<vlan_entry>();
-    if (vlan != nullptr) {
-        vlan->vlan_id = vlan_id;
-        vlan_device_name(vlan->name, vlan_naming(), device, vlan_id);
+    for (const vlan_entry& vlan : set->vlans) {
+        if (vlan.vlan_id == vlan_id) {
+            return 0;
+        }
     }
-    return add_to_set(&g_vlans, device, vlan);
+    auto* vlan = new vlan_entry;
+    if (vlan == nullptr) {
+        return -1;
+    }
+    vlan->vlan_id = vlan_id;
+    vlan_device_name(vlan->name, state.vlan_naming, device, vlan_id);
+    set->vlans.add_head(vlan);
+    return 0;
 }
 
 int add_iface_addr(const char* ifname, const char* address) {
-    char cut[address_size];
+    iface_addr_set* set = obtain_iface_addr_set(ifname);
+    if (set == nullptr) {
+        return -1;
+    }
+    char cut[conf_address_size];
     copy_cut(cut, sizeof(cut), address);
-    const auto same_text = [&cut](const iface_addr* addr) { return strcmp(addr->text, cut) == 0; };
-    if (set_has<iface_addr>(&g_iface_addrs, ifname, same_text)) {
-        return 0;
+    for (const iface_addr& known : set->addresses) {
+        if (strcmp(known.text, cut) == 0) {
+            return 0;
+        }
     }
-    auto* addr = make_entry<iface_addr>();
-    if (addr != nullptr) {
-        memcpy(addr->text, cut, sizeof(cut));
+    auto* entry = new iface_addr;
+    if (entry == nullptr) {
+        return -1;
     }
-    return add_to_set(&g_iface_addrs, ifname, addr);
+    memcpy(entry->text, cut, sizeof(cut));
+    set->addresses.add_head(entry);
+    return 0;
 }
 
 int add_veth(const char* host_name, const char* container_name, uint32_t veid) {
-    auto* pair = make_entry<veth_pair>();
+    auto* pair = new veth_pair;
     if (pair == nullptr) {
         return -1;
     }
     copy_cut(pair->host_name, sizeof(pair->host_name), host_name);
     copy_cut(pair->container_name, sizeof(pair->container_name), container_name);
     pair->veid = veid;
-    list_add_head(&g_veths, &pair->node);
+    configured.veths.add_head(pair);
     return 0;
 }
 
-void flush_networks() {
-    list_flush<network>(&g_networks, free_network);
-}
-
-void flush_vlans() {
-    list_flush<iface_set>(&g_vlans, free_set<vlan_entry>);
-}
-
-void flush_veths() {
-    list_flush<veth_pair>(&g_veths, free);
-}
-
-void flush_iface_addrs() {
-    list_flush<iface_set>(&g_iface_addrs, free_set<iface_addr>);
-}
-
-struct list_node* network_list() {
-    return &g_networks;
-}
-
-struct list_node* vlan_list() {
-    return &g_vlans;
-}
-
-struct list_node* veth_list() {
-    return &g_veths;
-}
-
-struct list_node* iface_addr_list() {
-    return &g_iface_addrs;
-}
+}  // namespace tarnnet

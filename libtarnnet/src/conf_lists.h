@@ -8,70 +8,74 @@
 #include <stdint.h>
 
 #include "list.h"
+#include "owners.h"
 #include "vlan_naming.h"
 
-constexpr size_t address_size = 20;  // 19 characters and the NUL
+namespace tarnnet {
 
-struct slave_iface {
-    struct list_node node;
+constexpr size_t conf_address_size = 20;  // 19 characters and the NUL
+
+struct slave_iface : list_entry {
     char name[if_name_size];
 };
 
 // A configured network: the bridge that carries it and the interfaces joined to it.
-struct network {
-    struct list_node node;
-    char* network_id;  // owned
+struct network : list_entry {
+    ~network() { slaves.flush(); }
+    owned_text network_id;
     char bridge[if_name_size];
     char master[if_name_size];  // empty until set
-    struct list_node slaves;    // of slave_iface
+    list<slave_iface> slaves;
 };
 
-// The entries configured for one interface.
-struct iface_set {
-    struct list_node node;
-    char ifname[if_name_size];
-    struct list_node entries;  // of vlan_entry or iface_addr
-};
-
-struct vlan_entry {
-    struct list_node node;
+struct vlan_entry : list_entry {
     uint32_t vlan_id;
     char name[if_name_size];  // of the VLAN device, in the naming style of the time
 };
 
-struct iface_addr {
-    struct list_node node;
-    char text[address_size];
+// The VLANs of one device, each id once.
+struct vlan_set : list_entry {
+    ~vlan_set() { vlans.flush(); }
+    char device[if_name_size];
+    list<vlan_entry> vlans;
 };
 
-struct veth_pair {
-    struct list_node node;
+struct iface_addr : list_entry {
+    char text[conf_address_size];
+};
+
+// The addresses of one interface, each text once.
+struct iface_addr_set : list_entry {
+    ~iface_addr_set() { addresses.flush(); }
+    char ifname[if_name_size];
+    list<iface_addr> addresses;
+};
+
+struct veth_pair : list_entry {
     char host_name[if_name_size];
     char container_name[if_name_size];
     uint32_t veid;
 };
 
+struct conf_lists {
+    list<network> networks;
+    list<vlan_set> vlans;
+    list<veth_pair> veths;
+    list<iface_addr_set> iface_addrs;
+};
+extern conf_lists configured;
+
 int add_network(const char* network_id, const char* bridge);
 
 // The network added last for that bridge, or null. Owned by the list.
-struct network* find_network_by_br(const char* bridge);
+network* find_network_by_br(const char* bridge);
 
-int add_slave_iface(struct network* net, const char* ifname);
+int add_slave_iface(network* net, const char* ifname);
 
-// Sets: what the device has already is left as it is.
+// Sets: what the device or interface has already is left as it is.
 int add_vlan(const char* device, uint32_t vlan_id);
 int add_iface_addr(const char* ifname, const char* address);
 
 int add_veth(const char* host_name, const char* container_name, uint32_t veid);
 
-void flush_networks();
-void flush_vlans();
-void flush_veths();
-void flush_iface_addrs();
-
-// The heads, for walking: of network, iface_set (of vlan_entry), veth_pair and iface_set (of
-// iface_addr).
-struct list_node* network_list();
-struct list_node* vlan_list();
-struct list_node* veth_list();
-struct list_node* iface_addr_list();
+}  // namespace tarnnet

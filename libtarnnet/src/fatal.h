@@ -4,9 +4,13 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-static inline void fatal_unless(bool condition, const char* expectation) {
+namespace tarnnet {
+
+inline void fatal_unless(bool condition, const char* expectation) {
     if (!condition) {
         fprintf(stderr, "libtarnnet: assertion failed: %s\n", expectation);
         abort();
     }
 }
+
+}  // namespace tarnnet

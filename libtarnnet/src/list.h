@@ -1,58 +1,67 @@
-// Circular doubly linked lists. An entry has a list_node named `node` as its first member; the head
-// is a node of its own.
+// Circular doubly linked lists of entries that are made with new.
 #pragma once
 
 #include <stddef.h>
 #include <stdlib.h>
 
+namespace tarnnet {
+
 struct list_node {
-    struct list_node* prev;
-    struct list_node* next;
+    list_node* prev;
+    list_node* next;
 };
 
-inline void list_init(struct list_node* head) {
-    head->prev = head;
-    head->next = head;
-}
+// What entries derive from. New gives null when memory is short; the C++ library's own operators
+// are not there.
+struct list_entry : list_node {
+    static void* operator new(size_t size) noexcept { return malloc(size); }
+    static void operator delete(void* entry) { free(entry); }
+};
 
-inline bool list_empty(const struct list_node* head) {
-    return head->next == head;
-}
-
-inline void list_add_head(struct list_node* head, struct list_node* node) {
-    node->prev = head;
-    node->next = head->next;
-    head->next->prev = node;
-    head->next = node;
-}
-
-// The entry of a node that is not a head.
+// Owns its entries, but has no destructor, so that a list may outlive all callers: who holds a list
+// for a time ends it with flush().
 template <class Entry>
-Entry* list_entry(struct list_node* node) {
-    static_assert(offsetof(Entry, node) == 0, "the node comes first");
-    return reinterpret_cast<Entry*>(node);
-}
+class list {
+public:
+    class iterator {
+    public:
+        explicit iterator(list_node* node) : node_(node) {}
+        Entry& operator*() const { return *static_cast<Entry*>(node_); }
+        iterator& operator++() {
+            node_ = node_->next;
+            return *this;
+        }
+        bool operator!=(const iterator& other) const { return node_ != other.node_; }
 
-// The first entry that `accepts(entry)`, or null.
-template <class Entry, class Accepts>
-Entry* list_find(struct list_node* head, Accepts accepts) {
-    for (struct list_node* node = head->next; node != head; node = node->next) {
-        auto* entry = list_entry<Entry>(node);
-        if (accepts(entry)) {
-            return entry;
+    private:
+        list_node* node_;
+    };
+
+    constexpr list() : head_{&head_, &head_} {}
+    list(list&&) = delete;
+
+    iterator begin() { return iterator(head_.next); }
+    iterator end() { return iterator(&head_); }
+
+    void add_head(Entry* entry) {
+        entry->prev = &head_;
+        entry->next = head_.next;
+        head_.next->prev = entry;
+        head_.next = entry;
+    }
+
+    // Deletes every entry.
+    void flush() {
+        while (head_.next != &head_) {
+            list_node* node = head_.next;
+            head_.next = node->next;
+            node->next->prev = &head_;
+            delete static_cast<Entry*>(node);
         }
     }
-    return nullptr;
-}
 
-// Empties the list and hands every entry to `release`, which frees it.
-template <class Entry, class Release>
-void list_flush(struct list_node* head, Release release) {
-    struct list_node* node = head->next;
-    list_init(head);
-    while (node != head) {
-        struct list_node* next = node->next;
-        release(list_entry<Entry>(node));
-        node = next;
-    }
-}
+private:
+    list_node head_;
+};
+
+}  // namespace tarnnet

@@ -7,68 +7,88 @@
 #include <unistd.h>
 
 #include "log.h"
+#include "owners.h"
 #include "state.h"
 #include "tarnnet.h"
 
+namespace tarnnet {
+
 namespace {
 
-const char lock_path[] = "/tmp/tarnnetcfg.lck";
-
-// A signal does not end the wait.
-void wait_for_turn(void) {
-    while (sem_wait(&libtarnnet_state.semaphore) != 0 && errno == EINTR) {
+// A signal does not end the wait, here and below.
+void wait_for_turn() {
+    while (sem_wait(&state.semaphore) != 0 && errno == EINTR) {
     }
 }
 
+int wait_for_file(int fd, int operation) {
+    int result = -1;
+    do {
+        result = flock(fd, operation);
+    } while (result != 0 && errno == EINTR);
+    return result;
+}
+
+// Anybody may put something in the file's place, as its directory is everybody's: a link there is
+// never followed.
+int open_lock_file() {
+    return open(state.host.lock_file, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644);
+}
+
 int lock_file(int operation, const char* name) {
-    const int fd = open(lock_path, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0) {
+    owned_fd fd(open_lock_file());
+    if (!fd.is_open()) {
         // The semaphore stays taken here, unlike below; callers release in this case.
         return TARNNET_ERR_STATE;
     }
-    if (flock(fd, operation) != 0) {
-        close(fd);
+    if (wait_for_file(fd.get(), operation) != 0) {
+        fd.reset();
         tarnnetlog("libtarnnet: %s failed", name);
-        sem_post(&libtarnnet_state.semaphore);
+        sem_post(&state.semaphore);
         return TARNNET_ERR_LOCK;
     }
-    libtarnnet_state.lock_fd = fd;
+    state.lock_fd = fd.release();
     tarnnetlog("libtarnnet: %s done", name);
     return 0;
 }
 
+void unlock_file() {
+    const owned_fd fd(state.lock_fd);
+    state.lock_fd = -1;
+    tarnnetlog("libtarnnet: release_tarnnetlock");
+    const int result = flock(fd.get(), LOCK_UN);
+    tarnnetlog("libtarnnet: release_tarnnetlock %s", result != 0 ? "failed" : "done");
+}
+
 }  // namespace
 
+}  // namespace tarnnet
+
 int grab_shared_tarnnetlock(int in_process_only) {
-    const int code = init_libtarnnet_state();
+    const int code = tarnnet::init_libtarnnet_state();
     if (code != 0) {
         return code;
     }
-    wait_for_turn();
+    tarnnet::wait_for_turn();
     if (in_process_only != 0) {
         return 0;
     }
-    tarnnetlog("libtarnnet: grab_shared_tarnnetlock");
-    return lock_file(LOCK_SH, "grab_shared_tarnnetlock");
+    tarnnet::tarnnetlog("libtarnnet: grab_shared_tarnnetlock");
+    return tarnnet::lock_file(LOCK_SH, "grab_shared_tarnnetlock");
 }
 
 int grab_excl_tarnnetlock(void) {
-    const int code = init_libtarnnet_state();
+    const int code = tarnnet::init_libtarnnet_state();
     if (code != 0) {
         return code;
     }
-    wait_for_turn();
-    return lock_file(LOCK_EX, "grab_excl_tarnnetlock");
+    tarnnet::wait_for_turn();
+    return tarnnet::lock_file(LOCK_EX, "grab_excl_tarnnetlock");
 }
 
 void release_tarnnetlock(void) {
-    const int fd = libtarnnet_state.lock_fd;
-    if (fd >= 0) {
-        tarnnetlog("libtarnnet: release_tarnnetlock");
-        const int result = flock(fd, LOCK_UN);
-        tarnnetlog("libtarnnet: release_tarnnetlock %s", result != 0 ? "failed" : "done");
-        close(fd);
-        libtarnnet_state.lock_fd = -1;
+    if (tarnnet::state.lock_fd >= 0) {
+        tarnnet::unlock_file();
     }
-    sem_post(&libtarnnet_state.semaphore);
+    sem_post(&tarnnet::state.semaphore);
 }

@@ -8,10 +8,14 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "owners.h"
+#include "state.h"
+
+namespace tarnnet {
+
 namespace {
 
-constexpr const char* log_path = "/var/log/tarnnetcfg.log";
-constexpr mode_t log_mode = 0666;  // narrowed by the umask
+constexpr mode_t log_mode = 0644;
 constexpr size_t message_size = 1024;
 constexpr size_t stamp_size = 3 * 21 + 1;  // three numbers with their tabs, and the newline
 
@@ -29,12 +33,19 @@ void write_whole(int fd, const char* text, size_t length) {
     }
 }
 
-void append_line(const char* message) {
+// A pipe in the log's place is neither waited for nor written to.
+int open_log() {
     int fd = -1;
     do {
-        fd = open(log_path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, log_mode);
+        fd = open(state.host.log_file,
+                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, log_mode);
     } while (fd < 0 && errno == EINTR);
-    if (fd < 0) {
+    return fd;
+}
+
+void append_line(const char* message) {
+    const owned_fd fd(open_log());
+    if (!fd.is_open() || !fd.is_regular_file()) {
         return;
     }
     char line[stamp_size + message_size];
@@ -42,9 +53,8 @@ void append_line(const char* message) {
         snprintf(line, sizeof(line), "%ld\t%ld\t%ld\t%s\n", static_cast<long>(time(nullptr)),
                  static_cast<long>(getpid()), static_cast<long>(getppid()), message);
     if (length > 0) {
-        write_whole(fd, line, static_cast<size_t>(length));
+        write_whole(fd.get(), line, static_cast<size_t>(length));
     }
-    close(fd);
 }
 
 }  // namespace
@@ -59,3 +69,5 @@ void tarnnetlog(const char* format, ...) {
     append_line(message);
     errno = saved_errno;
 }
+
+}  // namespace tarnnet

@@ -9,28 +9,26 @@
 #include <unistd.h>
 
 #include "log.h"
+#include "owners.h"
+
+namespace tarnnet {
 
 namespace {
 
 constexpr int socket_buffer_bytes = 32768;
 constexpr size_t receive_buffer_bytes = 16384;
 constexpr uint16_t dump_flags = NLM_F_REQUEST | NLM_F_ROOT | NLM_F_MATCH;
-constexpr size_t header_bytes = sizeof(struct nlmsghdr);
-constexpr size_t error_message_bytes = header_bytes + sizeof(struct nlmsgerr);
+constexpr size_t header_bytes = sizeof(nlmsghdr);
 
-static_assert(header_bytes == 16 && error_message_bytes == 36, "the kernel's message format");
-static_assert(sizeof(struct sockaddr_nl) == 12, "the kernel's address format");
-
-struct sockaddr_nl netlink_address(unsigned groups) {
-    struct sockaddr_nl address;
-    memset(&address, 0, sizeof(address));
+sockaddr_nl netlink_address(unsigned groups) {
+    sockaddr_nl address = {};
     address.nl_family = AF_NETLINK;
     address.nl_groups = groups;
     return address;
 }
 
-struct sockaddr* generic(struct sockaddr_nl* address) {
-    return reinterpret_cast<struct sockaddr*>(address);
+sockaddr* generic(sockaddr_nl* address) {
+    return reinterpret_cast<sockaddr*>(address);
 }
 
 int failed(const char* what) {
@@ -40,12 +38,17 @@ int failed(const char* what) {
     return -1;
 }
 
+int receive_error() {
+    fprintf(stderr, "netlink receive error %s (%d)\n", strerror(errno), errno);
+    return -1;
+}
+
 int set_buffer_size(int fd, int option, const char* name) {
     const int size = socket_buffer_bytes;
     return setsockopt(fd, SOL_SOCKET, option, &size, sizeof(size)) < 0 ? failed(name) : 0;
 }
 
-int read_local_address(struct rtnl_sock* sock) {
+int read_local_address(rtnl_sock* sock) {
     socklen_t length = sizeof(sock->local_addr);
     if (getsockname(sock->fd, generic(&sock->local_addr), &length) < 0) {
         return failed("Cannot getsockname");
@@ -61,14 +64,13 @@ int read_local_address(struct rtnl_sock* sock) {
     return 0;
 }
 
-uint32_t next_dump_seq(struct rtnl_sock* sock) {
+uint32_t next_dump_seq(rtnl_sock* sock) {
     sock->dump_seq = ++sock->seq;
     return sock->dump_seq;
 }
 
-struct nlmsghdr dump_header(struct rtnl_sock* sock, int type, size_t body_bytes) {
-    struct nlmsghdr header;
-    memset(&header, 0, sizeof(header));
+nlmsghdr dump_header(rtnl_sock* sock, int type, size_t body_bytes) {
+    nlmsghdr header = {};
     header.nlmsg_len = static_cast<uint32_t>(header_bytes + body_bytes);
     header.nlmsg_type = static_cast<uint16_t>(type);
     header.nlmsg_flags = dump_flags;
@@ -76,34 +78,32 @@ struct nlmsghdr dump_header(struct rtnl_sock* sock, int type, size_t body_bytes)
     return header;
 }
 
-bool answers_dump(const struct rtnl_sock* sock, const struct sockaddr_nl* sender,
-                  const struct nlmsghdr* message) {
+bool answers_dump(const rtnl_sock* sock, const sockaddr_nl* sender, const nlmsghdr* message) {
     return sender->nl_pid == 0 && message->nlmsg_pid == sock->local_addr.nl_pid &&
            message->nlmsg_seq == sock->dump_seq;
 }
 
 // The result of a dump that the kernel answers with an error; an acknowledgement counts as one.
-int kernel_error(const struct nlmsghdr* message) {
-    if (message->nlmsg_len < error_message_bytes) {
+int kernel_error(nlmsghdr* message) {
+    const auto* answer = body_of(message).begin_with<nlmsgerr>();
+    if (answer == nullptr) {
         tarnnetlog("ERROR truncated");
         return -1;
     }
-    struct nlmsgerr answer;
-    memcpy(&answer, message + 1, sizeof(answer));
-    errno = static_cast<int>(0U - static_cast<unsigned>(answer.error));
+    errno = static_cast<int>(0U - static_cast<unsigned>(answer->error));
     return failed("RTNETLINK answers");
 }
 
 // One message of the dump itself.
-void take_answer(const struct sockaddr_nl* sender, struct nlmsghdr* message,
-                 const struct rtnl_receivers* receivers, struct rtnl_walk* walk) {
+void take_answer(const sockaddr_nl* sender, nlmsghdr* message, const rtnl_receivers* receivers,
+                 rtnl_walk* walk) {
     if (message->nlmsg_type == NLMSG_DONE) {
-        walk->finished = 1;
+        walk->finished = true;
         walk->result = 0;
         return;
     }
     if (message->nlmsg_type == NLMSG_ERROR) {
-        walk->finished = 1;
+        walk->finished = true;
         walk->result = kernel_error(message);
         return;
     }
@@ -112,8 +112,8 @@ void take_answer(const struct sockaddr_nl* sender, struct nlmsghdr* message,
 }
 
 // A message of another request or from another sender.
-void take_junk(const struct sockaddr_nl* sender, struct nlmsghdr* message,
-               const struct rtnl_receivers* receivers, struct rtnl_walk* walk) {
+void take_junk(const sockaddr_nl* sender, nlmsghdr* message, const rtnl_receivers* receivers,
+               rtnl_walk* walk) {
     if (receivers->junk != nullptr) {
         walk->result = receivers->junk(sender, message, receivers->junk_arg);
         walk->finished = walk->result < 0;
@@ -122,7 +122,7 @@ void take_junk(const struct sockaddr_nl* sender, struct nlmsghdr* message,
 
 // Receives one datagram, however often that is interrupted. Its length, 0 at the end of the socket,
 // or -1.
-ssize_t receive_datagram(int fd, struct msghdr* header) {
+ssize_t receive_datagram(int fd, msghdr* header) {
     for (;;) {
         const ssize_t received = recvmsg(fd, header, 0);
         if (received >= 0 || (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
@@ -131,13 +131,20 @@ ssize_t receive_datagram(int fd, struct msghdr* header) {
     }
 }
 
-// Receives one datagram and walks it; the same result as for the walk alone.
-struct rtnl_walk dump_step(struct rtnl_sock* sock, const struct rtnl_receivers* receivers,
-                           char* buffer) {
-    const struct rtnl_walk broken = {1, -1, 0};
-    struct sockaddr_nl sender = {};  // stays the kernel when the socket names nobody
-    struct iovec piece = {buffer, receive_buffer_bytes};
-    struct msghdr header = {};
+// The kernel's answer ends in half a message: nothing that follows could be told apart, so that the
+// process has to end. Without its destructors, which would wait for the lock that is held here.
+[[noreturn]] void end_process(size_t remaining) {
+    tarnnetlog("!!!Remnant of size %d", static_cast<int>(remaining));
+    fflush(nullptr);
+    _exit(1);
+}
+
+// Receives one datagram into the buffer and walks it; the same result as for the walk alone.
+rtnl_walk dump_step(rtnl_sock* sock, const rtnl_receivers* receivers, message_bytes buffer) {
+    constexpr rtnl_walk broken = {true, -1, 0};
+    sockaddr_nl sender = {};  // stays the kernel when the socket names nobody
+    iovec piece = {buffer.start, buffer.size};
+    msghdr header = {};
     header.msg_name = &sender;
     header.msg_namelen = sizeof(sender);
     header.msg_iov = &piece;
@@ -145,31 +152,29 @@ struct rtnl_walk dump_step(struct rtnl_sock* sock, const struct rtnl_receivers* 
 
     const ssize_t received = receive_datagram(sock->fd, &header);
     if (received < 0) {
-        fprintf(stderr, "netlink receive error %s (%d)\n", strerror(errno), errno);
+        receive_error();
         return broken;
     }
     if (received == 0) {
         tarnnetlog("EOF on netlink");
         return broken;
     }
-    const struct rtnl_walk walk =
-        rtnl_walk_datagram(sock, &sender, buffer, static_cast<size_t>(received), receivers);
+    const message_bytes datagram = {buffer.start, static_cast<size_t>(received)};
+    const rtnl_walk walk = rtnl_walk_datagram(sock, &sender, datagram, receivers);
     if (walk.finished) {
         return walk;
     }
     if ((header.msg_flags & MSG_TRUNC) != 0) {
         tarnnetlog("Message truncated");
     } else if (walk.remaining > 0) {
-        // Fatal on purpose: a kernel that sends half messages cannot be listened to any further.
-        tarnnetlog("!!!Remnant of size %d", static_cast<int>(walk.remaining));
-        exit(1);
+        end_process(walk.remaining);
     }
     return walk;
 }
 
 }  // namespace
 
-int rtnl_open_byproto(struct rtnl_sock* sock, unsigned subscriptions, int protocol) {
+int rtnl_open_byproto(rtnl_sock* sock, unsigned subscriptions, int protocol) {
     memset(sock, 0, sizeof(*sock));
     sock->fd = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol);
     if (sock->fd < 0) {
@@ -190,36 +195,34 @@ int rtnl_open_byproto(struct rtnl_sock* sock, unsigned subscriptions, int protoc
     return 0;
 }
 
-int rtnl_open(struct rtnl_sock* sock, unsigned subscriptions) {
+int rtnl_open(rtnl_sock* sock, unsigned subscriptions) {
     return rtnl_open_byproto(sock, subscriptions, NETLINK_ROUTE);
 }
 
-void rtnl_close(struct rtnl_sock* sock) {
+void rtnl_close(rtnl_sock* sock) {
     close(sock->fd);
 }
 
-int rtnl_wilddump_request(struct rtnl_sock* sock, int family, int type) {
+int rtnl_wilddump_request(rtnl_sock* sock, int family, int type) {
     struct {
-        struct nlmsghdr header;
-        struct rtgenmsg body;
-        unsigned char padding[3];
-    } request;
-    static_assert(sizeof(request) == 20, "the body is padded to four bytes");
-    memset(&request, 0, sizeof(request));
+        nlmsghdr header;
+        rtgenmsg body;
+        unsigned char padding[3];  // to four bytes
+    } request = {};
     request.header = dump_header(sock, type, sizeof(request) - header_bytes);
     request.body.rtgen_family = static_cast<unsigned char>(family);
     return rtnl_send(sock, reinterpret_cast<const char*>(&request), sizeof(request));
 }
 
-int rtnl_dump_request(struct rtnl_sock* sock, int type, void* req, int len) {
+int rtnl_dump_request(rtnl_sock* sock, int type, void* req, int len) {
     if (len < 0) {
         errno = EINVAL;
         return -1;
     }
-    struct sockaddr_nl kernel = netlink_address(0);
-    struct nlmsghdr header = dump_header(sock, type, static_cast<size_t>(len));
-    struct iovec pieces[] = {{&header, sizeof(header)}, {req, static_cast<size_t>(len)}};
-    struct msghdr message = {};
+    sockaddr_nl kernel = netlink_address(0);
+    nlmsghdr header = dump_header(sock, type, static_cast<size_t>(len));
+    iovec pieces[] = {{&header, sizeof(header)}, {req, static_cast<size_t>(len)}};
+    msghdr message = {};
     message.msg_name = &kernel;
     message.msg_namelen = sizeof(kernel);
     message.msg_iov = pieces;
@@ -227,24 +230,21 @@ int rtnl_dump_request(struct rtnl_sock* sock, int type, void* req, int len) {
     return static_cast<int>(sendmsg(sock->fd, &message, 0));
 }
 
-int rtnl_send(struct rtnl_sock* sock, const char* buf, int len) {
+int rtnl_send(rtnl_sock* sock, const char* buf, int len) {
     if (len < 0) {
         errno = EINVAL;
         return -1;
     }
-    struct sockaddr_nl kernel = netlink_address(0);
+    sockaddr_nl kernel = netlink_address(0);
     return static_cast<int>(
         sendto(sock->fd, buf, static_cast<size_t>(len), 0, generic(&kernel), sizeof(kernel)));
 }
 
-struct rtnl_walk rtnl_walk_datagram(const struct rtnl_sock* sock, const struct sockaddr_nl* sender,
-                                    void* datagram, size_t len,
-                                    const struct rtnl_receivers* receivers) {
-    struct rtnl_walk walk = {0, 0, len};
-    auto* at = static_cast<char*>(datagram);
-    while (walk.remaining >= header_bytes) {
-        auto* message = static_cast<struct nlmsghdr*>(static_cast<void*>(at));
-        if (message->nlmsg_len < header_bytes || message->nlmsg_len > walk.remaining) {
+rtnl_walk rtnl_walk_datagram(const rtnl_sock* sock, const sockaddr_nl* sender,
+                             message_bytes datagram, const rtnl_receivers* receivers) {
+    rtnl_walk walk = {false, 0, 0};
+    while (auto* message = datagram.begin_with<nlmsghdr>()) {
+        if (message->nlmsg_len < header_bytes || message->nlmsg_len > datagram.size) {
             break;
         }
         if (answers_dump(sock, sender, message)) {
@@ -255,26 +255,26 @@ struct rtnl_walk rtnl_walk_datagram(const struct rtnl_sock* sock, const struct s
         if (walk.finished) {
             break;
         }
-        // The last message may come without its padding.
-        const size_t step = (static_cast<size_t>(message->nlmsg_len) + 3) & ~size_t{3};
-        if (step >= walk.remaining) {
-            walk.remaining = 0;
-            break;
-        }
-        at += step;
-        walk.remaining -= step;
+        datagram = datagram.after(message->nlmsg_len);
     }
+    walk.remaining = datagram.size;
     return walk;
 }
 
-int rtnl_dump_filter(struct rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
+int rtnl_dump_filter(rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
                      void* arg2) {
-    const struct rtnl_receivers receivers = {filter, arg1, junk, arg2};
-    alignas(struct nlmsghdr) char buffer[receive_buffer_bytes];
+    const rtnl_receivers receivers = {filter, arg1, junk, arg2};
+    // Not on the stack, which may be a small one.
+    const owned_bytes buffer(static_cast<unsigned char*>(malloc(receive_buffer_bytes)));
+    if (!buffer) {
+        return receive_error();
+    }
     for (;;) {
-        const struct rtnl_walk walk = dump_step(sock, &receivers, buffer);
+        const rtnl_walk walk = dump_step(sock, &receivers, {buffer.get(), receive_buffer_bytes});
         if (walk.finished) {
             return walk.result;
         }
     }
 }
+
+}  // namespace tarnnet

@@ -5,35 +5,37 @@
 
 #include "log.h"
 #include "netinfo/index.h"
-#include "tarnnet.h"
 
-struct libtarnnet_state libtarnnet_state = {TARNNET_ERR_STATE, {}, 0, -1, 0};
+namespace tarnnet {
+
+library_state state;
 
 namespace {
 
 pthread_mutex_t start_mutex = PTHREAD_MUTEX_INITIALIZER;
 
-int start_once(struct libtarnnet_state* state) {
-    if (state->init_code == 0) {
+int start_once() {
+    if (state.init_code == 0) {
         return 0;
     }
     stamp_index_slots();
-    if (sem_init(&state->semaphore, 0, 1) != 0) {
-        state->init_code = TARNNET_ERR_STATE;
-        return state->init_code;
+    if (sem_init(&state.semaphore, 0, 1) != 0) {
+        return TARNNET_ERR_STATE;
     }
-    state->suse = access("/etc/SuSE-release", F_OK) == 0 ? 1 : 0;
-    // The message has a line end of its own, so an empty line follows in the log: kept on purpose.
+    state.suse = access(state.host.suse_release, F_OK) == 0;
+    // The message brings a line end of its own: an empty line in the log follows every start.
     tarnnetlog("init_libtarnnet_state\n");
-    state->init_code = 0;
+    state.init_code = 0;
     return 0;
 }
 
 }  // namespace
 
-int init_libtarnnet_state(void) {
+int init_libtarnnet_state() {
     pthread_mutex_lock(&start_mutex);
-    const int code = start_once(&libtarnnet_state);
+    const int code = start_once();
     pthread_mutex_unlock(&start_mutex);
     return code;
 }
+
+}  // namespace tarnnet

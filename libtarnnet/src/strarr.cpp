@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+namespace tarnnet {
+
 namespace {
 
 size_t count_of(char* const* array) {
@@ -61,3 +63,5 @@ void free_strarr(char** array) {
     }
     free(array);
 }
+
+}  // namespace tarnnet

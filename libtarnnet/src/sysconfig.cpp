@@ -1,10 +1,7 @@
 #include "sysconfig.h"
 
-#include <dirent.h>
-#include <errno.h>
 #include <stddef.h>
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -13,110 +10,29 @@
 #include "tarnnet.h"
 #include "text.h"
 
+namespace tarnnet {
+
 namespace {
 
-constexpr const char* scripts_dir = "/etc/sysconfig/network-scripts";
-constexpr const char* network_dir = "/etc/sysconfig/network";
-constexpr const char* file_prefix = "ifcfg-";
-constexpr const char* boot_key = "BOOTPROTO=";
-constexpr const char* device_key = "DEVICE=";
-constexpr size_t path_size = 512;
-constexpr size_t line_size = 65536;  // a longer line continues as the next one
+constexpr char file_prefix[] = "ifcfg-";
+constexpr char boot_key[] = "BOOTPROTO=";
+constexpr char device_key[] = "DEVICE=";
+constexpr size_t longest_line = 65535;  // characters, a longer line continues as the next one
 
-// The interface files of a directory, in alphabetical order. A directory that is missing is known
-// to be empty; one that cannot be listed is not known.
-struct ifcfg_listing {
-    bool listed;  // whether it was tried
-    bool known;
-    int count;
-    struct dirent** entries;
+using owned_result = owned<tarnnet_info, tarnnet_release_info_SL>;
+
+// Where a path is put together.
+struct path_buffer {
+    char text[path_size];
+
+    void set(const char* dir, const char* prefix, const char* name) {
+        snprintf(text, sizeof(text), "%s/%s%s", dir, prefix, name);
+    }
 };
 
-// A line that names a device, and the file that it was found in.
-struct device_line {
-    const char* entry;  // lies in the listing
-    char* line;         // owned
-};
-
-// What the lookups of one pass over the interfaces share, so that a thousand of them list the
-// directories and read the files once. Each part is filled when it is first asked for.
-struct ifcfg_pass {
-    struct ifcfg_listing scripts;
-    struct ifcfg_listing network;
-    bool devices_read;
-    size_t device_count;
-    struct device_line* devices;
-};
-
-int is_ifcfg(const struct dirent* entry) {
-    return has_prefix(entry->d_name, file_prefix);
-}
-
-struct ifcfg_listing* listing_of(struct ifcfg_listing* listing, const char* dir) {
-    if (!listing->listed) {
-        listing->listed = true;
-        listing->count = scandir(dir, &listing->entries, is_ifcfg, alphasort);
-        listing->known = listing->count >= 0 || errno == ENOENT || errno == ENOTDIR;
-        if (listing->count < 0) {
-            listing->count = 0;
-            listing->entries = nullptr;
-        }
-    }
-    return listing;
-}
-
-void free_listing(struct ifcfg_listing* listing) {
-    for (int i = 0; i < listing->count; ++i) {
-        free(listing->entries[i]);
-    }
-    free(listing->entries);
-}
-
-void free_pass(struct ifcfg_pass* pass) {
-    for (size_t i = 0; i < pass->device_count; ++i) {
-        free(pass->devices[i].line);
-    }
-    free(pass->devices);
-    free_listing(&pass->scripts);
-    free_listing(&pass->network);
-}
-
-int compare_entries(const void* left, const void* right) {
-    auto** a = static_cast<const struct dirent**>(const_cast<void*>(left));
-    auto** b = static_cast<const struct dirent**>(const_cast<void*>(right));
-    return alphasort(a, b);
-}
-
-// Whether a listing rules the file out, which saves asking for it. Only a plain name that fits an
-// entry can be looked up; a listed one is still asked for, as it may be a dangling link.
-bool rules_out(const struct ifcfg_listing* listing, const char* name) {
-    struct dirent wanted = {};
-    const size_t length = strlen(file_prefix) + strlen(name);
-    if (!listing->known || length >= sizeof(wanted.d_name) || strchr(name, '/') != nullptr) {
-        return false;
-    }
-    if (listing->count == 0) {
-        return true;
-    }
-    snprintf(wanted.d_name, sizeof(wanted.d_name), "%s%s", file_prefix, name);
-    const struct dirent* key = &wanted;
-    return bsearch(&key, listing->entries, static_cast<size_t>(listing->count), sizeof(void*),
-                   compare_entries) == nullptr;
-}
-
-bool has_file(struct ifcfg_listing* listing, const char* dir, const char* name) {
-    if (rules_out(listing_of(listing, dir), name)) {
-        return false;
-    }
-    char path[path_size];
-    snprintf(path, sizeof(path), "%s/%s%s", dir, file_prefix, name);
-    return access(path, F_OK) == 0;
-}
-
-char* make_path(const char* dir, const char* prefix, const char* name) {
-    char path[path_size];
-    snprintf(path, sizeof(path), "%s/%s%s", dir, prefix, name);
-    return strdup(path);
+bool find_by_name(const char* dir, const char* name, path_buffer* path) {
+    path->set(dir, file_prefix, name);
+    return access(path->text, F_OK) == 0;
 }
 
 size_t leading_letters(const char* name) {
@@ -130,15 +46,14 @@ size_t leading_letters(const char* name) {
 
 // The entry whose name contains the hardware address, when there is one only; among several the
 // first that also contains the letters which begin the interface name ("eth" of "eth0").
-const char* entry_by_hwaddr(const struct ifcfg_listing* listing, const char* name,
-                            const char* hwaddr) {
+const char* entry_by_hwaddr(const dir_listing& entries, const char* name, const char* hwaddr) {
     const size_t letters = leading_letters(name);
     const char* any = nullptr;
     const char* alike = nullptr;
     int count = 0;
-    for (int i = 0; i < listing->count; ++i) {
-        const char* entry = listing->entries[i]->d_name;
-        if (strstr(entry, hwaddr) == nullptr) {
+    for (int i = 0; i < entries.count(); ++i) {
+        const char* entry = entries.name(i);
+        if (!has_prefix(entry, file_prefix) || strstr(entry, hwaddr) == nullptr) {
             continue;
         }
         ++count;
@@ -151,91 +66,59 @@ const char* entry_by_hwaddr(const struct ifcfg_listing* listing, const char* nam
     return count == 1 ? any : alike;
 }
 
-// Without memory the line is left out.
-void keep_device_line(struct ifcfg_pass* pass, const char* entry, const char* line) {
-    auto* grown = static_cast<struct device_line*>(
-        realloc(pass->devices, (pass->device_count + 1) * sizeof(*pass->devices)));
-    if (grown == nullptr) {
-        return;
-    }
-    pass->devices = grown;
-    char* copy = strdup(line);
-    if (copy != nullptr) {
-        grown[pass->device_count++] = {entry, copy};
-    }
-}
-
-void read_device_lines(struct ifcfg_pass* pass, const char* entry) {
-    // By its bare name, so it is sought in the working directory and not in the one listed.
-    // Deliberate: not to be mended.
-    FILE* file = open_text_file(entry);
-    if (file == nullptr) {
-        return;
-    }
-    char line[line_size];
-    while (fgets(line, sizeof(line), file) != nullptr) {
-        if (has_prefix(line, device_key)) {
-            keep_device_line(pass, entry, line);
-        }
-    }
-    fclose(file);
-}
-
-const char* entry_by_device(struct ifcfg_pass* pass, const char* name) {
-    if (!pass->devices_read) {
-        pass->devices_read = true;
-        const struct ifcfg_listing* scripts = listing_of(&pass->scripts, scripts_dir);
-        for (int i = 0; i < scripts->count; ++i) {
-            read_device_lines(pass, scripts->entries[i]->d_name);
-        }
-    }
-    for (size_t i = 0; i < pass->device_count; ++i) {
-        if (ifcfg_line_names_device(pass->devices[i].line, name)) {
-            return pass->devices[i].entry;
-        }
-    }
-    return nullptr;
-}
-
-char* find_on_suse(struct ifcfg_pass* pass, const char* name, uint32_t kind, const char* hwaddr) {
+bool find_by_hwaddr(const char* name, uint32_t kind, const char* hwaddr, path_buffer* path) {
     if (hwaddr == nullptr || *hwaddr == '\0' || kind == IFT_VLAN) {
-        return nullptr;
+        return false;
     }
-    const char* entry = entry_by_hwaddr(listing_of(&pass->network, network_dir), name, hwaddr);
-    return entry != nullptr ? make_path(network_dir, "", entry) : nullptr;
+    const dir_listing entries(state.host.network_dir);
+    const char* entry = entry_by_hwaddr(entries, name, hwaddr);
+    if (entry != nullptr) {
+        path->set(state.host.network_dir, "", entry);
+    }
+    return entry != nullptr;
 }
 
-char* find_in_pass(struct ifcfg_pass* pass, const char* name, uint32_t kind, const char* hwaddr) {
-    if (name == nullptr) {
-        return nullptr;
+bool file_names_device(const char* path, const char* name) {
+    text_file file(path);
+    while (const char* line = file.next_line(longest_line)) {
+        if (ifcfg_line_names_device(line, name)) {
+            return true;
+        }
     }
-    if (has_file(&pass->scripts, scripts_dir, name)) {
-        return make_path(scripts_dir, file_prefix, name);
+    return false;
+}
+
+bool find_by_device(const char* name, path_buffer* path) {
+    const dir_listing entries(state.host.scripts_dir);
+    for (int i = 0; i < entries.count(); ++i) {
+        const char* entry = entries.name(i);
+        // By its bare name, so it is sought in the working directory and not in the one listed: who
+        // starts the program decides whether device lines count. Not to be mended.
+        if (has_prefix(entry, file_prefix) && file_names_device(entry, name)) {
+            path->set(state.host.scripts_dir, "", entry);
+            return true;
+        }
     }
-    if (has_file(&pass->network, network_dir, name)) {
-        return make_path(network_dir, file_prefix, name);
+    return false;
+}
+
+bool find_path(const char* name, uint32_t kind, const char* hwaddr, path_buffer* path) {
+    if (find_by_name(state.host.scripts_dir, name, path) ||
+        find_by_name(state.host.network_dir, name, path)) {
+        return true;
     }
-    if (libtarnnet_state.suse) {
-        return find_on_suse(pass, name, kind, hwaddr);
-    }
-    const char* entry = entry_by_device(pass, name);
-    return entry != nullptr ? make_path(scripts_dir, "", entry) : nullptr;
+    return state.suse ? find_by_hwaddr(name, kind, hwaddr, path) : find_by_device(name, path);
 }
 
 // Every line that asks for DHCP counts. The record is named, not pointed at: the first mark
 // replaces it by another one.
 void mark_dhcp(const char* name, const char* path) {
-    FILE* file = open_text_file(path);
-    if (file == nullptr) {
-        return;
-    }
-    char line[line_size];
-    while (fgets(line, sizeof(line), file) != nullptr) {
+    text_file file(path);
+    while (const char* line = file.next_line(longest_line)) {
         if (ifcfg_line_asks_dhcp(line)) {
             update_tarnnetif_info(name, 0, IFU_CONF_ADDRESSES, text_value("dhcp"));
         }
     }
-    fclose(file);
 }
 
 }  // namespace
@@ -261,29 +144,26 @@ bool ifcfg_line_names_device(const char* line, const char* name) {
     return end == '\0' || is_space(end);
 }
 
-char* find_sysconfig(const char* name, uint32_t kind, const char* hwaddr) {
-    struct ifcfg_pass pass = {};
-    char* path = find_in_pass(&pass, name, kind, hwaddr);
-    free_pass(&pass);
-    return path;
+owned_text find_sysconfig(const char* name, uint32_t kind, const char* hwaddr) {
+    path_buffer path;
+    const bool found = name != nullptr && find_path(name, kind, hwaddr, &path);
+    return owned_text(found ? strdup(path.text) : nullptr);
 }
 
 int check_sysconf() {
-    const struct tarnnet_filter host = {IFT_ALL, nullptr, nullptr, nullptr, 0, 0};
-    struct tarnnet_info* snapshot = get_cached_info(&host);
-    if (snapshot == nullptr) {
+    const tarnnet_filter host = {IFT_ALL, nullptr, nullptr, nullptr, 0, 0};
+    const owned_result snapshot(get_cached_info(&host));
+    if (!snapshot) {
         return -1;
     }
-    struct ifcfg_pass pass = {};
-    for (struct tarnnetif_info** record = snapshot->records; *record != nullptr; ++record) {
-        const struct tarnnetif_info* found = *record;
-        char* path = find_in_pass(&pass, found->name, found->type, found->hwaddr);
-        if (path != nullptr) {
-            mark_dhcp(found->name, path);
-            free(path);
+    for (tarnnetif_info** record = snapshot->records; *record != nullptr; ++record) {
+        const tarnnetif_info* found = *record;
+        const owned_text path = find_sysconfig(found->name, found->type, found->hwaddr);
+        if (path) {
+            mark_dhcp(found->name, path.get());
         }
     }
-    free_pass(&pass);
-    tarnnet_release_info_SL(snapshot);
     return 0;
 }
+
+}  // namespace tarnnet

@@ -3,37 +3,19 @@
 #include <stdio.h>
 #include <string.h>
 
-namespace {
+namespace tarnnet {
 
-int g_style = VLAN_RAW_NO_PAD;
-
-struct naming_word {
-    const char* word;
-    int style;
-};
-
-constexpr naming_word words[] = {
-    {"VLAN_NAME_TYPE_PLUS_VID", VLAN_PLUS_VID},
-    {"VLAN_NAME_TYPE_RAW_PLUS_VID", VLAN_RAW_PLUS_VID},
-    {"VLAN_NAME_TYPE_PLUS_VID_NO_PAD", VLAN_PLUS_VID_NO_PAD},
-};
-
-}  // namespace
-
-void set_vlan_naming(const char* word) {
-    if (word == nullptr) {
-        return;
+vlan_naming_style style_of_word(const char* word) {
+    if (strcmp(word, "VLAN_NAME_TYPE_PLUS_VID") == 0) {
+        return VLAN_PLUS_VID;
     }
-    g_style = VLAN_RAW_NO_PAD;
-    for (const naming_word& known : words) {
-        if (strcmp(word, known.word) == 0) {
-            g_style = known.style;
-        }
+    if (strcmp(word, "VLAN_NAME_TYPE_RAW_PLUS_VID") == 0) {
+        return VLAN_RAW_PLUS_VID;
     }
-}
-
-int vlan_naming() {
-    return g_style;
+    if (strcmp(word, "VLAN_NAME_TYPE_PLUS_VID_NO_PAD") == 0) {
+        return VLAN_PLUS_VID_NO_PAD;
+    }
+    return VLAN_RAW_NO_PAD;
 }
 
 void vlan_device_name(char name[if_name_size], int style, const char* device, uint32_t vlan_id) {
@@ -55,3 +37,5 @@ void vlan_device_name(char name[if_name_size], int style, const char* device, ui
             break;
     }
 }
+
+}  // namespace tarnnet

@@ -8,12 +8,10 @@
 #include <fstream>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "inspect/host.h"
 
-class MadeUpHost {
-public:
+struct MadeUpHost {
     struct Answer {
         int status = 0;
         std::string out;
@@ -21,19 +19,16 @@ public:
     };
 
     MadeUpHost() {
-        char name[] = "/tmp/made-up-XXXXXX";
-        EXPECT_NE(mkdtemp(name), nullptr);
-        root = name;
+        std::string name = testing::TempDir() + "hostXXXXXX";
+        root = mkdtemp(name.data());
         host.paths = {root,          root + "/types",  root + "/fstab", root + "/mtab",
                       root + "/dns", root + "/record", root + "/detect"};
         host.run = [this](const std::string& command, std::string& out, std::string& err) {
-            asked.push_back(command);
-            const Answer& answer = answers[command];
-            out = answer.out;
-            err = answer.err;
-            return answer.status;
+            ++asked;
+            out = answers[command].out;
+            err = answers[command].err;
+            return answers[command].status;
         };
-        host.host_name = [] { return "box"; };
         host.physical_pages = [] { return -1; };
     }
     ~MadeUpHost() { std::filesystem::remove_all(root); }
@@ -47,6 +42,6 @@ public:
 
     std::string root;                       // of /proc, and of the few files
     std::map<std::string, Answer> answers;  // a command that is not here prints nothing
-    std::vector<std::string> asked;
+    int asked = 0;
     Host host;
 };

@@ -65,14 +65,15 @@ TEST(Resolver, TakesKeywordsWithValues) {
 }
 
 TEST(NetIface, KeepsWhatAContainerNeeds) {
-    std::string texts[] = {"dhcp", "DHCP", "eth0", "10.0.0.1/24", "127.0.0.1/8", "127.0.0.2"};
+    std::string texts[] = {"dhcp",        "DHCP",      "eth0", "10.0.0.1/24",
+                           "127.0.0.1/8", "127.0.0.2", "dhcp6"};
     char* addresses[] = {texts[3].data(), texts[4].data(), texts[5].data(), nullptr};
     tarnnetif_info record = {};
     record.type = IFT_VNIC;
     record.name = texts[2].data();
     record.addresses = addresses;
     EXPECT_FALSE(make_net_iface(record).dhcp);
-    for (const std::size_t first : {0U, 1U, 3U}) {
+    for (const std::size_t first : {0U, 1U, 6U}) {
         char* configured[] = {texts[first].data(), texts[0].data(), nullptr};
         record.conf_addresses = configured;
         const NetIface iface = make_net_iface(record);
@@ -82,45 +83,39 @@ TEST(NetIface, KeepsWhatAContainerNeeds) {
     }
 }
 
-// Each record as ID:BLOCKS,INODES with a triple soft/hard/grace for both.
-std::string show(const Quotas& quotas) {
-    const auto triple = [](const QLimit& limit) {
-        return std::to_string(limit.soft) + "/" + std::to_string(limit.hard) + "/" +
-               std::to_string(limit.grace);
-    };
-    std::string text;
-    for (const auto& [id, quota] : quotas.quotas) {
-        text += std::to_string(id) + ":" + triple(quota.blocks) + "," + triple(quota.inodes) + " ";
-    }
-    return text;
+std::string show(const QLimit& limit) {
+    return std::to_string(limit.soft) + "/" + std::to_string(limit.hard) + "/" +
+           std::to_string(limit.grace);
 }
 
-std::string parse(const std::string& text) {
+// Each record as ID:BLOCKS,INODES with soft/hard/grace for both; the users, "|", the groups.
+std::string parse(const std::string& report) {
     Quotas users;
-    Quotas groups;
     users.quotas[99] = {};
-    groups.quotas[99] = {};
-    EXPECT_EQ(QuotaMgmt::limits_parse_phys(text, &users, &groups), 0);
-    return show(users) + "| " + show(groups);
+    Quotas groups = users;
+    EXPECT_EQ(QuotaMgmt::limits_parse_phys(report, &users, &groups), 0);
+    std::string text;
+    for (const Quotas& records : {users, groups}) {
+        for (const auto& [id, quota] : records.quotas) {
+            text += std::to_string(id) + ":" + show(quota.blocks) + "," + show(quota.inodes) + " ";
+        }
+        text += "| ";
+    }
+    return text.substr(0, text.size() - 2);
 }
 
 TEST(QuotaReport, ReadsBothKinds) {
     EXPECT_EQ(parse("*** Report for user quotas on device /dev/sda3\n"
                     "Block grace time: 7days; Inode grace time: 7days\n"
-                    "                        Block limits                File limits\n"
-                    "User            used    soft    hard  grace    used  soft  hard  grace\n"
+                    "#9 is of the header\n"
                     "----------------------------------------------------------------------\n"
                     "#0        --   20480       0       0              3     0     0\n"
                     "#500      --   20480   50000   60000             12   200   300\n"
                     "#501      ++   61000   50000   60000  6days     230   200   300  23:59\n"
-                    "#502      +-   61000   50000   60000   none     230   200   300\n"
-                    "\n"
+                    "#502      +-   61000   50000   60000   none     230   200   300\n\n"
                     "Statistics:\nTotal blocks: 7\n"
-                    "*** Report for group quotas on device /dev/sda3\n"
-                    "#7 is of the header\n"
-                    "------\n"
-                    "#100      -+   20480       1       2              3     4     5  2months\n"
-                    "\n"
+                    "*** Report for group quotas on device /dev/sda3\n------\n"
+                    "#100      -+   20480       1       2              3     4     5  2months\n\n"
                     "#101      --   1 2 3 4 5 6\n"),
               "0:0/0/0,0/0/0 500:50000/60000/0,200/300/0 501:50000/60000/518400,200/300/86340 "
               "502:50000/60000/0,200/300/0 | 100:1/2/0,4/5/36288000 ");

@@ -85,13 +85,13 @@ TEST(CallerExec, ReadsTheRawStatus) {
     EXPECT_EQ(core_name("0") + core_name("1") + core_name("none"), "corecore.0core");
 }
 
-// Leaves the data where they are, so that its entry is ready at every look; or refuses them.
+// Leaves the data where they are, so that its entry is ready at every look.
 struct Looker : Kiln::Connector {
-    explicit Looker(bool refusing = false) : Connector(nullptr), refuses(refusing) {}
-    long process() override {
-        return refuses ? throw Kiln::Error(Kiln::Error::CallerGenericError, "refused") : 1;
-    }
-    const bool refuses;
+    Looker() : Connector(nullptr) {}
+    long process() override { return 1; }
+};
+struct Refuser : Looker {
+    long process() override { throw Kiln::Error(Kiln::Error::CallerGenericError, "refused"); }
 };
 
 TEST(CallerExec, StopOnExitWaitsForTheChildAndForNobodyElse) {
@@ -109,7 +109,7 @@ TEST(CallerExec, StopOnExitWaitsForTheChildAndForNobodyElse) {
 TEST(CallerExec, AnUnfinishedCallRestoresTheMaskAloneAndLeaksNothing) {
     EXPECT_TRUE(in_helper_process([] {
         const auto before = open_descriptors();
-        Looker out(true);
+        Refuser out;
         std::vector<Kiln::Connector*> connectors = {nullptr, &out, nullptr};
         std::signal(SIGPIPE, SIG_DFL);
         bool fine = Caller("").enter(connectors) > 0 && std::signal(SIGPIPE, SIG_DFL) == SIG_DFL;

@@ -16,14 +16,8 @@ int waiting_in(int fd) {
 }
 
 TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
-    struct Case {
-        unsigned long limit;
-        bool drain;
-        long result;
-        std::size_t kept;
-        int copied;  // up to here
-    };
-    const Case cases[] = {
+    // Limit, whether to drain; result, bytes kept, bytes copied up to here.
+    const std::tuple<unsigned long, bool, long, std::size_t, int> cases[] = {
         {4097, false, 4096, 4096, 4096},
         {4096, false, 0, 4096, 4096},  // just full, though nothing was dropped
         {10, true, 4096, 10, 8192},
@@ -32,11 +26,11 @@ TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
     ASSERT_EQ(pipe(tee), 0);
     const Kiln::Descriptor zeros(open("/dev/zero", O_RDONLY));
     pollfd entry = {zeros.get(), 0, 0};
-    for (const Case& c : cases) {
-        Kiln::CtoDynaBuf buffer(c.limit, c.drain, &entry, tee[1]);
-        EXPECT_EQ(buffer.process(), c.result) << c.limit;
-        EXPECT_EQ(buffer.buffer.size(), c.kept) << c.limit;
-        EXPECT_EQ(waiting_in(tee[0]), c.copied) << c.limit;
+    for (const auto& [limit, drain, result, kept, copied] : cases) {
+        Kiln::CtoDynaBuf buffer(limit, drain, &entry, tee[1]);
+        EXPECT_EQ(buffer.process(), result) << limit;
+        EXPECT_EQ(buffer.buffer.size(), kept) << limit;
+        EXPECT_EQ(waiting_in(tee[0]), copied) << limit;
     }
     Kiln::CtoDynaBuf buffer(~0UL, false, &entry, tee[0]);  // nothing can be written there
     EXPECT_EQ(buffer.process(), 4096);
@@ -48,19 +42,24 @@ TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
 
 int ends[2] = {-1, -1};
 
-TEST(WriteAll, GoesOnAfterAnInterruptionAndTellsWhatIsLeft) {
+TEST(WriteAll, GoesOnAfterInterruptedAndPartialWritesAndTellsWhatIsLeft) {
     ASSERT_EQ(pipe(ends), 0);
-    ASSERT_EQ(Kiln::write_all(ends[1], std::string(65536, 'x').data(), 65536), 0U);  // full now
-    soon([](int) {
-        char room[65536];
-        EXPECT_EQ(read(ends[0], room, sizeof room), 65536);
-    });
-    EXPECT_EQ(Kiln::write_all(ends[1], "yz", 2), 0U);
-    EXPECT_EQ(waiting_in(ends[0]), 2);
+    const std::string full(65536, 'x');  // what a pipe holds
+    char text[65537] = "";
+    for (const std::size_t already : {full.size(), std::size_t{0}}) {
+        EXPECT_EQ(Kiln::write_all(ends[1], full.data(), already), 0U);
+        soon([](int) {
+            char room[65536];
+            EXPECT_EQ(read(ends[0], room, sizeof room), 65536);
+        });
+        const std::string more = full.substr(already) + "yz";
+        EXPECT_EQ(Kiln::write_all(ends[1], more.data(), more.size()), 0U);
+        EXPECT_EQ(read(ends[0], text, sizeof text), 2);
+        EXPECT_STREQ(text, "yz");
+    }
     Kiln::setFDNonblock(ends[1]);
-    const std::size_t left = Kiln::write_all(ends[1], std::string(70000, 'x').data(), 70000);
+    EXPECT_EQ(Kiln::write_all(ends[1], (full + full).data(), 2 * full.size()), full.size());
     EXPECT_EQ(errno, EAGAIN);
-    EXPECT_EQ(waiting_in(ends[0]) + static_cast<int>(left), 70002);
     close(ends[0]);
     close(ends[1]);
 }

@@ -1,24 +1,19 @@
 // The library's configuration file, and the lists and records that it fills.
 #include "conf_file.h"
 
-#include <sys/stat.h>
 #include <utime.h>
 
 #include "conf_lists.h"
-#include "inventory_host.h"
-#include "netinfo/records.h"
+#include "made_up_host.h"
+#include "vlan_naming.h"
 
 namespace {
 
-using inventory_host::Lines;
-constexpr const char* conf_file_path = "/etc/tarn/tarnnet.conf";
-
-// One field of the entries of a list, from its tail, where the oldest one is.
 template <class Entry, size_t Size>
-Lines oldest_first(const list_node& head, char (Entry::*field)[Size]) {
+Lines oldest_first(list<Entry>& entries, char (Entry::*field)[Size]) {
     Lines all;
-    for (list_node* node = head.prev; node != &head; node = node->prev)
-        all.emplace_back(list_entry<Entry>(node)->*field);
+    for (Entry& entry : entries)
+        all.insert(all.begin(), entry.*field);
     return all;
 }
 
@@ -40,64 +35,69 @@ TEST(ConfLine, IsTakenByItsPrefixWithAQuotedValue) {
         EXPECT_EQ(taken(line), "") << line;
 }
 
-TEST(ConfFile, FillsTheListsAndTheRecords) {
-    private_host::run([] {
-        const std::string whole_buffer = "ADDR_eth5=\"" + std::string(244, ' ');
-        private_host::write_file(
-            conf_file_path,
-            "IFLST_br0=\"early\"\n"
-            "VNID_br0=\"old\"\nVNID_br0=\"net0\"\nVNID_abcdefghijklmnopqr=\"cut\"\n"
-            "IFLST_br0=\"  eth0 eth1  an-interface-too-long \"\n"
-            "IFLST_abcdefghijklmnopqr=\"eth5\"\n"
-            "VLAN_eth1=\"10 10  20\"\nVLAN_eth1=\"20 4094\"\n"
-            "ADDR_eth1=\"2001:db8:1111:2222:3333::1 2001:db8:1111:2222:4444::1\"\n"
-            "ADDR_eth2=\"\"\nADDR_eth3=10.0.0.9\n" +
-                whole_buffer + "ADDR_eth6=\"10.0.0.6\"\nADDR_eth7=\"10.0.0.7\"");
-        EXPECT_EQ(read_tarnnetconf(0), 0);
-        network* net = find_network_by_br("br0");
-        network* cut = find_network_by_br("abcdefghijklmno");
-        ASSERT_TRUE(net != nullptr && cut != nullptr);
-        EXPECT_STREQ(net->network_id, "net0") << "the newest one of a bridge";
-        EXPECT_STREQ(net->master, "eth0") << "no line before the network's own counts";
-        EXPECT_EQ(oldest_first(net->slaves, &slave_iface::name),
-                  (Lines{"eth1", "an-interface-to"}));
-        EXPECT_STREQ(cut->master, "") << "the whole name is not the one stored";
-        const list_node& vlans = list_entry<iface_set>(vlan_list()->next)->entries;
-        EXPECT_EQ(oldest_first(vlans, &vlan_entry::name),
-                  (Lines{"eth1.10", "eth1.20", "eth1.4094"}));
-        const list_node& addresses = list_entry<iface_set>(iface_addr_list()->prev)->entries;
-        EXPECT_EQ(oldest_first(addresses, &iface_addr::text), Lines{"2001:db8:1111:2222:"})
-            << "cut, then compared";
-        EXPECT_EQ(inventory_host::lines_of(get_cached_info(nullptr)),
-                  (Lines{"eth7 1 [] [10.0.0.7]", "eth6 1 [] [10.0.0.6]", "eth2 1 [] []",
-                         "eth1 1 [] [2001:db8:1111:2222:3333::1,2001:db8:1111:2222:4444::1]"}));
-    });
+using ConfFile = MadeUpHost;
+
+TEST_F(ConfFile, FillsTheListsAndTheRecords) {
+    const std::string whole_buffer = "ADDR_eth5=\"" + std::string(244, ' ');
+    write(state.host.configuration,
+          "IFLST_br0=\"early\"\n"
+          "VNID_br0=\"old\"\nVNID_br0=\"net0\"\nVNID_abcdefghijklmnopqr=\"cut\"\n"
+          "IFLST_br0=\"  eth0 eth1  an-interface-too-long \"\n"
+          "IFLST_abcdefghijklmnopqr=\"eth5\"\n"
+          "VLAN_eth1=\"10 10  20\"\nVLAN_eth1=\"20 4094\"\n"
+          "ADDR_eth1=\"2001:db8:1111:2222:3333::1 2001:db8:1111:2222:4444::1\"\n"
+          "ADDR_eth2=\"\"\nADDR_eth3=10.0.0.9\n" +
+              whole_buffer + "ADDR_eth6=\"10.0.0.6\"\nADDR_eth7=\"10.0.0.7\"");
+    EXPECT_EQ(read_tarnnetconf(0), 0);
+    network* net = find_network_by_br("br0");
+    network* cut = find_network_by_br("abcdefghijklmno");
+    ASSERT_TRUE(net != nullptr && cut != nullptr);
+    EXPECT_STREQ(net->network_id.get(), "net0") << "the newest one of a bridge";
+    EXPECT_STREQ(net->master, "eth0") << "no line before the network's own counts";
+    EXPECT_EQ(oldest_first(net->slaves, &slave_iface::name), (Lines{"eth1", "an-interface-to"}));
+    EXPECT_STREQ(cut->master, "") << "the whole name is not the one stored";
+    EXPECT_EQ(oldest_first((*configured.vlans.begin()).vlans, &vlan_entry::name),
+              (Lines{"eth1.10", "eth1.20", "eth1.4094"}));
+    EXPECT_EQ(oldest_first(configured.iface_addrs, &iface_addr_set::ifname),
+              (Lines{"eth1", "eth2", "eth6", "eth7"}));
+    for (iface_addr_set& set : configured.iface_addrs) {
+        if (set.ifname == std::string("eth1")) {
+            EXPECT_EQ(oldest_first(set.addresses, &iface_addr::text), Lines{"2001:db8:1111:2222:"})
+                << "cut, then compared";
+        }
+    }
+    tarnnet_info* records = get_cached_info(nullptr);
+    EXPECT_EQ(lines_of(records),
+              (Lines{"eth7 1 [] [10.0.0.7]", "eth6 1 [] [10.0.0.6]", "eth2 1 [] []",
+                     "eth1 1 [] [2001:db8:1111:2222:3333::1,2001:db8:1111:2222:4444::1]"}));
+    tarnnet_release_info_SL(records);
 }
 
-TEST(ConfFile, MissingUnreadableAndUnchangedFiles) {
-    private_host::run([] {
-        EXPECT_EQ(read_tarnnetconf(0), 0) << "missing";
-        private_host::write_file(conf_file_path,
-                                 "VNID_br0=\"n\"\nVLAN_eth1=\"1\"\nADDR_eth0=\"x\"\n");
-        const utimbuf unchanged = {0, 0};  // the time that the library remembers from the start
-        ASSERT_EQ(utime(conf_file_path, &unchanged), 0);
-        EXPECT_EQ(read_tarnnetconf(0), 0);
-        EXPECT_EQ(find_network_by_br("br0"), nullptr);
-        EXPECT_EQ(read_tarnnetconf(1), 0);
-        EXPECT_NE(find_network_by_br("br0"), nullptr);
+TEST_F(ConfFile, MissingUnreadableAndUnchangedFiles) {
+    const char* path = state.host.configuration;
+    EXPECT_EQ(read_tarnnetconf(0), 0) << "missing";
+    write(path, "VNID_br0=\"n\"\nVLAN_eth1=\"1\"\nADDR_eth0=\"x\"\n");
+    const utimbuf unchanged = {0, 0};  // the time that the library remembers from the start
+    ASSERT_EQ(utime(path, &unchanged), 0);
+    EXPECT_EQ(read_tarnnetconf(0), 0);
+    EXPECT_EQ(find_network_by_br("br0"), nullptr);
+    EXPECT_EQ(read_tarnnetconf(1), 0);
+    EXPECT_NE(find_network_by_br("br0"), nullptr);
 
-        ASSERT_EQ(unlink(conf_file_path), 0);
-        ASSERT_EQ(symlink("tarnnet.conf", conf_file_path), 0);
-        EXPECT_EQ(read_tarnnetconf(0), 1) << "a status other than missing";
-        for (list_node* list : {network_list(), vlan_list(), iface_addr_list()})
-            EXPECT_TRUE(list_empty(list)) << "every read starts anew";
-    });
+    ASSERT_EQ(unlink(path), 0);
+    ASSERT_EQ(symlink("tarnnet.conf", path), 0);
+    EXPECT_EQ(read_tarnnetconf(0), 1) << "a status other than missing";
+    ASSERT_EQ(unlink(path), 0);
+    std::filesystem::create_directory(path);
+    EXPECT_EQ(read_tarnnetconf(0), 1) << "no file";
+    EXPECT_EQ(find_network_by_br("br0"), nullptr) << "every read starts anew";
+    EXPECT_FALSE(configured.vlans.begin() != configured.vlans.end());
+    EXPECT_FALSE(configured.iface_addrs.begin() != configured.iface_addrs.end());
 }
 
 std::string named(const char* style, const char* device, uint32_t id) {
     char name[if_name_size];
-    set_vlan_naming(style);
-    vlan_device_name(name, vlan_naming(), device, id);
+    vlan_device_name(name, style_of_word(style), device, id);
     return name;
 }
 

@@ -1,40 +1,19 @@
 // The branch for containers, with a stand-in of the container-control library whose containers are
-// network namespaces of this test.
-#include <fcntl.h>
-#include <sched.h>
+// child processes with a kernel's answer of their own.
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <map>
+#include <set>
 
-#include "inventory_host.h"
+#include "made_up_host.h"
 #include "tarnctl.h"
 
 struct tarnctl_conf {};
 
 namespace {
 
-using inventory_host::inventory;
-using inventory_host::Lines;
-using inventory_host::run_ip;
-
-// The stand-in's containers with their namespaces, and what it gave out.
-std::map<uint32_t, int> containers = {{3, -1}, {101, -1}, {102, -1}};
+const std::set<uint32_t> containers = {3, 101, 102};
 int still_given_out = 0;
-
-// Every container gets a link that is named after it, and one without a hardware address.
-void make_containers() {
-    const int own = open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
-    for (auto& [veid, namespace_fd] : containers) {
-        ASSERT_EQ(unshare(CLONE_NEWNET), 0);
-        const std::string id = std::to_string(veid);
-        run_ip("link add eth" + id + " type veth peer name peer" + id + "\ntuntap add tun" + id +
-               " mode tun\naddr add 10.1.0." + id + "/24 dev eth" + id + "\naddr add fd00::" + id +
-               "/64 dev eth" + id + " nodad\n");
-        namespace_fd = open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
-    }
-    ASSERT_EQ(setns(own, CLONE_NEWNET), 0);
-    run_ip("link add host0 type veth peer name host1\n");
-}
 
 }  // namespace
 
@@ -57,8 +36,8 @@ void tarnctl_free_env_ids(tarnctl_env_ids* list) {
 
 int tarnctl_get_env_ids_by_state(tarnctl_env_ids* list, uint32_t state) {
     EXPECT_EQ(state, 4u);
-    for (const auto& container : containers)
-        list->ids[list->count++] = container.first;
+    for (const uint32_t veid : containers)
+        list->ids[list->count++] = veid;
     return 0;
 }
 
@@ -96,32 +75,34 @@ pid_t tarnctl_env_exec_fn_async(uint32_t veid, const char* root, int (*function)
                                 void* argument) {
     EXPECT_STREQ(root, "/containers/root");
     const pid_t child = fork();
-    if (child == 0)
-        _exit(setns(containers[veid], CLONE_NEWNET) == 0 ? function(argument) : 99);
+    if (child == 0) {
+        const std::string id = std::to_string(veid);
+        const char last = static_cast<char>(veid);
+        kernel_messages = {link_message(1, "eth" + id, "\2abcde"), link_message(2, "tun" + id, ""),
+                           address_message(AF_INET, 1, last), address_message(AF_INET6, 1, last)};
+        _exit(function(argument));
+    }
     return child;
 }
 }
 
 namespace {
 
-TEST(Container, IsReadFromWithinOneByOneOrInAWideRangeByItsState) {
-    private_host::run([] {
-        make_containers();
-        EXPECT_EQ(inventory(TARNNET_READ_IPV4 | TARNNET_READ_IPV6, 101, 101),
-                  (Lines{"101:tun101 1 [] []", "101:eth101 2 [10.1.0.101/24,fd00::101/64] []",
-                         "101:peer101 2 [] []"}));
-        EXPECT_EQ(inventory(0, 91, 102)[1], "102:eth102 2 [] []") << "twelve ids: in their order";
-        // Last id first, so that the first one's links are the newest; the host is not read.
-        const Lines found = inventory(0, 0, 0x7fffffff);
-        ASSERT_EQ(found.size(), 9u);
-        EXPECT_EQ(found[1], "3:eth3 2 [] []");
-        EXPECT_EQ(found[4], "101:eth101 2 [] []");
-        EXPECT_EQ(found[7], "102:eth102 2 [] []");
-        EXPECT_EQ(inventory(0, 9, 8), Lines{});
-        EXPECT_EQ(inventory(0, ~0u - 1, ~0u), Lines{});
-        EXPECT_EQ(still_given_out, 0);
-        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was waited for";
-    });
+TEST_F(MadeUpHost, HasContainersReadFromWithinOneByOneOrInAWideRangeByTheirState) {
+    kernel_messages = {link_message(1, "host0", "\2abcde")};
+    EXPECT_EQ(inventory(TARNNET_READ_IPV4 | TARNNET_READ_IPV6, 101, 101),
+              (Lines{"101:tun101 1 [] []", "101:eth101 2 [10.1.0.101/24,fd00::65/64] []"}));
+    const Lines rising = {"102:tun102 1 [] []", "102:eth102 2 [] []", "101:tun101 1 [] []",
+                          "101:eth101 2 [] []"};
+    EXPECT_EQ(inventory(0, 91, 102), rising) << "twelve ids, in their order";
+    const Lines falling = {rising[2], rising[3], rising[0], rising[1]};
+    EXPECT_EQ(inventory(0, 90, 102), falling) << "the running ones, last id first";
+    EXPECT_EQ(inventory(0, 0, 0x7fffffff).size(), 6u) << "without the host";
+    EXPECT_EQ(inventory(0, 0, 0), Lines{"host0 2 [] []"});
+    EXPECT_EQ(inventory(0, 9, 8), Lines{});
+    EXPECT_EQ(inventory(0, ~0u - 1, ~0u), Lines{});
+    EXPECT_EQ(still_given_out, 0);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was waited for";
 }
 
 }  // namespace

@@ -1,23 +1,26 @@
 // The whole inventory, against the kernel and against made-up files.
-#include <net/if.h>
+#include <pthread.h>
 
 #include "conf_lists.h"
-#include "inventory_host.h"
-#include "list.h"
+#include "made_up_host.h"
 #include "netinfo/kind_parsers.h"
-#include "netinfo/records.h"
+#include "tests/support/private_host.h"
 
 namespace {
 
-using inventory_host::inventory;
-using inventory_host::Lines;
-using inventory_host::lines_of;
-using inventory_host::run_ip;
-using private_host::write_file;
+constexpr size_t stack_size = 32 * 1024;
+
+// Runs commands of "ip", one a line. Links stay down, so that the kernel adds no addresses.
+void run_ip(const std::string& commands) {
+    FILE* ip = popen("ip -batch -", "w");
+    ASSERT_NE(ip, nullptr);
+    std::fputs(commands.c_str(), ip);
+    ASSERT_EQ(pclose(ip), 0) << commands;
+}
 
 TEST(Inventory, AsksTheKernelAndLeavesEarlierResultsValid) {
     private_host::run([] {
-        inventory_host::mount_over("sysfs", "/sys");
+        ASSERT_EQ(mount("none", "/sys", "sysfs", 0, nullptr), 0);
         run_ip(
             "link add pair0 address 02:00:00:00:0a:01 index 11 type veth peer name peer0 index 12\n"
             "link add br0 index 13 type bridge\n"
@@ -29,8 +32,9 @@ TEST(Inventory, AsksTheKernelAndLeavesEarlierResultsValid) {
             "addr add 10.1.0.1/16 dev pair0\n"
             "addr add fd00::9/64 dev pair0 nodad\n"
             "addr add 127.0.0.9/8 dev lo\n");
-        write_file("/etc/tarn/tarnnet.conf", "VNID_br0=\"net1\"\nADDR_pair0=\"10.9.0.3\"\n");
-        write_file("/etc/sysconfig/network/ifcfg-br0", " BOOTPROTO='dhcp'\n");
+        private_host::write_file("/etc/tarn/tarnnet.conf",
+                                 "VNID_br0=\"net1\"\nADDR_pair0=\"10.9.0.3\"\n");
+        private_host::write_file("/etc/sysconfig/network/ifcfg-br0", " BOOTPROTO='dhcp'\n");
         // The marked ones first, then the newest record first.
         const Lines all = {
             "br0 4 [] [dhcp] network=net1",
@@ -61,42 +65,58 @@ TEST(Inventory, AsksTheKernelAndLeavesEarlierResultsValid) {
     });
 }
 
-TEST(Inventory, ClassifiesByFiles) {
-    private_host::run([] {
-        inventory_host::make_host_of_files();
-        const std::string eth0 = "eth0 2 [10.1.0.1/24,fd00::1/64] [dhcp]";
-        const std::string far0 = "far0 1 [] [10.9.0.1,10.9.0.2]";
-        EXPECT_EQ(inventory(), (Lines{
-                                   eth0,
-                                   "br1 4 [] []",
-                                   ".. 1 [] [] bridge=br0 network=net1",
-                                   ". 1 [] [] bridge=br0 network=net1",
-                                   "br0 4 [] [] network=net1",
-                                   "eth0.10 8 [] [] vlan=10 master=eth0",
-                                   "vme2 16 [] []",
-                                   "veth102.0 16 [] [] peer=102:eth1",
-                                   "veth101.0 16 [] [] bridge=br0 network=net1 peer=101:eth0",
-                                   "vme1 16 [] []",
-                                   far0,
-                               }));
-        EXPECT_EQ(inventory_host::line_of(*find_tarnnetif_info("eth0", 101, IFT_VETH)),
-                  "101:eth0 16 [] [] network=net1 peer=0:veth101.0");
+TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
+    fill();
+    const std::string eth0 = "eth0 2 [10.1.0.1/24,fd00::1/64] [dhcp]";
+    const std::string far0 = "far0 1 [] [10.9.0.1,10.9.0.2]";
+    EXPECT_EQ(inventory(), (Lines{
+                               eth0,
+                               "br1 4 [] []",
+                               ".. 1 [] [] bridge=br0 network=net1",
+                               ". 1 [] [] bridge=br0 network=net1",
+                               "br0 4 [] [] network=net1",
+                               "eth0.10 8 [] [] vlan=10 master=eth0",
+                               "vme2 16 [] []",
+                               "veth102.0 16 [] [] peer=102:eth1",
+                               "veth101.0 16 [] [] bridge=br0 network=net1 peer=101:eth0",
+                               "vme1 16 [] []",
+                               far0,
+                           }));
+    EXPECT_EQ(line_of(*find_tarnnetif_info("eth0", 101, IFT_VETH)),
+              "101:eth0 16 [] [] network=net1 peer=0:veth101.0");
 
-        inventory();  // the list of pairs is read anew, not added to
-        const list_node* pairs = veth_list();
-        const auto* oldest = list_entry<veth_pair>(pairs->prev);
-        EXPECT_STREQ(oldest->host_name, "veth101.0");
-        EXPECT_STREQ(oldest->container_name, "eth0");
-        EXPECT_EQ(oldest->veid, 101U);
-        EXPECT_EQ(pairs->prev->prev, pairs->next) << "two pairs";
+    inventory();  // the list of pairs is read anew, not added to
+    Lines pairs;
+    for (const veth_pair& pair : configured.veths)
+        pairs.push_back(pair.host_name + std::string(" ") + pair.container_name + " " +
+                        std::to_string(pair.veid));
+    EXPECT_EQ(pairs, (Lines{"veth102.0 eth1 102", "veth101.0 eth0 101"}));
+    EXPECT_STREQ((*(*configured.vlans.begin()).vlans.begin()).name, "vlan0020") << "the style";
 
-        write_file("/proc/tarn/veth", "Version: 1.1\nm veth101.0 m eth0 101\n");
-        std::filesystem::remove("/proc/tarn/vmth");
-        std::filesystem::create_directories("/proc/tarn/vmth");
-        std::filesystem::remove("/proc/net/vlan/config");
-        std::filesystem::remove_all("/sys/class");
-        EXPECT_EQ(inventory(), (Lines{eth0, "vme1 2 [] []", far0}));
-    });
+    write(state.host.pair_devices, "Version: 1.1\nm veth101.0 m eth0 101\n");
+    std::filesystem::remove(state.host.more_pair_devices);
+    std::filesystem::create_directories(state.host.more_pair_devices);
+    std::filesystem::remove(state.host.vlans);
+    std::filesystem::remove_all(state.host.interfaces);
+    EXPECT_EQ(inventory(), (Lines{eth0, "vme1 2 [] []", far0}));
+    EXPECT_EQ(inventory(0), (Lines{"eth0 2 [] [dhcp]", "vme1 2 [] []"})) << "nothing asked for";
+}
+
+TEST_F(MadeUpHost, IsReadByAThreadWithASmallStack) {
+    fill();
+    state.host.read_tables = ask_kernel;
+    pthread_attr_t small;
+    ASSERT_EQ(pthread_attr_init(&small), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, stack_size), 0);
+    pthread_t thread;
+    const auto read_host = [](void* lines) -> void* {
+        *static_cast<Lines*>(lines) = inventory();
+        return nullptr;
+    };
+    Lines lines;
+    ASSERT_EQ(pthread_create(&thread, &small, read_host, &lines), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_GE(lines.size(), 9u);
 }
 
 TEST(KindFile, IsOfOneVersionAndGivesTheVlanNamingWord) {

@@ -1,59 +1,29 @@
 // What the live read takes from the kernel's messages, handed to it as bytes.
 #include "netinfo/link_facts.h"
 
-#include <gtest/gtest.h>
-#include <linux/if_addr.h>
-#include <linux/if_link.h>
-#include <linux/rtnetlink.h>
-
-#include <string>
-#include <vector>
-
-#include "netinfo/link_tables.h"
+#include "made_up_host.h"
+#include "rtnl.h"
 
 namespace {
 
-struct Attribute {
-    uint16_t type;
-    std::string payload;
-};
-
-nlmsghdr* header_of(std::string& message) {
-    return reinterpret_cast<nlmsghdr*>(message.data());
-}
-
-template <class Body>
-std::string make_message(uint16_t type, Body body, const std::vector<Attribute>& attributes) {
-    std::string bytes(NLMSG_HDRLEN, '\0');
-    bytes.append(reinterpret_cast<const char*>(&body), sizeof body);
-    for (const Attribute& attribute : attributes) {
-        const size_t length = RTA_LENGTH(attribute.payload.size());
-        const rtattr head = {static_cast<uint16_t>(length), attribute.type};
-        bytes.append(reinterpret_cast<const char*>(&head), sizeof head) += attribute.payload;
-        bytes.resize(NLMSG_ALIGN(bytes.size()));
-    }
-    header_of(bytes)->nlmsg_type = type;
-    header_of(bytes)->nlmsg_len = static_cast<uint32_t>(bytes.size());
-    return bytes;
-}
-
-std::string link_message(int hardware, const std::vector<Attribute>& attributes) {
-    const ifinfomsg body = {0, 0, static_cast<uint16_t>(hardware), 7, 0x1003, 0};
-    return make_message(RTM_NEWLINK, body, attributes);
+std::string message_of_type(int hardware, const std::vector<Attribute>& attributes) {
+    return make_message(RTM_NEWLINK, ifinfomsg{0, 0, static_cast<uint16_t>(hardware), 7, 0x1003, 0},
+                        attributes);
 }
 
 TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
     const std::string name(40, 'n');
     link_entry link = {};
     for (const int type : {0, 1, 2, 6, 512, 3, 32, 65534, 778}) {
-        std::string message = link_message(type, {{IFLA_IFNAME, name}, {IFLA_ADDRESS, "ABCDEFGH"}});
+        std::string message =
+            message_of_type(type, {{IFLA_IFNAME, name}, {IFLA_ADDRESS, "ABCDEFGH"}});
         ASSERT_TRUE(parse_link(header_of(message), &link));
         const bool shown = type <= 2 || type == 6 || type == 512;
         EXPECT_STREQ(link.hwaddr, shown ? "41:42:43:44:45:46:4" : "") << type;
     }
     EXPECT_EQ(link.name, name.substr(0, 15));
     EXPECT_TRUE(link.flags == 0x1003 && link.index == 7);
-    for (std::string message : {link_message(772, {{IFLA_IFNAME, "lo"}}), link_message(1, {}),
+    for (std::string message : {message_of_type(772, {{IFLA_IFNAME, "lo"}}), message_of_type(1, {}),
                                 make_message(RTM_DELLINK, ifinfomsg{}, {{IFLA_IFNAME, name}})})
         EXPECT_FALSE(parse_link(header_of(message), &link));
 }
@@ -90,23 +60,33 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
     }
 }
 
+// What is shorter than its structure is not looked at.
+TEST(Message, IsSeenAsAStructureWhenItIsLongEnoughOnly) {
+    std::string message = message_of_type(1, {{IFLA_IFNAME, "eth0"}});
+    const message_bytes body = body_of(header_of(message));
+    EXPECT_NE(body.begin_with<ifinfomsg>(), nullptr);
+    EXPECT_EQ((message_bytes{body.start, sizeof(ifinfomsg) - 1}.begin_with<ifinfomsg>()), nullptr);
+    link_entry link = {};
+    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
+        header_of(message)->nlmsg_len = length;
+        EXPECT_FALSE(parse_link(header_of(message), &link)) << length;
+    }
+}
+
 TEST(Tables, KeepTheOrderOfALinksAddressesAndCutThemAt1023Characters) {
-    link_tables tables = {};
+    link_tables tables;
     std::string whole;
-    for (int last = 199; last >= 100; --last) {
-        const std::string local = std::string("\12\0\0", 3) + static_cast<char>(last);
+    for (char last = 120; last >= 20; --last) {
         for (const uint32_t link : {9u, 2u}) {
-            std::string message =
-                make_message(RTM_NEWADDR, ifaddrmsg{AF_INET, 24, 0, 0, link}, {{IFA_LOCAL, local}});
+            std::string message = address_message(AF_INET, link, last);
             ASSERT_EQ(collect_address(&tables, header_of(message)), 0);
         }
-        whole += "10.0.0." + std::to_string(last) + "/24 ";
+        whole += "10.1.0." + std::to_string(last) + "/24 ";
     }
     sort_addresses(&tables);
-    char text[ADDRESSES_SIZE];
-    print_selected_addrinfo(&tables, 2, text);
+    char text[address_line_size];
+    print_selected_addrinfo(tables, 2, text);
     EXPECT_EQ(text, whole.substr(0, 1023));
-    free_link_tables(&tables);
 }
 
 }  // namespace

@@ -1,95 +1,126 @@
-// The library's log and its lock: codes, file, messages, and what the lock keeps out.
+// The library's log and its lock: codes, file, messages, and what the lock keeps out. The linker
+// leads the library's flock() to the function below.
 #include <fcntl.h>
 #include <semaphore.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/time.h>
+#include <unistd.h>
 
-#include <csignal>
+#include <cerrno>
 #include <ctime>
 
-#include "inventory_host.h"
 #include "log.h"
-#include "state.h"
+#include "made_up_host.h"
 
 namespace {
 
-constexpr char lock_path[] = "/tmp/tarnnetcfg.lck";
+int flock_error = 0;    // of every call, or 0
+int interruptions = 0;  // of the next calls, before all else
 
-bool free_within_process() {
-    int value = -1;
-    sem_getvalue(&libtarnnet_state.semaphore, &value);
-    return value == 1;
+}  // namespace
+
+extern "C" int __real_flock(int fd, int operation);
+extern "C" int __wrap_flock(int fd, int operation) {
+    errno = interruptions > 0 ? EINTR : flock_error;
+    if (interruptions > 0)
+        return interruptions--, -1;
+    return flock_error != 0 ? -1 : __real_flock(fd, operation);
 }
 
-// Whether another process could lock the file in that way now.
-bool can_lock(int operation) {
-    const int fd = open(lock_path, O_RDWR);
-    const bool locked = fd >= 0 && flock(fd, operation | LOCK_NB) == 0;
-    close(fd);
-    return locked;
+namespace {
+
+class Lock : public MadeUpHost {
+protected:
+    Lock() { umask(0); }
+    ~Lock() override {
+        flock_error = 0;
+        EXPECT_EQ(dup(STDERR_FILENO), free_fd_) << "a descriptor is left open";
+    }
+
+    static bool free_within_process() {
+        int value = -1;
+        sem_getvalue(&state.semaphore, &value);
+        return value == 1;
+    }
+
+    // Whether another process could lock the file in that way now.
+    static bool can_lock(int operation) {
+        const owned_fd fd(open(state.host.lock_file, O_RDWR));
+        return fd.is_open() && __real_flock(fd.get(), operation | LOCK_NB) == 0;
+    }
+
+private:
+    static int next_fd() {
+        const owned_fd fd(dup(STDERR_FILENO));
+        return fd.get();
+    }
+    const int free_fd_ = next_fd();
+};
+
+TEST_F(Lock, IsLoggedAsOneStampedLineForEachMessageCutTo1023Characters) {
+    tarnnetlog("%s", std::string(3000, 'x').c_str());
+    tarnnetlog("%s %d", "second", 2);
+    EXPECT_EQ(logged_messages(), std::string(1023, 'x') + "\nsecond 2\n");
+    long stamp = 0, process = 0, parent = 0;
+    std::ifstream(state.host.log_file) >> stamp >> process >> parent;
+    EXPECT_NEAR(static_cast<double>(stamp), static_cast<double>(time(nullptr)), 60);
+    EXPECT_TRUE(process == getpid() && parent == getppid());
+    EXPECT_EQ(std::filesystem::status(state.host.log_file).permissions(),
+              std::filesystem::perms(0644));
+
+    ASSERT_EQ(unlink(state.host.log_file), 0);
+    ASSERT_EQ(mkfifo(state.host.log_file, 0644), 0);
+    tarnnetlog("not waited for");
+    const owned_fd reader(open(state.host.log_file, O_RDONLY | O_NONBLOCK));
+    tarnnetlog("not for a reader");
+    char byte;
+    EXPECT_EQ(read(reader.get(), &byte, 1), 0);
 }
 
-TEST(Log, HasOneStampedLineForEachMessageCutTo1023Characters) {
-    private_host::run([] {
-        tarnnetlog("%s", std::string(3000, 'x').c_str());
-        tarnnetlog("%s %d", "second", 2);
-        EXPECT_EQ(inventory_host::logged_messages(), std::string(1023, 'x') + "\nsecond 2\n");
-        long stamp = 0, process = 0, parent = 0;
-        std::ifstream("/var/log/tarnnetcfg.log") >> stamp >> process >> parent;
-        EXPECT_NEAR(static_cast<double>(stamp), static_cast<double>(time(nullptr)), 60);
-        EXPECT_TRUE(process == getpid() && parent == getppid());
-    });
+TEST_F(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
+    ASSERT_EQ(grab_shared_tarnnetlock(1), 0);
+    EXPECT_FALSE(free_within_process());
+    EXPECT_NE(access(state.host.lock_file, F_OK), 0);
+    release_tarnnetlock();
+    EXPECT_TRUE(free_within_process());
+
+    ASSERT_EQ(grab_shared_tarnnetlock(0), 0);
+    EXPECT_TRUE(can_lock(LOCK_SH));
+    EXPECT_FALSE(can_lock(LOCK_EX));
+    release_tarnnetlock();
+    interruptions = 2;
+    ASSERT_EQ(grab_excl_tarnnetlock(), 0) << "a signal does not end the wait";
+    EXPECT_FALSE(can_lock(LOCK_SH));
+    release_tarnnetlock();
+    EXPECT_TRUE(can_lock(LOCK_EX));
+    EXPECT_TRUE(free_within_process());
+    EXPECT_EQ(std::filesystem::status(state.host.lock_file).permissions(),
+              std::filesystem::perms(0644));
+    EXPECT_EQ(logged_messages(),
+              "init_libtarnnet_state\n\nlibtarnnet: grab_shared_tarnnetlock\n"
+              "libtarnnet: grab_shared_tarnnetlock done\nlibtarnnet: release_tarnnetlock\n"
+              "libtarnnet: release_tarnnetlock done\nlibtarnnet: grab_excl_tarnnetlock done\n"
+              "libtarnnet: release_tarnnetlock\nlibtarnnet: release_tarnnetlock done\n");
 }
 
-TEST(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
-    private_host::run([] {
-        ASSERT_EQ(grab_shared_tarnnetlock(1), 0);
-        EXPECT_FALSE(free_within_process());
-        EXPECT_NE(access(lock_path, F_OK), 0);
-        release_tarnnetlock();
-        EXPECT_TRUE(free_within_process());
+TEST_F(Lock, ThatIsRefusedLeavesNothingHeldUnlessItsFileCannotBeOpened) {
+    flock_error = ENOLCK;
+    EXPECT_EQ(grab_excl_tarnnetlock(), 8);
+    EXPECT_EQ(grab_shared_tarnnetlock(0), 8);
+    EXPECT_TRUE(free_within_process());
 
-        ASSERT_EQ(grab_shared_tarnnetlock(0), 0);
-        EXPECT_TRUE(can_lock(LOCK_SH));
-        EXPECT_FALSE(can_lock(LOCK_EX));
-        release_tarnnetlock();
-        ASSERT_EQ(grab_excl_tarnnetlock(), 0);
-        EXPECT_FALSE(can_lock(LOCK_SH));
-        release_tarnnetlock();
-        EXPECT_TRUE(can_lock(LOCK_EX));
-        EXPECT_TRUE(free_within_process());
-        EXPECT_EQ(inventory_host::logged_messages(),
-                  "init_libtarnnet_state\n\nlibtarnnet: grab_shared_tarnnetlock\n"
-                  "libtarnnet: grab_shared_tarnnetlock done\nlibtarnnet: release_tarnnetlock\n"
-                  "libtarnnet: release_tarnnetlock done\nlibtarnnet: grab_excl_tarnnetlock done\n"
-                  "libtarnnet: release_tarnnetlock\nlibtarnnet: release_tarnnetlock done\n");
-    });
-}
-
-// A signal ends the wait for another process's lock.
-TEST(Lock, ThatIsRefusedLeavesNothingHeldUnlessItsFileCannotBeOpened) {
-    private_host::run([] {
-        const int other = open(lock_path, O_RDWR | O_CREAT, 0644);
-        ASSERT_EQ(flock(other, LOCK_EX), 0);
-        struct sigaction action = {};
-        action.sa_handler = [](int) {};  // without SA_RESTART
-        sigaction(SIGALRM, &action, nullptr);
-        const itimerval often = {{0, 20000}, {0, 20000}};
-        setitimer(ITIMER_REAL, &often, nullptr);
-        EXPECT_EQ(grab_excl_tarnnetlock(), 8);
-        EXPECT_EQ(grab_shared_tarnnetlock(0), 8);
-        EXPECT_TRUE(free_within_process());
-        EXPECT_EQ(dup(other), other + 1) << "a descriptor is left open";
-
-        ASSERT_EQ(unlink(lock_path), 0);
-        std::filesystem::create_directory(lock_path);
-        EXPECT_EQ(grab_shared_tarnnetlock(0), 6);
-        EXPECT_FALSE(free_within_process());
-        release_tarnnetlock();
-        EXPECT_EQ(grab_excl_tarnnetlock(), 6);
-        EXPECT_FALSE(free_within_process());
-    });
+    ASSERT_EQ(unlink(state.host.lock_file), 0);
+    const std::string elsewhere = state.host.lock_file + std::string(".elsewhere");
+    ASSERT_EQ(symlink(elsewhere.c_str(), state.host.lock_file), 0);
+    EXPECT_EQ(grab_shared_tarnnetlock(0), 6) << "no link is followed";
+    EXPECT_FALSE(std::filesystem::exists(elsewhere));
+    EXPECT_FALSE(free_within_process());
+    release_tarnnetlock();
+    ASSERT_EQ(unlink(state.host.lock_file), 0);
+    std::filesystem::create_directory(state.host.lock_file);
+    EXPECT_EQ(grab_excl_tarnnetlock(), 6);
+    EXPECT_FALSE(free_within_process());
+    release_tarnnetlock();
 }
 
 }  // namespace

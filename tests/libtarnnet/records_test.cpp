@@ -1,12 +1,10 @@
 // The record operations: updates, the copy made of a held record, lists, generations, indexes.
 #include "netinfo/records.h"
 
-#include "inventory_host.h"
+#include "made_up_host.h"
 #include "netinfo/index.h"
 
 namespace {
-
-using inventory_host::line_of;
 
 // The names of what matches, in the order of the result.
 std::string names(const tarnnet_filter& filter = {IFT_ALL, nullptr, nullptr, nullptr, 0, 9}) {
@@ -29,7 +27,7 @@ tarnnetif_info* set(const char* name, uint32_t code, const char* text) {
 // Nobody's record is left over from the test before.
 class Records : public testing::Test {
 protected:
-    Records() { use_origin(0, ORIGIN_LIVE); }
+    Records() { use_origin(0, origin_live); }
     ~Records() override {
         tarnnet_release_info_SL(held_);
         purge_all_generations();
@@ -38,7 +36,7 @@ protected:
     // Every active record is held from here on, and a new generation begins.
     void hold() {
         held_ = get_cached_info(nullptr);
-        use_origin(0, ORIGIN_LIVE);
+        use_origin(0, origin_live);
     }
 
 private:
@@ -46,7 +44,7 @@ private:
 };
 
 TEST_F(Records, AreMadeGenericAndChangeInPlaceWhileNobodyHoldsThem) {
-    use_origin(7, ORIGIN_CONF);
+    use_origin(7, origin_conf);
     tarnnetif_info* record = update_tarnnetif_info("eth0", 7, 0, number_value(0));
     EXPECT_EQ(line_of(*record), "7:eth0 1 [] []");
     EXPECT_EQ(record->set_mask, 6u);
@@ -121,19 +119,19 @@ TEST_F(Records, ListsGrowWithinAGenerationAndStartAnewInTheNext) {
     set("eth0", IFU_CONF_ADDRESSES, "10.9.0.1");
     EXPECT_EQ(line_of(*record), "eth0 1 [10.0.0.1/24,10.0.0.2/24,10.0.0.3/24] [10.9.0.1]");
     netinfo.next_generation = INT32_MAX;
-    use_origin(0, ORIGIN_LIVE);
+    use_origin(0, origin_live);
     EXPECT_EQ(netinfo.next_generation, 0);
     set("eth0", IFU_ADDRESSES, "");
     EXPECT_EQ(line_of(*record), "eth0 1 [] [10.9.0.1]");
 }
 
 TEST_F(Records, OfTheOriginAreDroppedUnlessTheReadTouchedThem) {
-    use_origin(0, ORIGIN_CONF);
+    use_origin(0, origin_conf);
     set("configured", IFU_STATE, 1);
-    use_origin(0, ORIGIN_LIVE);
+    use_origin(0, origin_live);
     set("gone", IFU_STATE, 1);
     set("stays", IFU_STATE, 1);
-    use_origin(0, ORIGIN_LIVE);
+    use_origin(0, origin_live);
     set("stays", IFU_STATE, 1);
     set("fresh", IFU_STATE, 1);
     purge_old_generations();

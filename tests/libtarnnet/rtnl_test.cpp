@@ -1,20 +1,18 @@
 // The netlink layer, fed with datagrams through a socket pair, and against the kernel itself.
 #include "rtnl.h"
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <cerrno>
 
-#include "inventory_host.h"
+#include "made_up_host.h"
 
 namespace {
 
 constexpr uint32_t our_port = 4711;
 constexpr uint32_t our_dump_seq = 9;
 constexpr uint16_t link_type = RTM_NEWLINK;
-
-template <class Value>
-std::string bytes_of(const Value& value) {
-    return {reinterpret_cast<const char*>(&value), sizeof(value)};
-}
 
 // A message of our dump unless told otherwise; `claims` is what its length field adds.
 std::string message(uint16_t type, const std::string& body = "", uint32_t seq = our_dump_seq,
@@ -37,7 +35,7 @@ int see(const sockaddr_nl*, nlmsghdr* message, void* argument) {
     return seen->answer;
 }
 
-class RtnlDump : public testing::Test {
+class RtnlDump : public MadeUpHost {
 protected:
     void SetUp() override {
         int ends[2];
@@ -79,7 +77,8 @@ TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
     stranger.nl_pid = 1;
     std::string done = done_;
     const rtnl_receivers nobody = {see, &seen_, nullptr, nullptr};
-    EXPECT_FALSE(rtnl_walk_datagram(&sock_, &stranger, done.data(), done.size(), &nobody).finished);
+    const message_bytes bytes = {reinterpret_cast<unsigned char*>(done.data()), done.size()};
+    EXPECT_FALSE(rtnl_walk_datagram(&sock_, &stranger, bytes, &nobody).finished);
 }
 
 TEST_F(RtnlDump, ANegativeCallbackResultEndsTheDumpAtOnce) {
@@ -91,28 +90,33 @@ TEST_F(RtnlDump, ANegativeCallbackResultEndsTheDumpAtOnce) {
 }
 
 TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
-    private_host::run([this] {
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(dump({message(link_type) + message(NLMSG_ERROR, bytes_of(nlmsgerr{-EPERM, {}}))}),
-                  -1);
-        EXPECT_EQ(errno, EPERM);
-        EXPECT_EQ(dump({message(NLMSG_ERROR, bytes_of(nlmsgerr{}))}), -1);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "RTNETLINK answers: Operation not permitted\nRTNETLINK answers: Success\n");
-        EXPECT_EQ(dump({message(NLMSG_ERROR, std::string(16, '\0'))}), -1);
-        EXPECT_EQ(dump({""}), -1);
-        // The second message is whole as sent and cut off as received; the dump goes on.
-        const std::string big(984, 'x'), bigger(18984, 'x');
-        EXPECT_EQ(dump({message(link_type, big) + message(RTM_NEWADDR, bigger), done_}), 0);
-        EXPECT_EQ(seen_.types, (Types{link_type, link_type}));
-        const std::string shorter = message(link_type, "", our_dump_seq, our_port, ~0u);
-        const std::string longer = message(link_type, "", our_dump_seq, our_port, 1);
-        for (const std::string& rest : {"1234567" + std::string(), shorter, longer})
-            EXPECT_EXIT(dump({message(link_type) + rest}), testing::ExitedWithCode(1), "");
-        EXPECT_EQ(inventory_host::logged_messages(),
-                  "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 7\n"
-                  "!!!Remnant of size 16\n!!!Remnant of size 16\n");
-    });
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(dump({message(link_type) + message(NLMSG_ERROR, bytes_of(nlmsgerr{-EPERM, {}}))}),
+              -1);
+    EXPECT_EQ(errno, EPERM);
+    EXPECT_EQ(dump({message(NLMSG_ERROR, bytes_of(nlmsgerr{}))}), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "RTNETLINK answers: Operation not permitted\nRTNETLINK answers: Success\n");
+    EXPECT_EQ(dump({message(NLMSG_ERROR, std::string(16, '\0'))}), -1);
+    EXPECT_EQ(dump({""}), -1);
+    // The second message is whole as sent and cut off as received; the dump goes on.
+    const std::string big(984, 'x'), bigger(18984, 'x');
+    EXPECT_EQ(dump({message(link_type, big) + message(RTM_NEWADDR, bigger), done_}), 0);
+    EXPECT_EQ(seen_.types, (Types{link_type, link_type}));
+    const std::string shorter = message(link_type, "", our_dump_seq, our_port, ~0u);
+    const std::string longer = message(link_type, "", our_dump_seq, our_port, 1);
+    for (const std::string& rest : {"1234567" + std::string(), shorter, longer})
+        EXPECT_EXIT(
+            {
+                std::setvbuf(stderr, nullptr, _IOFBF, 1024);
+                std::fputs("flushed", stderr);
+                std::atexit([] { std::fputs(", and the exit handlers ran", stderr); });
+                dump({message(link_type) + rest});
+            },
+            testing::ExitedWithCode(1), "^flushed$");
+    EXPECT_EQ(logged_messages(),
+              "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 7\n"
+              "!!!Remnant of size 16\n!!!Remnant of size 16\n");
 }
 
 // An attribute here is its length field and its type; another four bytes stand for a value.
@@ -131,18 +135,16 @@ TEST(RtnlAttributes, AreIndexedByTheirFullTypeOrInTheirOrder) {
     EXPECT_EQ(table[3], end);
 }
 
-TEST(RtnlAttributes, ADeficitStopsTheWalkAndIsLogged) {
-    private_host::run([] {
-        rtattr* table[4];
-        rtattr longer[] = {{8, 1}, {}, {12, 2}, {}}, shorter[] = {{3, 1}, {}};
-        rtattr stump[] = {{4, 1}, {7, 2}};
-        parse_rtattr(table, 3, longer, sizeof(longer));
-        EXPECT_TRUE(table[1] == longer && table[2] == nullptr);
-        EXPECT_EQ(parse_rtattr_byindex(table, 3, shorter, sizeof(shorter)), 0);
-        parse_rtattr(table, 3, stump, 6);
-        EXPECT_EQ(inventory_host::logged_messages(),
-                  "!!!Deficit 8, rta_len=12\n!!!Deficit 8, rta_len=3\n!!!Deficit 2, rta_len=7\n");
-    });
+TEST_F(MadeUpHost, LogsADeficitOfAttributesWhereTheWalkStops) {
+    rtattr* table[4];
+    rtattr longer[] = {{8, 1}, {}, {12, 2}, {}}, shorter[] = {{3, 1}, {}};
+    rtattr stump[] = {{4, 1}, {7, 2}};
+    parse_rtattr(table, 3, longer, sizeof(longer));
+    EXPECT_TRUE(table[1] == longer && table[2] == nullptr);
+    EXPECT_EQ(parse_rtattr_byindex(table, 3, shorter, sizeof(shorter)), 0);
+    parse_rtattr(table, 3, stump, 6);
+    EXPECT_EQ(logged_messages(),
+              "!!!Deficit 8, rta_len=12\n!!!Deficit 8, rta_len=3\n!!!Deficit 2, rta_len=7\n");
 }
 
 TEST(RtnlSocket, AsksTheKernelWithABodyOfTheCallers) {

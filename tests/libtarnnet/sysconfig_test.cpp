@@ -3,23 +3,32 @@
 
 #include <sys/stat.h>
 
-#include "inventory_host.h"
-#include "state.h"
+#include "made_up_host.h"
 
 namespace {
 
-const std::string scripts_dir = "/etc/sysconfig/network-scripts/";
-const std::string network_dir = "/etc/sysconfig/network/";
 constexpr const char* mac_text = "00:11:22:33:44:55";
 
-using private_host::write_file;
+class FindSysconfig : public MadeUpHost {
+protected:
+    FindSysconfig() : working_dir_(std::filesystem::current_path()) {}
+    ~FindSysconfig() override {
+        std::filesystem::current_path(working_dir_);
+        state.suse = false;
+    }
 
-std::string found(const char* name, const char* hwaddr = mac_text, uint32_t kind = IFT_ETHERNET) {
-    char* path = find_sysconfig(name, kind, hwaddr);
-    std::string text = path != nullptr ? path : "none";
-    free(path);
-    return text;
-}
+    static std::string found(const char* name, const char* hwaddr = mac_text,
+                             uint32_t kind = IFT_ETHERNET) {
+        const owned_text path = find_sysconfig(name, kind, hwaddr);
+        return path ? path.get() : "none";
+    }
+
+    const std::string scripts_ = std::string(state.host.scripts_dir) + "/ifcfg-";
+    const std::string network_ = std::string(state.host.network_dir) + "/ifcfg-";
+
+private:
+    const std::filesystem::path working_dir_;
+};
 
 TEST(IfcfgLine, AsksForDhcpAndNamesADevice) {
     EXPECT_TRUE(ifcfg_line_asks_dhcp(" \t\v\fBOOTPROTO=none # not dhcp"));
@@ -30,42 +39,41 @@ TEST(IfcfgLine, AsksForDhcpAndNamesADevice) {
         EXPECT_FALSE(ifcfg_line_names_device(line, "eth0")) << line;
 }
 
-TEST(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
-    private_host::run([] {
-        EXPECT_EQ(found("eth0"), "none");
-        write_file(network_dir + "ifcfg-eth0", "");
-        EXPECT_EQ(found("eth0"), network_dir + "ifcfg-eth0");
-        write_file(scripts_dir + "ifcfg-eth0", "");
-        EXPECT_EQ(found("eth0"), scripts_dir + "ifcfg-eth0");
-        ASSERT_EQ(symlink("nowhere", (scripts_dir + "ifcfg-eth2").c_str()), 0);
-        EXPECT_EQ(found("eth2"), "none") << "a dangling link is no file";
+TEST_F(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
+    EXPECT_EQ(found("eth0"), "none");
+    write(network_ + "eth0", "");
+    EXPECT_EQ(found("eth0"), network_ + "eth0");
+    write(scripts_ + "eth0", "");
+    EXPECT_EQ(found("eth0"), scripts_ + "eth0");
+    ASSERT_EQ(symlink("nowhere", (scripts_ + "eth2").c_str()), 0);
+    EXPECT_EQ(found("eth2"), "none") << "a dangling link is no file";
 
-        write_file(scripts_dir + "ifcfg-wan", "DEVICE=eth1\n");
-        EXPECT_EQ(found("eth1"), "none") << "the files are sought in the working directory";
-        ASSERT_EQ(chdir(scripts_dir.c_str()), 0);
-        EXPECT_EQ(found("eth1"), scripts_dir + "ifcfg-wan");
-        // Files of the same names elsewhere are what is read, whatever they are.
-        write_file("/etc/cwd/ifcfg-wan", "# wan\nDEVICE=eth8 \nDEVICE=eth9");
-        ASSERT_EQ(mkfifo("/etc/cwd/ifcfg-eth0", 0600), 0);
-        ASSERT_EQ(chdir("/etc/cwd"), 0);
-        EXPECT_EQ(found("eth9"), scripts_dir + "ifcfg-wan");
-    });
+    write(scripts_ + "wan", "DEVICE=eth1\n");
+    write(std::string(state.host.scripts_dir) + "/wan", "DEVICE=eth4\n");
+    EXPECT_EQ(found("eth1"), "none") << "the files are sought in the working directory";
+    std::filesystem::current_path(state.host.scripts_dir);
+    EXPECT_EQ(found("eth1"), scripts_ + "wan");
+    EXPECT_EQ(found("eth4"), "none") << "of another name";
+    // Files of the same names elsewhere are what is read, whatever they are.
+    write("elsewhere/ifcfg-wan", "# wan\nDEVICE=eth8 \nDEVICE=eth9");
+    std::filesystem::current_path("elsewhere");
+    ASSERT_EQ(mkfifo("ifcfg-eth0", 0600), 0);
+    EXPECT_EQ(found("eth9"), scripts_ + "wan");
 }
 
-TEST(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
-    private_host::run([] {
-        libtarnnet_state.suse = 1;
-        const std::string by_mac = std::string("ifcfg-") + mac_text;
-        EXPECT_EQ(found("eth0"), "none");
-        write_file(network_dir + by_mac, "");
-        EXPECT_EQ(found("eth0"), network_dir + by_mac);
-        EXPECT_EQ(found("eth0", mac_text, IFT_VLAN), "none");
-        EXPECT_EQ(found("eth0", nullptr), "none");
-        write_file(network_dir + "ifcfg-wlan-id-" + mac_text, "");
-        write_file(network_dir + "ifcfg-eth-id-" + mac_text, "");
-        EXPECT_EQ(found("eth0"), network_dir + "ifcfg-eth-id-" + mac_text);
-        EXPECT_EQ(found("en0"), "none");
-    });
+TEST_F(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
+    state.suse = true;
+    const std::string by_mac = network_ + mac_text;
+    EXPECT_EQ(found("eth0"), "none");
+    write(by_mac, "");
+    write(std::string(state.host.network_dir) + "/route-" + mac_text, "");
+    EXPECT_EQ(found("eth0"), by_mac);
+    EXPECT_EQ(found("eth0", mac_text, IFT_VLAN), "none");
+    EXPECT_EQ(found("eth0", nullptr), "none");
+    write(network_ + "wlan-id-" + mac_text, "");
+    write(network_ + "eth-id-" + mac_text, "");
+    EXPECT_EQ(found("eth0"), network_ + "eth-id-" + mac_text);
+    EXPECT_EQ(found("en0"), "none");
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #
 # The host to begin with: one link without an address, the name "box", a detection script that says "testos", an empty
 # mount table, no process, no name server, and commands that count nothing.
-
 failures=0 runs=0
 out=$stage/out # what the stubs print, one file a command
 
@@ -11,39 +10,26 @@ put() {
     mkdir -p "${1%/*}"
     if (($# > 1)); then printf '%s\n' "$2" >"$1"; else cat >"$1"; fi
 }
-rows() {
-    mkdir -p "${2%/*}"
-    seq "$1" >"$2"
-}
+rows() { seq "$1" | put "$2"; }
 
 # stub NAME BODY: a command of the host. It notes how it was called, then runs BODY.
 stub() {
-    printf '#!/bin/sh\necho "%s $*" >>%s\n%s\n' "$1" "$stage/calls" "$2" >"$stage/bin/$1"
+    put "$stage/bin/$1" "#!/bin/sh
+echo \"$1 \$*\" >>$stage/calls
+$2"
     chmod +x "$stage/bin/$1"
 }
+detect() { put /tmp/usr/local/share/tarnp2v/distdetect-common.sh "$1"; }
 
-# The counting commands print their file under $out, and only when called with the arguments that the run gives them.
-counting() { stub "$1" "[ \"\$*\" = '$2' ] || exit 64; cat $out/$1"; }
-
-# process PID [KEY=VALUE ...]: a status file as the kernel writes it; a key with a value of its own unit is in KiB.
+# process PID [KEY=VALUE ...]: a status file as the kernel writes it. fds PID N: N open descriptors.
 process() {
-    local pid=$1 pair
+    local pid=$1
     shift
-    {
-        printf 'Name:\tp%s\nState:\tS (sleeping)\nPid:\t%s\n' "$pid" "$pid"
-        for pair; do
-            case $pair in
-            Vm*) printf '%s:\t%8s kB\n' "${pair%%=*}" "${pair#*=}" ;;
-            *) printf '%s:\t%s\n' "${pair%%=*}" "${pair#*=}" ;;
-            esac
-        done
-    } | put "/proc/$pid/status"
+    printf 'Name:\tp%s\n' "$pid" "$@" | sed '2,$s/^Name:\tp\([^=]*\)=\(.*\)/\1:\t\2 kB/' | put "/proc/$pid/status"
 }
-
-# fds PID N: N open descriptors.
 fds() {
     mkdir -p "/proc/$1/fd"
-    (cd "/proc/$1/fd" && seq 0 $(($2 - 1)) | xargs -r touch)
+    (cd "/proc/$1/fd" && seq "$2" | xargs touch)
 }
 
 # link NAME [ADDRESS ...]: an ethernet link (the near end of a pair) that is up; addresses as "ip address add" takes
@@ -51,17 +37,13 @@ fds() {
 next_index=10
 link() {
     local name=$1 address
-    shift
     "$stage/ip" link add "$name" index $next_index type veth peer name "p$next_index" index $((next_index + 100)) \
         2>/dev/null || skip "the kernel has no pair links"
     "$stage/ip" link set "p$next_index" addrgenmode none
     "$stage/ip" link set "$name" addrgenmode none up
     next_index=$((next_index + 1))
-    for address; do "$stage/ip" address add $address dev "$name"; done
+    for address in "${@:2}"; do "$stage/ip" address add $address dev "$name"; done
 }
-
-# detect BODY: the detection script.
-detect() { put /tmp/usr/local/share/tarnp2v/distdetect-common.sh "$1"; }
 
 undetected='OS distribution was not detected. It must be manually set.'
 
@@ -104,56 +86,47 @@ extra_env=() wrapper=()
 launch() {
     mkdir -p "/proc/$BASHPID"
     ln -sfn "$stage/proc/$BASHPID/task" "/proc/$BASHPID/task"
-    exec env -i PATH="$stage/bin:/usr/sbin:/usr/bin:/sbin:/bin" HOME=/ "${extra_env[@]}" \
-        ${ASAN_OPTIONS:+"ASAN_OPTIONS=$ASAN_OPTIONS"} ${UBSAN_OPTIONS:+"UBSAN_OPTIONS=$UBSAN_OPTIONS"} \
-        "${wrapper[@]}" "$program" "$@"
+    exec env -i PATH="$stage/bin:/usr/sbin:/usr/bin:/sbin:/bin" HOME=/ ${ASAN_OPTIONS:+"ASAN_OPTIONS=$ASAN_OPTIONS"} \
+        "${extra_env[@]}" "${wrapper[@]}" "$program" "$@"
 }
 
-# same WHAT WANTED GOT: two files that must not differ by a byte.
+# same WHAT WANTED GOT: two files, is WHAT WANTED GOT: two texts that must not differ.
 same() {
-    cmp -s "$2" "$3" && return
-    failures=1
-    echo "run $runs: $1 differs (-foretold, +seen)"
-    diff -u --label foretold --label seen "$2" "$3" || true
+    diff -u --label "run $runs: $1 foretold" --label seen "$2" "$3" || failures=1
 }
-# is WHAT WANTED GOT: two texts.
 is() {
-    [[ $2 == "$3" ]] && return
+    [[ $2 != "$3" ]] || return 0
+    echo "run $runs: $1 is \"$3\", not \"$2\""
     failures=1
-    printf 'run %s: %s is "%s", not "%s"\n' "$runs" "$1" "$3" "$2"
 }
 
-# verdict STATUS WANTED: compares the last run and forgets what was foretold. adjust edits standard output first.
-adjust=
-verdict() {
-    is "exit status" "$2" "$1"
-    [[ -z $adjust ]] || sed -i "$adjust" "$stage/got.out"
-    same "standard output" "$stage/want.out" "$stage/got.out"
-    same "standard error" "$stage/want.err" "$stage/got.err"
-    prints ''
-    : >"$stage/want.err"
-}
-
-# run STATUS ARGUMENT ...: the program must end with STATUS and print what was foretold.
+# run STATUS ARGUMENT ...: the program must end with STATUS and print what was foretold, which is forgotten then.
 run() {
-    local want=$1 status=0
-    shift
+    local status=0
     runs=$((runs + 1))
     : >"$stage/calls"
-    (launch "$@") >"$stage/got.out" 2>"$stage/got.err" || status=$?
-    verdict "$status" "$want"
+    (launch "${@:2}") >"$stage/got.out" 2>"$stage/got.err" || status=$?
+    verdict "$status" "$1"
+}
+verdict() {
+    is "exit status" "$2" "$1"
+    same "standard output" "$stage/want.out" "$stage/got.out"
+    same "standard error" "$stage/want.err" "$stage/got.err"
+    : >"$stage/want.out" >"$stage/want.err"
 }
 
-touch "$stage"/{want.out,want.err,calls}
+: >"$stage/want.out" >"$stage/want.err" >"$stage/calls"
 echo box >"$stage/proc/sys/kernel/hostname"
-for table in net/tcp net/unix net/udp net/raw locks; do rows 0 /proc/$table; done
-for command in "ps ax" "iptables -n -L -t filter" "ip route list" "ipcs -m -u"; do
-    counting ${command%% *} "${command#* }"
-    rows 0 "$out/${command%% *}"
-done
-stub df "case \"\$*\" in '-k -l' | '-i -l') cat $out/df\$1 ;; *) exit 64 ;; esac"
-rows 0 "$out/df-k"
-rows 0 "$out/df-i"
-rows 0 /etc/mtab
 detect 'echo testos'
 link eth0
+for table in /proc/net/{tcp,unix,udp,raw} /proc/locks /etc/mtab "$out"/{ps,iptables,ip,ipcs,df-k,df-i}; do rows 0 $table; done
+# The counting commands print their file, and only when called with the arguments that the run gives them.
+while read -r command arguments; do
+    stub "$command" "[ \"\$*\" = '$arguments' ] || exit 64; cat $out/$command"
+done <<'END'
+ps ax
+iptables -n -L -t filter
+ip route list
+ipcs -m -u
+END
+stub df "case \"\$*\" in '-k -l' | '-i -l') cat $out/df\$1 ;; *) exit 64 ;; esac"

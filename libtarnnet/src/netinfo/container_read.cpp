@@ -3,109 +3,94 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "owners.h"
+#include "state.h"
 #include "tarnctl.h"
 #include "text.h"
 
+namespace tarnnet {
+
 namespace {
 
-const size_t conf_path_size = 512;
+// The configuration of a container, opened and read as far as that is possible.
+class container_conf {
+public:
+    explicit container_conf(uint32_t veid) {
+        char path[path_size];
+        if (tarnctl_get_env_conf_path(veid, path, sizeof(path)) >= 0) {
+            conf_ = tarnctl_conf_open(path);
+        }
+        if (conf_ != nullptr && tarnctl_conf_parse(conf_) >= 0) {
+            param_ = tarnctl_conf_get_env_param(conf_);
+        }
+    }
+    container_conf(container_conf&&) = delete;
+    ~container_conf() {
+        if (param_ != nullptr) {
+            tarnctl_free_env_param(param_);
+        }
+        if (conf_ != nullptr) {
+            tarnctl_conf_close(conf_);
+        }
+    }
 
-// A container's configuration, open and read.
-struct open_conf {
-    struct tarnctl_conf* conf;
-    struct tarnctl_env_param* param;
+    // The container's root directory, or null when the configuration could not be read.
+    const char* root() const { return param_ == nullptr ? nullptr : param_->root; }
+
+private:
+    tarnctl_conf* conf_ = nullptr;
+    tarnctl_env_param* param_ = nullptr;
 };
-
-// 0, or -1 with nothing left open.
-int open_container_conf(uint32_t veid, struct open_conf* open) {
-    char path[conf_path_size];
-    if (tarnctl_get_env_conf_path(veid, path, sizeof(path)) < 0) {
-        return -1;
-    }
-    open->conf = tarnctl_conf_open(path);
-    if (open->conf == nullptr) {
-        return -1;
-    }
-    open->param =
-        tarnctl_conf_parse(open->conf) < 0 ? nullptr : tarnctl_conf_get_env_param(open->conf);
-    if (open->param == nullptr) {
-        tarnctl_conf_close(open->conf);
-        return -1;
-    }
-    return 0;
-}
-
-void close_container_conf(const struct open_conf* open) {
-    tarnctl_free_env_param(open->param);
-    tarnctl_conf_close(open->conf);
-}
 
 // What the child inside the container is given.
 struct inside_request {
     uint32_t flags;
-    int pipe[2];
+    int read_end;  // the parent's, which the child has too
+    int write_end;
 };
 
-void write_link_lines(void* stream, const struct link_facts* facts) {
+void write_link_lines(void* stream, const link_facts* facts) {
     fprintf(static_cast<FILE*>(stream), "%s\n%s\n%s\n%u\n", facts->name, facts->addresses,
             facts->hwaddr, facts->flags);
 }
 
 // Runs inside the container.
 int read_inside(void* argument) {
-    const auto* request = static_cast<const struct inside_request*>(argument);
-    close(request->pipe[0]);
-    FILE* stream = fdopen(request->pipe[1], "w");
+    const auto* request = static_cast<const inside_request*>(argument);
+    close(request->read_end);
+    FILE* stream = fdopen(request->write_end, "w");
     if (stream == nullptr) {
-        close(request->pipe[1]);
+        close(request->write_end);
         return 1;
     }
     read_ifconfioctl_insider(request->flags, write_link_lines, stream);
     return fclose(stream) == 0 ? 0 : 1;
 }
 
-// Reads the lines of one link; false at the end. The lines are the caller's to free, always.
-bool read_group(FILE* stream, char* lines[LINK_LINES], size_t sizes[LINK_LINES]) {
-    for (int i = 0; i < LINK_LINES; ++i) {
-        const ssize_t length = getline(&lines[i], &sizes[i], stream);
-        if (length <= 0) {
+// A line of any length without its line end; false at the end.
+bool read_line(FILE* stream, owned_text* line) {
+    char* text = nullptr;
+    size_t room = 0;
+    const ssize_t length = getline(&text, &room, stream);
+    line->reset(text);
+    if (length > 0 && text[length - 1] == '\n') {
+        text[length - 1] = '\0';
+    }
+    return length > 0;
+}
+
+// Reads the lines of one link; false at the end.
+bool read_group(FILE* stream, owned_text lines[link_lines]) {
+    for (int i = 0; i < link_lines; ++i) {
+        if (!read_line(stream, &lines[i])) {
             return false;
-        }
-        if (lines[i][length - 1] == '\n') {
-            lines[i][length - 1] = '\0';
         }
     }
     return true;
-}
-
-void take_links(FILE* stream, uint32_t veid) {
-    char* lines[LINK_LINES] = {};
-    size_t sizes[LINK_LINES] = {};
-    while (read_group(stream, lines, sizes)) {
-        struct link_facts facts;
-        parse_link_lines(lines, &facts);
-        apply_link_facts(veid, &facts);
-    }
-    for (char* line : lines) {
-        free(line);
-    }
-}
-
-// Takes what the child writes, to its end, and closes the descriptor.
-void take_links_from(int fd, uint32_t veid) {
-    FILE* stream = fdopen(fd, "r");
-    if (stream == nullptr) {
-        close(fd);
-        return;
-    }
-    take_links(stream, veid);
-    fclose(stream);
 }
 
 void wait_for(pid_t child) {
@@ -114,43 +99,59 @@ void wait_for(pid_t child) {
 }
 
 void read_links_below(const char* root, uint32_t flags, uint32_t veid) {
-    struct inside_request request = {flags, {-1, -1}};
-    if (pipe2(request.pipe, O_CLOEXEC) != 0) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         return;
     }
+    owned_fd read_end(ends[0]);
+    owned_fd write_end(ends[1]);
+    inside_request request = {flags, ends[0], ends[1]};
     const pid_t child = tarnctl_env_exec_fn_async(veid, root, read_inside, &request);
-    close(request.pipe[1]);
-    if (child < 0) {
-        close(request.pipe[0]);
-        return;
+    write_end.reset();
+    if (child >= 0) {
+        take_container_links(read_end.release(), veid);
+        wait_for(child);
     }
-    take_links_from(request.pipe[0], veid);
-    wait_for(child);
 }
 
 }  // namespace
 
-void parse_link_lines(const char* const lines[LINK_LINES], struct link_facts* facts) {
-    copy_cut(facts->name, sizeof(facts->name), lines[0]);
-    copy_cut(facts->addresses, sizeof(facts->addresses), lines[1]);
-    copy_cut(facts->hwaddr, sizeof(facts->hwaddr), lines[2]);
-    facts->flags = static_cast<uint32_t>(strtoul(lines[3], nullptr, 10));
+void parse_link_lines(const owned_text lines[link_lines], link_facts* facts) {
+    copy_cut(facts->name, sizeof(facts->name), lines[0].get());
+    copy_cut(facts->addresses, sizeof(facts->addresses), lines[1].get());
+    copy_cut(facts->hwaddr, sizeof(facts->hwaddr), lines[2].get());
+    facts->flags = decimal(lines[3].get());
+}
+
+void take_container_links(int fd, uint32_t veid) {
+    const owned_file stream(fdopen(fd, "r"));
+    if (!stream) {
+        close(fd);
+        return;
+    }
+    owned_text lines[link_lines];
+    while (read_group(stream.get(), lines)) {
+        link_facts facts;
+        parse_link_lines(lines, &facts);
+        apply_link_facts(veid, &facts);
+    }
 }
 
 void read_container_links(uint32_t flags, uint32_t veid) {
-    struct open_conf conf;
-    if (!tarnctl_is_there() || open_container_conf(veid, &conf) != 0) {
+    if (!tarnctl_is_there()) {
         return;
     }
-    read_links_below(conf.param->root, flags, veid);
-    close_container_conf(&conf);
+    const container_conf conf(veid);
+    if (conf.root() != nullptr) {
+        read_links_below(conf.root(), flags, veid);
+    }
 }
 
 void read_running_containers(uint32_t flags) {
     if (!tarnctl_is_there() || tarnctl_open() < 0) {
         return;
     }
-    struct tarnctl_env_ids* list = tarnctl_alloc_env_ids();
+    tarnctl_env_ids* list = tarnctl_alloc_env_ids();
     if (list == nullptr) {
         return;
     }
@@ -163,8 +164,9 @@ void read_running_containers(uint32_t flags) {
 }
 
 void read_container_conf(uint32_t veid) {
-    struct open_conf conf;
-    if (tarnctl_is_there() && open_container_conf(veid, &conf) == 0) {
-        close_container_conf(&conf);
+    if (tarnctl_is_there()) {
+        const container_conf opened_and_closed(veid);
     }
 }
+
+}  // namespace tarnnet

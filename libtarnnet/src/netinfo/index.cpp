@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+namespace tarnnet {
+
 namespace {
 
 // The records of one container, a tree by name.
@@ -16,26 +18,26 @@ struct container_node {
 // beside the tree; `cached` is the container found last.
 struct container_level {
     void* containers;
-    struct container_node host;
-    struct container_node* cached;
+    container_node host;
+    container_node* cached;
 };
 
 struct network_node {
     char* network_id;
-    struct container_level level;
+    container_level level;
 };
 
 struct kind_slot {
     uint32_t stamp;
-    struct container_level level;
+    container_level level;
     void* networks;
 };
 
-enum { KIND_COUNT = 6 };
-struct kind_slot slots[KIND_COUNT];
+constexpr uint32_t kind_count = 6;
+kind_slot slots[kind_count];
 
-struct kind_slot* slot_of(uint32_t kind) {
-    for (uint32_t bit = 0; bit < KIND_COUNT; ++bit) {
+kind_slot* slot_of(uint32_t kind) {
+    for (uint32_t bit = 0; bit < kind_count; ++bit) {
         if (kind == 1u << bit) {
             return &slots[bit];
         }
@@ -44,65 +46,59 @@ struct kind_slot* slot_of(uint32_t kind) {
 }
 
 int compare_names(const void* a, const void* b) {
-    return strcmp(static_cast<const struct tarnnetif_info*>(a)->name,
-                  static_cast<const struct tarnnetif_info*>(b)->name);
+    return strcmp(static_cast<const tarnnetif_info*>(a)->name,
+                  static_cast<const tarnnetif_info*>(b)->name);
 }
 
 int compare_containers(const void* a, const void* b) {
-    const uint32_t left = static_cast<const struct container_node*>(a)->veid;
-    const uint32_t right = static_cast<const struct container_node*>(b)->veid;
+    const uint32_t left = static_cast<const container_node*>(a)->veid;
+    const uint32_t right = static_cast<const container_node*>(b)->veid;
     return left < right ? -1 : (left > right ? 1 : 0);
 }
 
 int compare_networks(const void* a, const void* b) {
-    return strcmp(static_cast<const struct network_node*>(a)->network_id,
-                  static_cast<const struct network_node*>(b)->network_id);
+    return strcmp(static_cast<const network_node*>(a)->network_id,
+                  static_cast<const network_node*>(b)->network_id);
 }
 
-typedef int (*compare_fn)(const void* a, const void* b);
+using compare_fn = int (*)(const void* a, const void* b);
 
-// The place of an item in a tree, or NULL. A tree's node begins with the pointer to its item.
-template <class Item>
-Item** place_of(void* const* root, const Item* probe, compare_fn compare) {
-    return static_cast<Item**>(tfind(probe, root, compare));
-}
-
-template <class Item>
-Item* item_of(void* const* root, const Item* probe, compare_fn compare) {
-    Item** place = place_of(root, probe, compare);
+// The item in a tree, or null. A tree's node begins with the pointer to its item.
+void* item_of(void* const* root, const void* probe, compare_fn compare) {
+    void** place = static_cast<void**>(tfind(probe, root, compare));
     return place == nullptr ? nullptr : *place;
 }
 
 // Adds an item; -1 when memory is short or another item has the place.
-template <class Item>
-int add_item(void** root, Item* item, compare_fn compare) {
-    Item** place = static_cast<Item**>(tsearch(item, root, compare));
+int add_item(void** root, void* item, compare_fn compare) {
+    void** place = static_cast<void**>(tsearch(item, root, compare));
     return place != nullptr && *place == item ? 0 : -1;
 }
 
-struct tarnnetif_info** find_place(const struct container_node* node, const char* name) {
-    struct tarnnetif_info probe = {};
+tarnnetif_info** find_place(const container_node* node, const char* name) {
+    tarnnetif_info probe = {};
     probe.name = const_cast<char*>(name);  // the search only reads it
-    return place_of(&node->names, &probe, compare_names);
+    return static_cast<tarnnetif_info**>(tfind(&probe, &node->names, compare_names));
 }
 
-struct container_node* find_container(struct container_level* level, uint32_t veid) {
+container_node* find_container(container_level* level, uint32_t veid) {
     if (veid == 0) {
         return &level->host;
     }
     if (level->cached == nullptr || level->cached->veid != veid) {
-        const struct container_node probe = {veid, nullptr};
-        level->cached = item_of(&level->containers, &probe, compare_containers);
+        const container_node probe = {veid, nullptr};
+        level->cached =
+            static_cast<container_node*>(item_of(&level->containers, &probe, compare_containers));
     }
     return level->cached;
 }
 
-struct container_node* obtain_container(struct container_level* level, uint32_t veid) {
-    struct container_node* node = find_container(level, veid);
+container_node* obtain_container(container_level* level, uint32_t veid) {
+    container_node* node = find_container(level, veid);
     if (node != nullptr) {
         return node;
     }
-    node = static_cast<struct container_node*>(calloc(1, sizeof(struct container_node)));
+    node = static_cast<container_node*>(calloc(1, sizeof(container_node)));
     if (node == nullptr) {
         return nullptr;
     }
@@ -115,7 +111,7 @@ struct container_node* obtain_container(struct container_level* level, uint32_t 
     return node;
 }
 
-void drop_container_if_empty(struct container_level* level, struct container_node* node) {
+void drop_container_if_empty(container_level* level, container_node* node) {
     if (node->names != nullptr || node == &level->host) {
         return;
     }
@@ -124,12 +120,12 @@ void drop_container_if_empty(struct container_level* level, struct container_nod
     free(node);
 }
 
-bool level_is_empty(const struct container_level* level) {
+bool level_is_empty(const container_level* level) {
     return level->containers == nullptr && level->host.names == nullptr;
 }
 
-int level_insert(struct container_level* level, struct tarnnetif_info* record) {
-    struct container_node* node = obtain_container(level, record->veid);
+int level_insert(container_level* level, tarnnetif_info* record) {
+    container_node* node = obtain_container(level, record->veid);
     if (node == nullptr) {
         return -1;
     }
@@ -138,15 +134,14 @@ int level_insert(struct container_level* level, struct tarnnetif_info* record) {
     return result;
 }
 
-struct tarnnetif_info** level_place(struct container_level* level, const char* name,
-                                    uint32_t veid) {
-    const struct container_node* node = find_container(level, veid);
+tarnnetif_info** level_place(container_level* level, const char* name, uint32_t veid) {
+    const container_node* node = find_container(level, veid);
     return node == nullptr ? nullptr : find_place(node, name);
 }
 
-void level_remove(struct container_level* level, const struct tarnnetif_info* record) {
-    struct container_node* node = find_container(level, record->veid);
-    struct tarnnetif_info** place = node == nullptr ? nullptr : find_place(node, record->name);
+void level_remove(container_level* level, const tarnnetif_info* record) {
+    container_node* node = find_container(level, record->veid);
+    tarnnetif_info** place = node == nullptr ? nullptr : find_place(node, record->name);
     if (place == nullptr || *place != record) {
         return;
     }
@@ -154,31 +149,30 @@ void level_remove(struct container_level* level, const struct tarnnetif_info* re
     drop_container_if_empty(level, node);
 }
 
-void level_replace(struct container_level* level, const struct tarnnetif_info* record,
-                   struct tarnnetif_info* other) {
-    struct tarnnetif_info** place = level_place(level, record->name, record->veid);
+void level_replace(container_level* level, const tarnnetif_info* record, tarnnetif_info* other) {
+    tarnnetif_info** place = level_place(level, record->name, record->veid);
     if (place != nullptr && *place == record) {
         *place = other;
     }
 }
 
-struct network_node* find_network(const struct kind_slot* slot, const char* network_id) {
-    struct network_node probe = {};
+network_node* find_network(const kind_slot* slot, const char* network_id) {
+    network_node probe = {};
     probe.network_id = const_cast<char*>(network_id);  // the search only reads it
-    return item_of(&slot->networks, &probe, compare_networks);
+    return static_cast<network_node*>(item_of(&slot->networks, &probe, compare_networks));
 }
 
-void free_network(struct network_node* network) {
+void free_network(network_node* network) {
     free(network->network_id);
     free(network);
 }
 
-struct network_node* obtain_network(struct kind_slot* slot, const char* network_id) {
-    struct network_node* network = find_network(slot, network_id);
+network_node* obtain_network(kind_slot* slot, const char* network_id) {
+    network_node* network = find_network(slot, network_id);
     if (network != nullptr) {
         return network;
     }
-    network = static_cast<struct network_node*>(calloc(1, sizeof(struct network_node)));
+    network = static_cast<network_node*>(calloc(1, sizeof(network_node)));
     if (network == nullptr) {
         return nullptr;
     }
@@ -191,7 +185,7 @@ struct network_node* obtain_network(struct kind_slot* slot, const char* network_
     return network;
 }
 
-void drop_network_if_empty(struct kind_slot* slot, struct network_node* network) {
+void drop_network_if_empty(kind_slot* slot, network_node* network) {
     if (!level_is_empty(&network->level)) {
         return;
     }
@@ -202,35 +196,35 @@ void drop_network_if_empty(struct kind_slot* slot, struct network_node* network)
 void keep_record(void* /*record*/) {}
 
 void destroy_container(void* node) {
-    tdestroy(static_cast<struct container_node*>(node)->names, keep_record);
+    tdestroy(static_cast<container_node*>(node)->names, keep_record);
     free(node);
 }
 
-void clear_level(struct container_level* level) {
+void clear_level(container_level* level) {
     tdestroy(level->host.names, keep_record);
     tdestroy(level->containers, destroy_container);
     *level = {};
 }
 
 void destroy_network(void* node) {
-    auto* network = static_cast<struct network_node*>(node);
+    auto* network = static_cast<network_node*>(node);
     clear_level(&network->level);
     free_network(network);
 }
 
 }  // namespace
 
-void stamp_index_slots(void) {
-    // Each next kind is 1 shifted by the kind before: 1, 2, 4, 16. The slots of the other two kinds
-    // are left as they are, on purpose; nothing depends on the stamp.
+void stamp_index_slots() {
+    // Each next kind is 1 shifted by the kind before: 1, 2, 4, 16. That leaves out VLANs and
+    // virtual NICs, whose slots work the same: nothing reads a stamp.
     for (uint32_t kind = IFT_GENERIC; kind <= IFT_VETH; kind = 1u << kind) {
         slot_of(kind)->stamp = kind;
     }
 }
 
-int network_index_insert(struct tarnnetif_info* record, uint32_t kind, const char* network_id) {
-    struct kind_slot* slot = slot_of(kind);
-    struct network_node* network = slot == nullptr ? nullptr : obtain_network(slot, network_id);
+int network_index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id) {
+    kind_slot* slot = slot_of(kind);
+    network_node* network = slot == nullptr ? nullptr : obtain_network(slot, network_id);
     if (network == nullptr) {
         return -1;
     }
@@ -239,10 +233,9 @@ int network_index_insert(struct tarnnetif_info* record, uint32_t kind, const cha
     return result;
 }
 
-void network_index_remove(const struct tarnnetif_info* record, uint32_t kind,
-                          const char* network_id) {
-    struct kind_slot* slot = slot_of(kind);
-    struct network_node* network = slot == nullptr ? nullptr : find_network(slot, network_id);
+void network_index_remove(const tarnnetif_info* record, uint32_t kind, const char* network_id) {
+    kind_slot* slot = slot_of(kind);
+    network_node* network = slot == nullptr ? nullptr : find_network(slot, network_id);
     if (network == nullptr) {
         return;
     }
@@ -250,8 +243,8 @@ void network_index_remove(const struct tarnnetif_info* record, uint32_t kind,
     drop_network_if_empty(slot, network);
 }
 
-int index_insert(struct tarnnetif_info* record, uint32_t kind, const char* network_id) {
-    struct kind_slot* slot = slot_of(kind);
+int index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id) {
+    kind_slot* slot = slot_of(kind);
     if (slot == nullptr || level_insert(&slot->level, record) != 0) {
         return -1;
     }
@@ -262,8 +255,8 @@ int index_insert(struct tarnnetif_info* record, uint32_t kind, const char* netwo
     return 0;
 }
 
-void index_remove(const struct tarnnetif_info* record, uint32_t kind, const char* network_id) {
-    struct kind_slot* slot = slot_of(kind);
+void index_remove(const tarnnetif_info* record, uint32_t kind, const char* network_id) {
+    kind_slot* slot = slot_of(kind);
     if (slot == nullptr) {
         return;
     }
@@ -273,16 +266,16 @@ void index_remove(const struct tarnnetif_info* record, uint32_t kind, const char
     }
 }
 
-void index_clear(void) {
-    for (struct kind_slot& slot : slots) {
+void index_clear() {
+    for (kind_slot& slot : slots) {
         clear_level(&slot.level);
         tdestroy(slot.networks, destroy_network);
         slot.networks = nullptr;
     }
 }
 
-void index_replace(const struct tarnnetif_info* record, struct tarnnetif_info* other) {
-    struct kind_slot* slot = slot_of(record->type);
+void index_replace(const tarnnetif_info* record, tarnnetif_info* other) {
+    kind_slot* slot = slot_of(record->type);
     if (slot == nullptr) {
         return;
     }
@@ -290,24 +283,25 @@ void index_replace(const struct tarnnetif_info* record, struct tarnnetif_info* o
     if (record->network_id == nullptr) {
         return;
     }
-    struct network_node* network = find_network(slot, record->network_id);
+    network_node* network = find_network(slot, record->network_id);
     if (network != nullptr) {
         level_replace(&network->level, record, other);
     }
 }
 
-struct tarnnetif_info* index_find(const char* name, uint32_t veid, uint32_t kind) {
-    struct kind_slot* slot = slot_of(kind);
-    struct tarnnetif_info** place =
-        slot == nullptr ? nullptr : level_place(&slot->level, name, veid);
+tarnnetif_info* index_find(const char* name, uint32_t veid, uint32_t kind) {
+    kind_slot* slot = slot_of(kind);
+    tarnnetif_info** place = slot == nullptr ? nullptr : level_place(&slot->level, name, veid);
     return place == nullptr ? nullptr : *place;
 }
 
-struct tarnnetif_info* network_index_find(const char* network_id, const char* name, uint32_t veid,
-                                          uint32_t kind) {
-    struct kind_slot* slot = slot_of(kind);
-    struct network_node* network = slot == nullptr ? nullptr : find_network(slot, network_id);
-    struct tarnnetif_info** place =
+tarnnetif_info* network_index_find(const char* network_id, const char* name, uint32_t veid,
+                                   uint32_t kind) {
+    kind_slot* slot = slot_of(kind);
+    network_node* network = slot == nullptr ? nullptr : find_network(slot, network_id);
+    tarnnetif_info** place =
         network == nullptr ? nullptr : level_place(&network->level, name, veid);
     return place == nullptr ? nullptr : *place;
 }
+
+}  // namespace tarnnet

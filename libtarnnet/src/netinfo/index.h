@@ -9,27 +9,30 @@
 
 #include "tarnnet.h"
 
-// Marks the slots of kinds at the library's start. Some stay unmarked and work the same.
-void stamp_index_slots(void);
+namespace tarnnet {
 
-// Files the record under a kind and, unless that is NULL, a network. 0, or -1 with nothing filed:
+// Marks the slots of kinds at the library's start: all but those of VLANs and virtual NICs.
+void stamp_index_slots();
+
+// Files the record under a kind and, unless that is null, a network. 0, or -1 with nothing filed:
 // memory is short, the kind is none, or another record has the place.
-int index_insert(struct tarnnetif_info* record, uint32_t kind, const char* network_id);
+int index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id);
 
 // Takes the record out of where it was filed.
-void index_remove(const struct tarnnetif_info* record, uint32_t kind, const char* network_id);
+void index_remove(const tarnnetif_info* record, uint32_t kind, const char* network_id);
 
 // Takes every record out, at a fraction of what taking out each one costs.
-void index_clear(void);
+void index_clear();
 
 // Puts another record of the same name, container, kind and network in its place. Never fails.
-void index_replace(const struct tarnnetif_info* record, struct tarnnetif_info* other);
+void index_replace(const tarnnetif_info* record, tarnnetif_info* other);
 
 // The network index alone.
-int network_index_insert(struct tarnnetif_info* record, uint32_t kind, const char* network_id);
-void network_index_remove(const struct tarnnetif_info* record, uint32_t kind,
-                          const char* network_id);
+int network_index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id);
+void network_index_remove(const tarnnetif_info* record, uint32_t kind, const char* network_id);
 
-struct tarnnetif_info* index_find(const char* name, uint32_t veid, uint32_t kind);
-struct tarnnetif_info* network_index_find(const char* network_id, const char* name, uint32_t veid,
-                                          uint32_t kind);
+tarnnetif_info* index_find(const char* name, uint32_t veid, uint32_t kind);
+tarnnetif_info* network_index_find(const char* network_id, const char* name, uint32_t veid,
+                                   uint32_t kind);
+
+}  // namespace tarnnet

@@ -10,35 +10,35 @@
 
 namespace {
 
-const uint32_t highest_veid = 0x7fffffff;  // of a call without filter
+constexpr uint32_t highest_veid = 0x7fffffff;  // of a call without filter
 
 }  // namespace
 
-struct tarnnet_info* tarnnet_get_info_SL(uint32_t flags, const struct tarnnet_filter* filter) {
+tarnnet_info* tarnnet_get_info_SL(uint32_t flags, const tarnnet_filter* filter) {
     const uint32_t min_veid = filter == nullptr ? 0 : filter->min_veid;
     const uint32_t max_veid = filter == nullptr ? highest_veid : filter->max_veid;
-    purge_all_generations();
+    tarnnet::purge_all_generations();
     if ((flags & TARNNET_READ_CONF) != 0) {
-        read_single_conf(flags, 0);
+        tarnnet::read_single_conf(flags, 0);
     }
-    read_ifconfioctl(flags, min_veid, max_veid);
+    tarnnet::read_ifconfioctl(flags, min_veid, max_veid);
     if (min_veid == 0) {
-        read_iface_types();
-        check_sysconf();  // without memory nothing is marked
+        tarnnet::read_iface_types();
+        tarnnet::check_sysconf();  // without memory nothing is marked
     }
-    return get_cached_info(filter);
+    return tarnnet::get_cached_info(filter);
 }
 
-struct tarnnet_info* tarnnet_get_info(uint32_t flags, const struct tarnnet_filter* filter) {
+tarnnet_info* tarnnet_get_info(uint32_t flags, const tarnnet_filter* filter) {
     if (grab_shared_tarnnetlock(1) != 0) {
         return nullptr;
     }
-    struct tarnnet_info* result = tarnnet_get_info_SL(flags, filter);
+    tarnnet_info* result = tarnnet_get_info_SL(flags, filter);
     release_tarnnetlock();
     return result;
 }
 
-void tarnnet_release_info(struct tarnnet_info* result) {
+void tarnnet_release_info(tarnnet_info* result) {
     // The lock of this process alone, which is all that the records need.
     if (result == nullptr || grab_shared_tarnnetlock(1) != 0) {
         return;

@@ -1,16 +1,15 @@
 #include "netinfo/kind_parsers.h"
 
-#include <stdlib.h>
 #include <string.h>
+
+#include "text.h"
+
+namespace tarnnet {
 
 namespace {
 
 // The fields of a line of a pair-device file end with the line.
-const char pair_separators[] = " \n";
-
-uint32_t decimal(const char* text) {
-    return static_cast<uint32_t>(strtoul(text, nullptr, 10));
-}
+constexpr char pair_separators[] = " \n";
 
 }  // namespace
 
@@ -33,7 +32,7 @@ bool is_known_version(char* line) {
 }
 
 // 00:18:51:0C:7A:01         veth101.0 00:18:51:0C:7A:02              eth0        101
-bool parse_veth_line(char* line, struct veth_line* parsed) {
+bool parse_veth_line(char* line, veth_line* parsed) {
     char* fields[5];
     if (split_fields(line, pair_separators, fields, 5) < 5) {
         return false;
@@ -49,7 +48,7 @@ const char* parse_vmth_line(char* line) {
 }
 
 // eth0.10        | 10  | eth0
-bool parse_vlan_line(char* line, struct vlan_line* parsed) {
+bool parse_vlan_line(char* line, vlan_line* parsed) {
     char* fields[3];
     if (split_fields(line, " |\n", fields, 3) < 3) {
         return false;
@@ -65,3 +64,5 @@ const char* parse_vlan_naming_line(char* line) {
         split_fields(line, ": \n", fields, 2) == 2 && strcmp(fields[0], "Name-Type") == 0;
     return found ? fields[1] : nullptr;
 }
+
+}  // namespace tarnnet

@@ -5,6 +5,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+namespace tarnnet {
+
 // Cuts a line at runs of the separators; fields beyond `most` are left out. The number of fields.
 size_t split_fields(char* line, const char* separators, char** fields, size_t most);
 
@@ -24,11 +26,13 @@ struct vlan_line {
 };
 
 // False for a line with fields missing.
-bool parse_veth_line(char* line, struct veth_line* parsed);
-bool parse_vlan_line(char* line, struct vlan_line* parsed);
+bool parse_veth_line(char* line, veth_line* parsed);
+bool parse_vlan_line(char* line, vlan_line* parsed);
 
-// The first field of a line, or NULL.
+// The first field of a line, or null.
 const char* parse_vmth_line(char* line);
 
-// The word of the line that gives the VLAN naming style, or NULL when it is another line.
+// The word of the line that gives the VLAN naming style, or null when it is another line.
 const char* parse_vlan_naming_line(char* line);
+
+}  // namespace tarnnet

@@ -1,36 +1,20 @@
 #include "netinfo/kind_sources.h"
 
-#include <stddef.h>
-#include <stdio.h>
-
 #include "conf_lists.h"
 #include "netinfo/bridges.h"
 #include "netinfo/kind_parsers.h"
 #include "netinfo/records.h"
-#include "tarnnet.h"
+#include "state.h"
 #include "text.h"
-#include "vlan_naming.h"
+
+namespace tarnnet {
 
 namespace {
 
-const char veth_path[] = "/proc/tarn/veth";
-const char vmth_path[] = "/proc/tarn/vmth";
-const char vlan_path[] = "/proc/net/vlan/config";
-
-const size_t line_size = 256;  // a longer line continues as the next one
-
-// Opens a pair-device file behind its version line; NULL when it is missing or not understood.
-FILE* open_pair_file(const char* path) {
-    FILE* file = open_text_file(path);
-    if (file == nullptr) {
-        return nullptr;
-    }
-    char line[line_size];
-    if (fgets(line, sizeof(line), file) == nullptr || !is_known_version(line)) {
-        fclose(file);
-        return nullptr;
-    }
-    return file;
+// Goes behind the version line of a pair-device file; false when the file is not understood.
+bool skip_version(text_file* file) {
+    char* line = file->is_read() ? file->next_line() : nullptr;
+    return line != nullptr && is_known_version(line);
 }
 
 void set_veth_end(const char* name, uint32_t veid, const char* peer_name, uint32_t peer_veid) {
@@ -40,15 +24,14 @@ void set_veth_end(const char* name, uint32_t veid, const char* peer_name, uint32
     }
 }
 
-void read_veth_file(void) {
-    FILE* file = open_pair_file(veth_path);
-    if (file == nullptr) {
+void read_veth_file() {
+    text_file file(state.host.pair_devices);
+    if (!skip_version(&file)) {
         return;
     }
-    flush_veths();
-    char line[line_size];
-    while (fgets(line, sizeof(line), file) != nullptr) {
-        struct veth_line pair;
+    configured.veths.flush();
+    while (char* line = file.next_line()) {
+        veth_line pair;
         if (!parse_veth_line(line, &pair)) {
             continue;
         }
@@ -56,67 +39,58 @@ void read_veth_file(void) {
         set_veth_end(pair.host_name, 0, pair.container_name, pair.veid);
         set_veth_end(pair.container_name, pair.veid, pair.host_name, 0);
     }
-    fclose(file);
 }
 
-void read_vmth_file(void) {
-    FILE* file = open_pair_file(vmth_path);
-    if (file == nullptr) {
+void read_vmth_file() {
+    text_file file(state.host.more_pair_devices);
+    if (!skip_version(&file)) {
         return;
     }
-    char line[line_size];
-    while (fgets(line, sizeof(line), file) != nullptr) {
+    while (char* line = file.next_line()) {
         const char* name = parse_vmth_line(line);
         if (name != nullptr) {
             update_tarnnetif_info(name, 0, IFU_TYPE, number_value(IFT_VETH));
         }
     }
-    fclose(file);
 }
 
-void set_vlan_record(const struct vlan_line* vlan) {
+void set_vlan_record(const vlan_line* vlan) {
     if (update_tarnnetif_info(vlan->name, 0, IFU_TYPE, number_value(IFT_VLAN)) != nullptr &&
         update_last_tarnnetif_info(IFU_VLAN_ID, number_value(vlan->vlan_id)) != nullptr) {
         update_last_tarnnetif_info(IFU_VLAN_MASTER, text_value(vlan->master));
     }
 }
 
-void read_vlan_naming(char* line) {
-    const char* word = parse_vlan_naming_line(line);
+// Takes the naming style from the second line; false when there is none.
+bool take_vlan_naming(text_file* file) {
+    char* line = file->next_line() == nullptr ? nullptr : file->next_line();
+    const char* word = line == nullptr ? nullptr : parse_vlan_naming_line(line);
     if (word != nullptr) {
-        set_vlan_naming(word);
+        state.vlan_naming = style_of_word(word);
     }
+    return line != nullptr;
 }
 
-void read_vlan_file(FILE* file, int make_records) {
-    char line[line_size];
-    if (fgets(line, sizeof(line), file) == nullptr ||  // the headings
-        fgets(line, sizeof(line), file) == nullptr) {
+}  // namespace
+
+void read_vlan_config(int make_records) {
+    text_file file(state.host.vlans);
+    if (!file.is_read() || !take_vlan_naming(&file) || make_records == 0) {
         return;
     }
-    read_vlan_naming(line);
-    while (make_records != 0 && fgets(line, sizeof(line), file) != nullptr) {
-        struct vlan_line vlan;
+    while (char* line = file.next_line()) {
+        vlan_line vlan;
         if (parse_vlan_line(line, &vlan)) {
             set_vlan_record(&vlan);
         }
     }
 }
 
-}  // namespace
-
-void read_vlan_config(int make_records) {
-    FILE* file = open_text_file(vlan_path);
-    if (file == nullptr) {
-        return;
-    }
-    read_vlan_file(file, make_records);
-    fclose(file);
-}
-
-void read_iface_types(void) {
+void read_iface_types() {
     read_veth_file();
     read_vmth_file();
     read_vlan_config(1);
     read_bridges();
 }
+
+}  // namespace tarnnet

@@ -1,31 +1,14 @@
 #include "netinfo/link_tables.h"
 
-#include <stdlib.h>
 #include <string.h>
+
+namespace tarnnet {
 
 namespace {
 
-const size_t first_room = 64;  // entries
-
-// Makes room for one more entry; 0, or -1 with the table as it was.
-template <class Entry>
-int reserve_entry(Entry** entries, size_t count, size_t* room) {
-    if (count < *room) {
-        return 0;
-    }
-    const size_t wanted = *room == 0 ? first_room : 2 * *room;
-    auto* grown = static_cast<Entry*>(realloc(*entries, wanted * sizeof(Entry)));
-    if (grown == nullptr) {
-        return -1;
-    }
-    *entries = grown;
-    *room = wanted;
-    return 0;
-}
-
 int compare_addresses(const void* a, const void* b) {
-    const auto* left = static_cast<const struct address_entry*>(a);
-    const auto* right = static_cast<const struct address_entry*>(b);
+    const auto* left = static_cast<const address_entry*>(a);
+    const auto* right = static_cast<const address_entry*>(b);
     if (left->link != right->link) {
         return left->link < right->link ? -1 : 1;
     }
@@ -33,12 +16,12 @@ int compare_addresses(const void* a, const void* b) {
 }
 
 // The first address of a link, or where it would be.
-size_t first_address(const struct link_tables* tables, uint32_t link) {
+size_t first_address(const link_tables& tables, uint32_t link) {
     size_t low = 0;
-    size_t high = tables->address_count;
+    size_t high = tables.addresses.count();
     while (low < high) {
         const size_t middle = low + (high - low) / 2;
-        if (tables->addresses[middle].link < link) {
+        if (tables.addresses[middle].link < link) {
             low = middle + 1;
         } else {
             high = middle;
@@ -48,8 +31,8 @@ size_t first_address(const struct link_tables* tables, uint32_t link) {
 }
 
 // Appends what fits of a text at `used`, in front of the NUL; returns where the text ends then.
-size_t append(char text[ADDRESSES_SIZE], size_t used, const char* piece) {
-    const size_t length = strnlen(piece, ADDRESSES_SIZE - 1 - used);
+size_t append(char text[address_line_size], size_t used, const char* piece) {
+    const size_t length = strnlen(piece, address_line_size - 1 - used);
     memcpy(text + used, piece, length);
     text[used + length] = '\0';
     return used + length;
@@ -57,48 +40,42 @@ size_t append(char text[ADDRESSES_SIZE], size_t used, const char* piece) {
 
 }  // namespace
 
-int collect_link(struct link_tables* tables, struct nlmsghdr* message) {
-    if (reserve_entry(&tables->links, tables->link_count, &tables->link_room) != 0) {
+int collect_link(link_tables* tables, nlmsghdr* message) {
+    link_entry* link = tables->links.place_for_next();
+    if (link == nullptr) {
         return -1;
     }
-    if (parse_link(message, &tables->links[tables->link_count])) {
-        tables->link_count++;
+    if (parse_link(message, link)) {
+        tables->links.add_last();
     }
     return 0;
 }
 
-int collect_address(struct link_tables* tables, struct nlmsghdr* message) {
-    if (reserve_entry(&tables->addresses, tables->address_count, &tables->address_room) != 0) {
+int collect_address(link_tables* tables, nlmsghdr* message) {
+    address_entry* address = tables->addresses.place_for_next();
+    if (address == nullptr) {
         return -1;
     }
-    struct address_entry* address = &tables->addresses[tables->address_count];
     if (parse_address(message, address)) {
-        address->order = static_cast<uint32_t>(tables->address_count);
-        tables->address_count++;
+        address->order = static_cast<uint32_t>(tables->addresses.count());
+        tables->addresses.add_last();
     }
     return 0;
 }
 
-void sort_addresses(struct link_tables* tables) {
-    if (tables->address_count > 0) {
-        qsort(tables->addresses, tables->address_count, sizeof(struct address_entry),
-              compare_addresses);
-    }
+void sort_addresses(link_tables* tables) {
+    tables->addresses.sort(compare_addresses);
 }
 
-void print_selected_addrinfo(const struct link_tables* tables, uint32_t link,
-                             char text[ADDRESSES_SIZE]) {
+void print_selected_addrinfo(const link_tables& tables, uint32_t link,
+                             char text[address_line_size]) {
     size_t used = 0;
     text[0] = '\0';
     for (size_t i = first_address(tables, link);
-         i < tables->address_count && tables->addresses[i].link == link; ++i) {
+         i < tables.addresses.count() && tables.addresses[i].link == link; ++i) {
         used = append(text, used, used == 0 ? "" : " ");
-        used = append(text, used, tables->addresses[i].text);
+        used = append(text, used, tables.addresses[i].text);
     }
 }
 
-void free_link_tables(struct link_tables* tables) {
-    free(tables->links);
-    free(tables->addresses);
-    *tables = {};
-}
+}  // namespace tarnnet

@@ -1,28 +1,30 @@
-// The live read: the links of a network namespace with their addresses, from routing netlink.
+// The live read: the links of a network namespace with their addresses, applied to the records.
 #pragma once
 
 #include <stdint.h>
 
 #include "netinfo/link_tables.h"
 
+namespace tarnnet {
+
 // One link with its addresses.
 struct link_facts {
-    char name[IFNAMSIZ];
-    char addresses[ADDRESSES_SIZE];  // separated by one blank
-    char hwaddr[HWADDR_SIZE];        // empty when there is none to show
-    uint32_t flags;                  // IFF_ bits
+    char name[if_name_size];
+    char addresses[address_line_size];  // separated by one blank
+    char hwaddr[hwaddr_size];           // empty when there is none to show
+    uint32_t flags;                     // IFF_ bits
 };
 
 // Is given each link, in the order of the kernel's answer.
-typedef void (*link_sink)(void* argument, const struct link_facts* facts);
+using link_sink = void (*)(void* argument, const link_facts* facts);
 
 // Reads the links of the calling process's network namespace. flags: TARNNET_READ_IPV4 and
-// TARNNET_READ_IPV6 say which addresses to take. When the kernel cannot be asked the sink is never
-// called; why is printed to standard error.
+// TARNNET_READ_IPV6 say which addresses to take. When they cannot be read to the last one the sink
+// is never called.
 void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument);
 
 // Applies the facts of a link to the records of a container (0 for the host).
-void apply_link_facts(uint32_t veid, const struct link_facts* facts);
+void apply_link_facts(uint32_t veid, const link_facts* facts);
 
 // Reads the host, or a container, as an origin of its own. The library lock is held, here and
 // below.
@@ -31,3 +33,5 @@ void read_single_ifconfioctl(uint32_t flags, uint32_t veid);
 // Reads the containers min_veid..max_veid one by one, or, when these are more than twelve, all
 // containers that run, without the host.
 void read_ifconfioctl(uint32_t flags, uint32_t min_veid, uint32_t max_veid);
+
+}  // namespace tarnnet

@@ -5,21 +5,18 @@
 
 #include "netinfo/records.h"
 #include "strarr.h"
+#include "text.h"
+
+namespace tarnnet {
 
 namespace {
-
-// Copies a text that may be absent; false when memory is short.
-bool copy_text(char** to, const char* from) {
-    *to = from == nullptr ? nullptr : strdup(from);
-    return from == nullptr || *to != nullptr;
-}
 
 bool copy_list(char*** to, char* const* from) {
     *to = dup_strarr(from);
     return from == nullptr || *to != nullptr;
 }
 
-bool copy_origin_name(struct tarnnetif_info* to, const struct tarnnetif_info* from) {
+bool copy_origin_name(tarnnetif_info* to, const tarnnetif_info* from) {
     if (strcmp(from->origin_name, from->name) == 0) {
         return true;
     }
@@ -30,7 +27,7 @@ bool copy_origin_name(struct tarnnetif_info* to, const struct tarnnetif_info* fr
     return copy != nullptr;
 }
 
-bool copy_kind_data(struct tarnnetif_info* to, const struct tarnnetif_info* from) {
+bool copy_kind_data(tarnnetif_info* to, const tarnnetif_info* from) {
     to->type = from->type;
     if (from->type == IFT_VETH) {
         to->data.veth.peer_veid = from->data.veth.peer_veid;
@@ -43,7 +40,7 @@ bool copy_kind_data(struct tarnnetif_info* to, const struct tarnnetif_info* from
     return true;
 }
 
-void copy_numbers(struct tarnnetif_info* to, const struct tarnnetif_info* from) {
+void copy_numbers(tarnnetif_info* to, const tarnnetif_info* from) {
     to->set_mask = from->set_mask;
     to->state = from->state;
     to->link_flags = from->link_flags;
@@ -55,8 +52,8 @@ void copy_numbers(struct tarnnetif_info* to, const struct tarnnetif_info* from) 
 
 }  // namespace
 
-struct tarnnetif_info* new_record(const char* name, uint32_t veid) {
-    auto* record = static_cast<struct tarnnetif_info*>(calloc(1, sizeof(struct tarnnetif_info)));
+tarnnetif_info* new_record(const char* name, uint32_t veid) {
+    auto* record = static_cast<tarnnetif_info*>(calloc(1, sizeof(tarnnetif_info)));
     if (record == nullptr) {
         return nullptr;
     }
@@ -71,15 +68,14 @@ struct tarnnetif_info* new_record(const char* name, uint32_t veid) {
     record->veid = veid;
     record->generation = netinfo.next_generation;
     // No list was emptied yet, in whatever generation.
-    record->addr_generation = JUNK_GENERATION;
-    record->conf_addr_generation = JUNK_GENERATION;
+    record->addr_generation = junk_generation;
+    record->conf_addr_generation = junk_generation;
     record->origin = netinfo.cur_origin;
     return record;
 }
 
-struct tarnnetif_info* copy_record(const struct tarnnetif_info* source, const char* name,
-                                   uint32_t veid) {
-    struct tarnnetif_info* copy = new_record(name, veid);
+tarnnetif_info* copy_record(const tarnnetif_info* source, const char* name, uint32_t veid) {
+    tarnnetif_info* copy = new_record(name, veid);
     if (copy == nullptr) {
         return nullptr;
     }
@@ -96,7 +92,7 @@ struct tarnnetif_info* copy_record(const struct tarnnetif_info* source, const ch
     return copy;
 }
 
-void clear_kind_data(struct tarnnetif_info* record) {
+void clear_kind_data(tarnnetif_info* record) {
     if (record->type == IFT_VETH) {
         free(record->data.veth.peer_name);
     } else if (record->type == IFT_VLAN) {
@@ -105,7 +101,7 @@ void clear_kind_data(struct tarnnetif_info* record) {
     memset(&record->data, 0, sizeof(record->data));
 }
 
-void free_record(struct tarnnetif_info* record) {
+void free_record(tarnnetif_info* record) {
     if (record == nullptr) {
         return;
     }
@@ -121,3 +117,5 @@ void free_record(struct tarnnetif_info* record) {
     free_strarr(record->conf_addresses);
     free(record);
 }
+
+}  // namespace tarnnet

@@ -4,9 +4,11 @@
 #include "netinfo/record_lists.h"
 #include "netinfo/record_memory.h"
 
-struct record_state netinfo;
+namespace tarnnet {
 
-void push_record(struct tarnnetif_info** head, struct tarnnetif_info* record) {
+record_state netinfo;
+
+void push_record(tarnnetif_info** head, tarnnetif_info* record) {
     record->prev = nullptr;
     record->next = *head;
     if (*head != nullptr) {
@@ -15,7 +17,7 @@ void push_record(struct tarnnetif_info** head, struct tarnnetif_info* record) {
     *head = record;
 }
 
-void unlink_record(struct tarnnetif_info** head, struct tarnnetif_info* record) {
+void unlink_record(tarnnetif_info** head, tarnnetif_info* record) {
     if (record->prev != nullptr) {
         record->prev->next = record->next;
     } else {
@@ -28,7 +30,7 @@ void unlink_record(struct tarnnetif_info** head, struct tarnnetif_info* record) 
     record->next = nullptr;
 }
 
-void discard_record(struct tarnnetif_info* record) {
+void discard_record(tarnnetif_info* record) {
     if (netinfo.last_ib == record) {
         netinfo.last_ib = nullptr;
     }
@@ -36,7 +38,7 @@ void discard_record(struct tarnnetif_info* record) {
         free_record(record);
         return;
     }
-    record->generation = JUNK_GENERATION;
+    record->generation = junk_generation;
     push_record(&netinfo.trash, record);
 }
 
@@ -47,9 +49,9 @@ void use_origin(uint32_t veid, uint32_t source) {
         netinfo.next_generation == INT32_MAX ? 0 : netinfo.next_generation + 1;
 }
 
-struct tarnnetif_info* create_tarnnetif_info(const char* name, uint32_t veid,
-                                             const struct tarnnetif_info* source) {
-    struct tarnnetif_info* record =
+tarnnetif_info* create_tarnnetif_info(const char* name, uint32_t veid,
+                                      const tarnnetif_info* source) {
+    tarnnetif_info* record =
         source == nullptr ? new_record(name, veid) : copy_record(source, name, veid);
     if (record == nullptr) {
         return nullptr;
@@ -62,27 +64,27 @@ struct tarnnetif_info* create_tarnnetif_info(const char* name, uint32_t veid,
     return record;
 }
 
-struct tarnnetif_info* find_tarnnetif_info(const char* name, uint32_t veid, uint32_t kind) {
+tarnnetif_info* find_tarnnetif_info(const char* name, uint32_t veid, uint32_t kind) {
     return index_find(name, veid, kind);
 }
 
-void junk_tarnnetif_info(struct tarnnetif_info* record) {
+void junk_tarnnetif_info(tarnnetif_info* record) {
     index_remove(record, record->type, record->network_id);
     unlink_record(&netinfo.active, record);
     discard_record(record);
 }
 
-void unref_tarnnetif_info(struct tarnnetif_info* record) {
+void unref_tarnnetif_info(tarnnetif_info* record) {
     record->refcount--;
-    if (record->refcount == 0 && record->generation == JUNK_GENERATION) {
+    if (record->refcount == 0 && record->generation == junk_generation) {
         unlink_record(&netinfo.trash, record);
         free_record(record);
     }
 }
 
-void purge_old_generations(void) {
-    struct tarnnetif_info* next = nullptr;
-    for (struct tarnnetif_info* record = netinfo.active; record != nullptr; record = next) {
+void purge_old_generations() {
+    tarnnetif_info* next = nullptr;
+    for (tarnnetif_info* record = netinfo.active; record != nullptr; record = next) {
         next = record->next;
         if (record->origin.veid == netinfo.cur_origin.veid &&
             record->origin.source == netinfo.cur_origin.source &&
@@ -92,11 +94,13 @@ void purge_old_generations(void) {
     }
 }
 
-void purge_all_generations(void) {
+void purge_all_generations() {
     index_clear();
     while (netinfo.active != nullptr) {
-        struct tarnnetif_info* record = netinfo.active;
+        tarnnetif_info* record = netinfo.active;
         unlink_record(&netinfo.active, record);
         discard_record(record);
     }
 }
+
+}  // namespace tarnnet

@@ -6,6 +6,8 @@
 #include "netinfo/container_read.h"
 #include "netinfo/records.h"
 
+namespace tarnnet {
+
 namespace {
 
 // The two places where a cache of the configuration would come in. There is none: it is read anew
@@ -19,8 +21,8 @@ void mark_conf_up_to_date(uint32_t /*veid*/) {}
 // What the configuration is about to say anew. A record that is replaced moves to the head of the
 // list, which the walk has passed; what it leaves behind is no longer in the list.
 void clear_networks(uint32_t veid) {
-    struct tarnnetif_info* next = nullptr;
-    for (struct tarnnetif_info* record = netinfo.active; record != nullptr; record = next) {
+    tarnnetif_info* next = nullptr;
+    for (tarnnetif_info* record = netinfo.active; record != nullptr; record = next) {
         next = record->next;
         if (record->veid != veid) {
             continue;
@@ -38,7 +40,7 @@ void read_single_conf(uint32_t /*flags*/, uint32_t veid) {
     if (conf_is_up_to_date(veid)) {
         return;
     }
-    use_origin(veid, ORIGIN_CONF);
+    use_origin(veid, origin_conf);
     clear_networks(veid);
     if (veid != 0) {
         read_container_conf(veid);
@@ -48,3 +50,5 @@ void read_single_conf(uint32_t /*flags*/, uint32_t veid) {
     purge_old_generations();
     mark_conf_up_to_date(veid);
 }
+
+}  // namespace tarnnet

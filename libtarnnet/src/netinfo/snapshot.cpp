@@ -6,22 +6,19 @@
 #include "netinfo/records.h"
 #include "state.h"
 #include "tarnnet.h"
+#include "text.h"
+
+namespace tarnnet {
 
 namespace {
 
-const size_t first_room = 16;  // pointers, the terminating one included
-
-// Duplicates a text that may be absent; false when memory is short.
-bool copy_text(char** to, const char* from) {
-    *to = from == nullptr ? nullptr : strdup(from);
-    return from == nullptr || *to != nullptr;
-}
+constexpr size_t first_room = 16;  // pointers, the terminating one included
 
 bool matches_text(const char* wanted, const char* field) {
     return wanted == nullptr || (field != nullptr && strcmp(wanted, field) == 0);
 }
 
-bool matches(const struct tarnnet_filter* filter, const struct tarnnetif_info* record) {
+bool matches(const tarnnet_filter* filter, const tarnnetif_info* record) {
     return filter == nullptr ||
            (filter->min_veid <= record->veid && record->veid <= filter->max_veid &&
             (record->type & filter->type_mask) != 0 &&
@@ -30,13 +27,12 @@ bool matches(const struct tarnnet_filter* filter, const struct tarnnetif_info* r
             matches_text(filter->name, record->name));
 }
 
-struct tarnnet_info* new_result(void) {
-    auto* result = static_cast<struct tarnnet_info*>(calloc(1, sizeof(struct tarnnet_info)));
+tarnnet_info* new_result() {
+    auto* result = static_cast<tarnnet_info*>(calloc(1, sizeof(tarnnet_info)));
     if (result == nullptr) {
         return nullptr;
     }
-    result->records =
-        static_cast<struct tarnnetif_info**>(calloc(first_room, sizeof(struct tarnnetif_info*)));
+    result->records = static_cast<tarnnetif_info**>(calloc(first_room, sizeof(void*)));
     if (result->records == nullptr) {
         free(result);
         return nullptr;
@@ -44,13 +40,13 @@ struct tarnnet_info* new_result(void) {
     return result;
 }
 
-// Doubles the room once the entries and the terminating NULL reach it.
-int keep_room(struct tarnnet_info* result, size_t count, size_t* room) {
+// Doubles the room once the entries and the terminating null reach it.
+int keep_room(tarnnet_info* result, size_t count, size_t* room) {
     if (count + 1 < *room) {
         return 0;
     }
-    auto* grown = static_cast<struct tarnnetif_info**>(
-        realloc(result->records, 2 * *room * sizeof(struct tarnnetif_info*)));
+    auto* grown =
+        static_cast<tarnnetif_info**>(realloc(result->records, 2 * *room * sizeof(void*)));
     if (grown == nullptr) {
         return -1;
     }
@@ -61,14 +57,14 @@ int keep_room(struct tarnnet_info* result, size_t count, size_t* room) {
 
 }  // namespace
 
-struct tarnnet_info* get_cached_info(const struct tarnnet_filter* filter) {
-    struct tarnnet_info* result = new_result();
+tarnnet_info* get_cached_info(const tarnnet_filter* filter) {
+    tarnnet_info* result = new_result();
     if (result == nullptr) {
         return nullptr;
     }
     size_t count = 0;
     size_t room = first_room;
-    for (struct tarnnetif_info* record = netinfo.active; record != nullptr; record = record->next) {
+    for (tarnnetif_info* record = netinfo.active; record != nullptr; record = record->next) {
         if (!matches(filter, record)) {
             continue;
         }
@@ -83,39 +79,42 @@ struct tarnnet_info* get_cached_info(const struct tarnnet_filter* filter) {
     return result;
 }
 
-void tarnnet_release_info_SL(struct tarnnet_info* result) {
+}  // namespace tarnnet
+
+void tarnnet_release_info_SL(tarnnet_info* result) {
     if (result == nullptr) {
         return;
     }
-    for (struct tarnnetif_info** record = result->records; *record != nullptr; ++record) {
-        unref_tarnnetif_info(*record);
+    for (tarnnetif_info** record = result->records; *record != nullptr; ++record) {
+        tarnnet::unref_tarnnetif_info(*record);
     }
     free(result->records);
     free(result);
 }
 
-struct tarnnet_filter* tarnnet_get_simple_filter(uint32_t type_mask, const char* bridge,
-                                                 const char* network_id, const char* name,
-                                                 uint32_t min_veid, uint32_t max_veid) {
-    if (init_libtarnnet_state() != 0) {
+tarnnet_filter* tarnnet_get_simple_filter(uint32_t type_mask, const char* bridge,
+                                          const char* network_id, const char* name,
+                                          uint32_t min_veid, uint32_t max_veid) {
+    if (tarnnet::init_libtarnnet_state() != 0) {
         return nullptr;
     }
-    auto* filter = static_cast<struct tarnnet_filter*>(calloc(1, sizeof(struct tarnnet_filter)));
+    auto* filter = static_cast<tarnnet_filter*>(calloc(1, sizeof(tarnnet_filter)));
     if (filter == nullptr) {
         return nullptr;
     }
     filter->type_mask = type_mask;
     filter->min_veid = min_veid;
     filter->max_veid = max_veid;
-    if (!copy_text(&filter->bridge, bridge) || !copy_text(&filter->network_id, network_id) ||
-        !copy_text(&filter->name, name)) {
+    if (!tarnnet::copy_text(&filter->bridge, bridge) ||
+        !tarnnet::copy_text(&filter->network_id, network_id) ||
+        !tarnnet::copy_text(&filter->name, name)) {
         tarnnet_release_filter(filter);
         return nullptr;
     }
     return filter;
 }
 
-void tarnnet_release_filter(struct tarnnet_filter* filter) {
+void tarnnet_release_filter(tarnnet_filter* filter) {
     if (filter == nullptr) {
         return;
     }

@@ -10,18 +10,20 @@
 #include "netinfo/records.h"
 #include "strarr.h"
 
+namespace tarnnet {
+
 namespace {
 
 // The order in which a name is looked up.
-const uint32_t lookup_order[] = {IFT_ETHERNET, IFT_BRIDGE, IFT_VETH,
-                                 IFT_VLAN,     IFT_VNIC,   IFT_GENERIC};
+constexpr uint32_t lookup_order[] = {IFT_ETHERNET, IFT_BRIDGE, IFT_VETH,
+                                     IFT_VLAN,     IFT_VNIC,   IFT_GENERIC};
 
 bool is_list(uint32_t code) {
     return code == IFU_ADDRESSES || code == IFU_CONF_ADDRESSES;
 }
 
-// The number that a code stands for, or NULL when the record has none such.
-uint32_t* number_field(struct tarnnetif_info* record, uint32_t code) {
+// The number that a code stands for, or null when the record has none such.
+uint32_t* number_field(tarnnetif_info* record, uint32_t code) {
     switch (code) {
         case IFU_TYPE:
             return &record->type;
@@ -39,8 +41,8 @@ uint32_t* number_field(struct tarnnetif_info* record, uint32_t code) {
     }
 }
 
-// The text that a code stands for, or NULL when the record has none such.
-char** text_field(struct tarnnetif_info* record, uint32_t code) {
+// The text that a code stands for, or null when the record has none such.
+char** text_field(tarnnetif_info* record, uint32_t code) {
     switch (code) {
         case IFU_ORIGIN_NAME:
             return &record->origin_name;
@@ -59,7 +61,7 @@ char** text_field(struct tarnnetif_info* record, uint32_t code) {
     }
 }
 
-bool fits_record(struct tarnnetif_info* record, uint32_t code) {
+bool fits_record(tarnnetif_info* record, uint32_t code) {
     return code == 0 || is_list(code) || number_field(record, code) != nullptr ||
            text_field(record, code) != nullptr;
 }
@@ -72,7 +74,7 @@ bool same_text(uint32_t code, const char* stored, const char* text) {
 }
 
 // Whether the update would change nothing. A list always changes.
-bool equals_stored(struct tarnnetif_info* record, uint32_t code, struct if_value value) {
+bool equals_stored(tarnnetif_info* record, uint32_t code, if_value value) {
     if (code == 0) {
         return true;
     }
@@ -84,14 +86,13 @@ bool equals_stored(struct tarnnetif_info* record, uint32_t code, struct if_value
     return text != nullptr && same_text(code, *text, value.text);
 }
 
-bool leaves_special_kind(const struct tarnnetif_info* record, uint32_t code,
-                         struct if_value value) {
+bool leaves_special_kind(const tarnnetif_info* record, uint32_t code, if_value value) {
     const bool special =
         record->type == IFT_BRIDGE || record->type == IFT_VLAN || record->type == IFT_VETH;
     return code == IFU_TYPE && special && record->type != value.number;
 }
 
-int change_kind(struct tarnnetif_info* record, uint32_t kind) {
+int change_kind(tarnnetif_info* record, uint32_t kind) {
     if (record->type == kind) {
         return 0;
     }
@@ -104,8 +105,8 @@ int change_kind(struct tarnnetif_info* record, uint32_t kind) {
     return 0;
 }
 
-// Takes over `network_id`, a heap string or NULL, unless it fails.
-int change_network(struct tarnnetif_info* record, char* network_id) {
+// Takes over `network_id`, a heap string or null, unless it fails.
+int change_network(tarnnetif_info* record, char* network_id) {
     if (!same_text(IFU_NETWORK_ID, record->network_id, network_id)) {
         if (network_id != nullptr && network_index_insert(record, record->type, network_id) != 0) {
             return -1;
@@ -119,7 +120,7 @@ int change_network(struct tarnnetif_info* record, char* network_id) {
     return 0;
 }
 
-void change_origin_name(struct tarnnetif_info* record, char* origin_name) {
+void change_origin_name(tarnnetif_info* record, char* origin_name) {
     if (record->origin_name != record->name) {
         free(record->origin_name);
     }
@@ -127,7 +128,7 @@ void change_origin_name(struct tarnnetif_info* record, char* origin_name) {
 }
 
 // The value is copied first: it may be the very text that it replaces.
-int change_text(struct tarnnetif_info* record, uint32_t code, const char* text) {
+int change_text(tarnnetif_info* record, uint32_t code, const char* text) {
     char* copy = text == nullptr ? nullptr : strdup(text);
     if (text != nullptr && copy == nullptr) {
         return -1;
@@ -169,13 +170,13 @@ int append_pieces(char*** list, int32_t* list_generation, const char* text) {
     return result;
 }
 
-int change_list(struct tarnnetif_info* record, uint32_t code, const char* text) {
+int change_list(tarnnetif_info* record, uint32_t code, const char* text) {
     return code == IFU_ADDRESSES
                ? append_pieces(&record->addresses, &record->addr_generation, text)
                : append_pieces(&record->conf_addresses, &record->conf_addr_generation, text);
 }
 
-int store_value(struct tarnnetif_info* record, uint32_t code, struct if_value value) {
+int store_value(tarnnetif_info* record, uint32_t code, if_value value) {
     if (code == 0) {
         return 0;
     }
@@ -193,8 +194,7 @@ int store_value(struct tarnnetif_info* record, uint32_t code, struct if_value va
     return 0;
 }
 
-struct tarnnetif_info* apply_update(struct tarnnetif_info* record, uint32_t code,
-                                    struct if_value value) {
+tarnnetif_info* apply_update(tarnnetif_info* record, uint32_t code, if_value value) {
     if (store_value(record, code, value) != 0) {
         return nullptr;
     }
@@ -203,10 +203,10 @@ struct tarnnetif_info* apply_update(struct tarnnetif_info* record, uint32_t code
     return record;
 }
 
-// Puts a copy in a record's place, at the head of the active list, and junks the record. NULL when
+// Puts a copy in a record's place, at the head of the active list, and junks the record. null when
 // memory is short: the record stays then.
-struct tarnnetif_info* replace_record(struct tarnnetif_info* record) {
-    struct tarnnetif_info* copy = copy_record(record, record->name, record->veid);
+tarnnetif_info* replace_record(tarnnetif_info* record) {
+    tarnnetif_info* copy = copy_record(record, record->name, record->veid);
     if (copy == nullptr) {
         return nullptr;
     }
@@ -217,9 +217,9 @@ struct tarnnetif_info* replace_record(struct tarnnetif_info* record) {
     return copy;
 }
 
-struct tarnnetif_info* find_of_any_kind(const char* name, uint32_t veid) {
+tarnnetif_info* find_of_any_kind(const char* name, uint32_t veid) {
     for (uint32_t kind : lookup_order) {
-        struct tarnnetif_info* record = find_tarnnetif_info(name, veid, kind);
+        tarnnetif_info* record = find_tarnnetif_info(name, veid, kind);
         if (record != nullptr) {
             return record;
         }
@@ -227,8 +227,7 @@ struct tarnnetif_info* find_of_any_kind(const char* name, uint32_t veid) {
     return nullptr;
 }
 
-struct tarnnetif_info* update_record(struct tarnnetif_info* record, uint32_t code,
-                                     struct if_value value) {
+tarnnetif_info* update_record(tarnnetif_info* record, uint32_t code, if_value value) {
     if (!fits_record(record, code)) {
         return nullptr;
     }
@@ -243,9 +242,8 @@ struct tarnnetif_info* update_record(struct tarnnetif_info* record, uint32_t cod
     return record == nullptr ? nullptr : apply_update(record, code, value);
 }
 
-struct tarnnetif_info* raw_update_tarnnetif_info(struct tarnnetif_info* record, const char* name,
-                                                 uint32_t veid, uint32_t code,
-                                                 struct if_value value) {
+tarnnetif_info* raw_update_tarnnetif_info(tarnnetif_info* record, const char* name, uint32_t veid,
+                                          uint32_t code, if_value value) {
     fatal_unless(code != IFU_NAME && code != IFU_VEID, "a record's name and container are fixed");
     if (record == nullptr) {
         record = find_of_any_kind(name, veid);
@@ -259,19 +257,21 @@ struct tarnnetif_info* raw_update_tarnnetif_info(struct tarnnetif_info* record, 
 
 }  // namespace
 
-struct tarnnetif_info* update_tarnnetif_info(const char* name, uint32_t veid, uint32_t code,
-                                             struct if_value value) {
+tarnnetif_info* update_tarnnetif_info(const char* name, uint32_t veid, uint32_t code,
+                                      if_value value) {
     return raw_update_tarnnetif_info(nullptr, name, veid, code, value);
 }
 
-struct tarnnetif_info* update_tarnnetif_info_by_ptr(struct tarnnetif_info* record, uint32_t code,
-                                                    struct if_value value) {
-    const bool replaced = record->generation == JUNK_GENERATION;
+tarnnetif_info* update_tarnnetif_info_by_ptr(tarnnetif_info* record, uint32_t code,
+                                             if_value value) {
+    const bool replaced = record->generation == junk_generation;
     return raw_update_tarnnetif_info(replaced ? nullptr : record, record->name, record->veid, code,
                                      value);
 }
 
-struct tarnnetif_info* update_last_tarnnetif_info(uint32_t code, struct if_value value) {
+tarnnetif_info* update_last_tarnnetif_info(uint32_t code, if_value value) {
     fatal_unless(netinfo.last_ib != nullptr, "there is a record that was touched last");
     return raw_update_tarnnetif_info(netinfo.last_ib, nullptr, 0, code, value);
 }
+
+}  // namespace tarnnet

@@ -1,22 +1,20 @@
-# A busy host: every measured count above its floor, twenty-digit numbers where 32 bits wrap, clamps at both ends.
+# A busy host: every source has something to say, and every count is above its floor. Some are at both ends of what is
+# clamped and wrapped.
 rows 2000 "$out/ps"
 rows 40000 /proc/net/tcp
 rows 28000 /proc/net/unix
 rows 1000 /proc/net/udp
 rows 999 /proc/net/raw
-fds 1000 10
-fds 1001 4
-process 1000 PPid=1 VmRSS=500 VmSize=1000003 VmLck=4000000
 rows 500 /proc/locks
 rows 800 "$out/iptables"
 rows 224 "$out/ip"
-put "$out/ipcs" <<'END'
-
------- Shared Memory Status --------
-segments allocated 24
-pages allocated 3000000
-pages resident  2800000
-END
+fds 1000 10
+fds 1001 4
+# Two threads of one program, and a kernel thread: (1000103 - 100) / 4 pages.
+process 1000 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
+process 1001 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
+process 2 PPid=0
+put "$out/ipcs" $'\n------ Shared Memory Status --------\nsegments allocated 24\npages allocated 3000000\npages resident  2800000'
 put "$out/df-k" <<'END'
 Filesystem      1K-blocks       Used  Available Use% Mounted on
 /dev/sda1      1900000000 1500000000  400000000  79% /
@@ -28,42 +26,51 @@ Filesystem       Inodes     IUsed     IFree IUse% Mounted on
 /dev/sdb1        100000       789     99211    1% /srv
 END
 
+# Users and groups of /home, groups of /var: (602 + 3) x 2 ids. Plain files stand in for the devices.
+put /tmp/disk/a ''
+put /tmp/disk/b ''
+{
+    printf '*** Report for user quotas on device /dev/sda1\n------\n'
+    seq -f '#%.0f -- 20 0 0 1 0 0' 602
+} | put "$out/users"
+put "$out/groups" $'*** Report for group quotas on device /dev/sda1\n---\n#0 -- 20 0 0 2 0 0\n#100 +- 20 1 1 6days 2 0 0'
+stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/groups ;; *) sed s/#0/#200/ $out/groups ;; esac"
+stub edquota '[ "$VISUAL $EDITOR" = "cat cat" ]'
+
+put /proc/filesystems $'nodev\tproc\nnodev\tdevpts\n\text4'
+put /etc/fstab '/dev/sr0 /cdrom iso9660 noauto,user 0 0'
+put /etc/mtab <<'END'
+/tmp/disk/a /home ext4 rw,usrquota,grpquota 0 0
+/tmp/disk/b /var ext4 rw,grpquota 0 0
+/dev/sdc1 / reiserfs rw 0 0
+proc /proc proc rw 0 0
+pts /proc/pts devpts rw 0 0
+host:/x /a\040blank nfs rw 0 0
+auto /misc autofs rw 0 0
+END
+truncate -s 1073741825 /var/log/lastlog
+
+# The link that is configured by DHCP comes first, then the youngest. br0 is a bridge and eth0.5 a VLAN.
+link eth1 127.0.0.1/8 10.1.0.1/24
+link eth0.5 10.5.0.1/24
+link br0 10.4.0.1/24
+link eth2 '10.9.0.1 peer 10.9.0.2' '2001:db8::10/64 nodad'
+mkdir -p /sys/class/net/{eth1,br0/{bridge,brif/eth1}}
+put /proc/net/vlan/config $'VLAN Dev name | VLAN ID\nName-Type: any\neth0.5 | 5 | eth0'
+put /etc/sysconfig/network-scripts/ifcfg-eth1 $'DEVICE=eth1\nBOOTPROTO=dhcp'
+put /etc/resolv.conf $'search a.example b.example\nnameserver 10.0.0.1\nnameserver ::1 # x'
+echo 'srv-1."lab".example' >"$stage/proc/sys/kernel/hostname"
+
 # 40000 x 1.2 sockets shifted by 16 bits pass 2^31; the descriptors are those of 48000 + 35998 sockets and 255
-# terminals; 2000000000 KiB x 1.5 is clamped.
+# terminals; 2000000000 KiB x 1.5 is clamped; reiserfs replaces the 123456789 inodes by 1000000.
 config NUMPROC=2400:2400 AVNUMPROC=2400:2400 NUMTCPSOCK=48000:48000 NUMOTHERSOCK=35998:35998 NUMFILE=84253:84253 \
     DCACHESIZE=35588468:35588468 KMEMSIZE=183044464:183044464 TCPSNDBUF=18446744072437432320:18446744072560312320 \
     TCPRCVBUF=18446744072437432320:18446744072560312320 OTHERSOCKBUF=18446744071681594368:18446744071773749248 \
     PRIVVMPAGES=300000:330000 VMGUARPAGES=300000:2147483647 OOMGUARPAGES=300000:2147483647 LOCKEDPAGES=1200000:1200000 \
     SHMPAGES=3600000:3600000 NUMFLOCK=600:660 NUMIPTENT=1228:1228 DISKSPACE=2147483647:2147483647 \
-    DISKINODES=185185184:203703696 SLMMEMORYLIMIT=7813047296:7813047296
-run 0
-
-# Factor 2999: the product of KMEMSIZE, the sum under NUMFILE x 384 and the shifts wrap, some to positive numbers. The
-# margin of PRIVVMPAGES is a float: a double's would give 824724992.
-config NUMPROC=5998000:5998000 AVNUMPROC=5998000:5998000 NUMTCPSOCK=119960000:119960000 \
-    NUMOTHERSOCK=89967000:89967000 NUMFILE=209927248:209927248 DCACHESIZE=18446744072618004736:18446744072618004736 \
-    KMEMSIZE=18446744071767937280:18446744071767937280 TCPSNDBUF=18446744071562067968:1908408320 \
-    TCPRCVBUF=18446744071562067968:1908408320 OTHERSOCKBUF=18446744071562067968:18446744072796766208 \
-    PRIVVMPAGES=749750016:824725056 VMGUARPAGES=749750016:2147483647 OOMGUARPAGES=749750016:2147483647 \
-    LOCKEDPAGES=2147483647:2147483647 SHMPAGES=2147483647:2147483647 NUMFLOCK=1499500:1649450 \
-    NUMIPTENT=3070976:3070976 DISKSPACE=2000000000:2147483647 DISKINODES=123456792:135802464 \
-    SLMMEMORYLIMIT=36500332888457216:36500332888457216
-run 0 --mem-scale 2999 --disk-scale 1
-
-# No number at all: the truncating conversion gives -2^31, and what has its floor after the factor keeps the floor.
-# The memory limit is the wrapped product of page size and 0x3FFFFFFF.
-config NUMPROC=18446744071562067968:18446744071562067968 AVNUMPROC=18446744071562067968:18446744071562067968 \
-    NUMTCPSOCK=18446744071562067968:18446744071562067968 NUMOTHERSOCK=18446744071562067968:18446744071562067968 \
-    NUMFILE=255:255 DCACHESIZE=107712:107712 KMEMSIZE=107712:107712 TCPSNDBUF=2147483647:0 TCPRCVBUF=2147483647:0 \
-    OTHERSOCKBUF=2147483647:0 LOCKEDPAGES=18446744071562067968:18446744071562067968 SHMPAGES=1024:1024 \
-    NUMFLOCK=18446744071562067968:18446744071562067968 NUMIPTENT=18446744071562067968:18446744071562067968 \
-    DISKSPACE=2147483647:2147483647 DISKINODES=2147483647:2147483647 \
-    SLMMEMORYLIMIT=18446744073709547520:18446744073709547520
-run 0 --mem-scale nan --disk-scale inf
-
-# Many sockets of the other kinds and little else: the sum behind the memory limit is negative.
-for table in "$out"/{ps,iptables,ip,ipcs,df-k,df-i} /proc/net/tcp /proc/locks; do rows 0 "$table"; done
-rm -r /proc/1000
-config NUMOTHERSOCK=35998:35998 NUMFILE=36685:36685 DCACHESIZE=15495744:15495744 KMEMSIZE=33190464:33190464 \
-    OTHERSOCKBUF=18446744071681594368:18446744071773749248 SLMMEMORYLIMIT=18446744071850520320:18446744071850520320
+    DISKINODES=1500000:1650000 QUOTAUGIDLIMIT=1210 SLMMEMORYLIMIT=7813047296:7813047296 \
+    'HOSTNAME=srv-1."lab".example' '#IP_ADDRESS=10.1.0.1 10.9.0.1 2001:db8::10 ' 'SEARCHDOMAIN=a.example b.example' \
+    'NAMESERVER=10.0.0.1 ::1#x' FEATURES=nfs:on
+complains "Some of partitions contain reiserfs, which makes impossible to calculate the DISKINODES parameter. \
+It will be set to an enough high value." '/a blank/*' '/cdrom/*' /misc '/proc/*' /var/log/lastlog
 run 0
