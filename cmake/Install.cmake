@@ -6,14 +6,19 @@ set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
 foreach(program tarnhwcalc tarnhwplan)
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
-    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program OPTIONAL)
+    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
     install(FILES completions/${program}
-      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program OPTIONAL)
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
   endif()
 endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
 # By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
+install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONENT program)
+if(TARGET tarnhwplan)
+  install(FILES examples/systemd/tarnhwplan-record.service
+    DESTINATION ${docdir}/examples/systemd COMPONENT program)
+endif()
 install(FILES examples/ansible/scan.yml examples/ansible/servers.ini
   DESTINATION ${docdir}/examples/ansible COMPONENT program)
 

@@ -33,7 +33,7 @@ struct ReportLine {
     std::string barrier;  // as written; a line with one value has no limit
     std::string limit;
     std::string meaning;                  // barrier or value in human terms: "16.4 GiB"
-    std::optional<std::int64_t> seen;     // at most; none for what is not measured
+    std::string seen;                     // at most, in human terms; empty for what is not measured
     std::optional<std::int64_t> seen_at;  // seconds since the start
     int seen_in_pass = 0;
     std::string basis;   // "measurement", "floor", "fixed", ...

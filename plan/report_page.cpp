@@ -43,17 +43,11 @@ Json fleet_json(const ReportFleet& fleet) {
 }
 
 Json line_json(const ReportLine& line) {
-    return {{"name", line.name},
-            {"barrier", line.barrier},
-            {"limit", line.limit},
-            {"meaning", line.meaning},
-            {"seen", optional_json(line.seen)},
-            {"at", optional_json(line.seen_at)},
-            {"pass", line.seen_in_pass},
-            {"basis", line.basis},
-            {"factor", line.factor},
-            {"margin", line.margin},
-            {"remarks", line.remarks}};
+    return {
+        {"name", line.name},         {"barrier", line.barrier}, {"limit", line.limit},
+        {"meaning", line.meaning},   {"seen", line.seen},       {"at", optional_json(line.seen_at)},
+        {"pass", line.seen_in_pass}, {"basis", line.basis},     {"factor", line.factor},
+        {"margin", line.margin},     {"remarks", line.remarks}};
 }
 
 // Seconds and values by turns, which is shorter than pairs.

@@ -4,9 +4,11 @@
 #include <cstdio>
 #include <limits>
 #include <map>
+#include <set>
 #include <utility>
 #include <variant>
 
+#include "kiln/strings.h"
 #include "plan/explanation.h"
 #include "plan/thinning.h"
 
@@ -34,22 +36,19 @@ std::vector<ReportPoint> points_of(const Recording& recording, std::size_t field
     return thinned(points, points_per_series);
 }
 
-const LineStory* line_of(const Explanation& explanation, const std::string& name) {
-    const auto found =
-        std::find_if(explanation.lines.begin(), explanation.lines.end(),
-                     [&name](const LineStory& story) { return story.line.name == name; });
-    const bool known = found != explanation.lines.end() && found->basis != Basis::missing;
-    return known ? &*found : nullptr;
+const ConfigLine* line_of(const std::vector<ConfigLine>& lines, const std::string& name) {
+    const auto found = std::find_if(lines.begin(), lines.end(),
+                                    [&name](const ConfigLine& line) { return line.name == name; });
+    return found == lines.end() ? nullptr : &*found;
 }
 
-std::optional<std::uint64_t> limit_of(const Explanation& explanation, const char* name) {
-    const LineStory* story = line_of(explanation, name);
-    return story ? std::optional<std::uint64_t>(story->line.limit) : std::nullopt;
+std::optional<std::uint64_t> limit_of(const std::vector<ConfigLine>& lines, const char* name) {
+    const ConfigLine* line = line_of(lines, name);
+    return line != nullptr ? std::optional<std::uint64_t>(line->limit) : std::nullopt;
 }
 
-ReportSeries make_series(const Recording& recording, const Explanation& explanation,
-                         std::size_t field) {
-    const CountStory& story = explanation.counts[field];
+ReportSeries make_series(const Recording& recording, const std::vector<ConfigLine>& lines,
+                         const CountStory& story, std::size_t field) {
     ReportSeries series;
     series.name = story.name;
     series.label = story.label;
@@ -61,9 +60,9 @@ ReportSeries make_series(const Recording& recording, const Explanation& explanat
         series.peak_pass = story.peak->pass;
     }
     series.floor = story.floor;
-    const LineStory* line = line_of(explanation, story.line);
-    if (line && line->line.barrier <= most_drawn) {
-        series.barrier = static_cast<std::int64_t>(line->line.barrier);
+    const ConfigLine* line = line_of(lines, story.line);
+    if (line != nullptr && line->barrier <= most_drawn) {
+        series.barrier = static_cast<std::int64_t>(line->barrier);
     }
     series.remarks = story.remarks;
     return series;
@@ -75,28 +74,35 @@ std::string number_text(double number) {
     return text;
 }
 
-// What is added to a value that is multiplied with `margin`.
-std::string margin_text(double margin) {
-    return number_text((margin - 1) * 100) + " %";
+std::string basis_text(const LineStory& story) {
+    std::string text = name_of(story.basis);
+    if (story.basis == Basis::floor) {
+        text += " of " + std::to_string(*story.floor);
+    }
+    if (!story.made_from.empty()) {
+        text += " from " + Kiln::join(", ", story.made_from.begin(), story.made_from.end());
+    }
+    return text;
 }
 
-ReportLine make_line(const LineStory& story) {
+ReportLine make_line(const LineStory& story, const ConfigLine* config) {
     ReportLine line;
-    line.name = story.line.name;
+    line.name = story.name;
     line.barrier = story.value;
-    if (story.line.kind == ConfigLine::Kind::pair && story.basis != Basis::missing) {
-        line.barrier = std::to_string(story.line.barrier);
-        line.limit = std::to_string(story.line.limit);
+    if (config != nullptr && config->kind == ConfigLine::Kind::pair) {
+        line.barrier = std::to_string(config->barrier);
+        line.limit = std::to_string(config->limit);
     }
     line.meaning = story.meaning;
+    line.seen = story.seen;
     if (story.peak) {
-        line.seen = story.peak->value;
         line.seen_at = story.peak->at_ms / 1000;
         line.seen_in_pass = story.peak->pass;
     }
-    line.basis = name_of(story.basis);
+    line.basis = basis_text(story);
     line.factor = story.factor ? number_text(static_cast<double>(*story.factor)) : "";
-    line.margin = story.margin && *story.margin > 1 ? margin_text(*story.margin) : "";
+    // What is added to a value that is multiplied with so much.
+    line.margin = story.margin ? number_text((*story.margin - 1) * 100) + " %" : "";
     line.remarks = story.remarks;
     return line;
 }
@@ -131,20 +137,38 @@ void take_coverage(const Coverage& coverage, ReportServer& server) {
     server.coverage_grade = grade_name(coverage.grade);
 }
 
-void take_explanation(const Recording& recording, const Explanation& explanation,
-                      ReportServer& server) {
-    take_coverage(explanation.coverage, server);
-    server.memory_limit = limit_of(explanation, "SLMMEMORYLIMIT");
-    server.disk = limit_of(explanation, "DISKSPACE");
-    server.processes = limit_of(explanation, "NUMPROC");
-    server.descriptors = limit_of(explanation, "NUMFILE");
+void take_config(const Recording& recording, const Explanation& explanation,
+                 const std::vector<ConfigLine>& lines, ReportServer& server) {
+    server.memory_limit = limit_of(lines, "SLMMEMORYLIMIT");
+    server.disk = limit_of(lines, "DISKSPACE");
+    server.processes = limit_of(lines, "NUMPROC");
+    server.descriptors = limit_of(lines, "NUMFILE");
     for (const LineStory& story : explanation.lines) {
-        server.lines.push_back(make_line(story));
+        server.lines.push_back(make_line(story, line_of(lines, story.name)));
     }
     for (std::size_t field = 0; field < sample_field_count; ++field) {
-        server.series.push_back(make_series(recording, explanation, field));
+        server.series.push_back(make_series(recording, lines, explanation.counts[field], field));
     }
+}
+
+// What is wrong on the whole, what did not fit, and what may still grow. That a count jumps or does
+// not is no warning.
+void take_warnings(const Explanation& explanation, ReportServer& server) {
     server.warnings = explanation.remarks;
+    std::set<std::string> of_counts;
+    for (const CountStory& story : explanation.counts) {
+        of_counts.insert(story.remarks.begin(), story.remarks.end());
+        if (story.may_grow) {
+            server.warnings.push_back(story.label + ": " + story.remarks.front());
+        }
+    }
+    for (const LineStory& story : explanation.lines) {
+        for (const std::string& remark : story.remarks) {
+            if (story.basis != Basis::missing && of_counts.count(remark) == 0) {
+                server.warnings.push_back(story.name + ": " + remark);
+            }
+        }
+    }
 }
 
 void take_notes(const TarnACalculateHWNodeNotes& notes, ReportServer& server) {
@@ -184,7 +208,10 @@ ReportServer report_server(NamedRecording named, ConfigScales scales) {
         return server;
     }
     const auto& scan = std::get<CombinedScan>(combined);
-    take_explanation(recording, explain(only, scan, scales), server);
+    const Explanation explanation = explain(only, scan, scales);
+    take_coverage(explanation.coverage, server);
+    take_config(recording, explanation, compute_known_lines(scan, scales).lines, server);
+    take_warnings(explanation, server);
     take_notes(scan.profile.notes, server);
     server.reason = why_unfinished(recording);
     server.state = server.reason.empty() ? ServerState::done : ServerState::partly;

@@ -76,12 +76,19 @@ const axis = (end, marks, callback) => ({
     afterBuildTicks: (scale) => { scale.ticks = marks.map((value) => ({value})); },
 });
 
+function markText(series, value) {
+    if (!series.bytes || value === 0) {
+        return count(value);
+    }
+    return bytes(value * series.bytes, 2).replace(/\.00 /, " ").replace(/(\.\d)0 /, "$1 ");
+}
+
 function valueAxis(series) {
     const top = 1.05 * Math.max(series.peak.value, series.floor, series.barrier, 1);
     const unit = series.bytes || 1;
     const marks = marksUpTo(top * unit, series.bytes ? "bytes" : "things");
     return axis(top, marks.map((mark) => mark / unit),
-        (value) => value ? inUnit(series, value) : "0");
+        (value) => markText(series, value));
 }
 
 function level(label, value, ends, dash) {

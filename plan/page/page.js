@@ -140,10 +140,10 @@ function limitCell(line) {
 function lineRow(details, line) {
     const scaling = [line.factor && "× " + line.factor, line.margin && "+ " + line.margin];
     const remarks = line.remarks.map((text) => make("div", "", visible(text)));
-    return make("tr", line.basis === "floor" ? "floor-row" : "",
+    return make("tr", line.basis.startsWith("floor") ? "floor-row" : "",
         rowHeading(visible(line.name)),
         limitCell(line), cell(line.meaning, "number meaning"),
-        cell(line.seen === null ? "" : count(line.seen), "number"),
+        cell(line.seen, "number meaning"),
         whenCell(details, line), cell(line.basis),
         cell(scaling.filter(Boolean).join(", ")), make("td", "wide", ...remarks));
 }
@@ -237,8 +237,8 @@ document.title = visible(fleet.title);
 setText(document, "#title", fleet.title);
 setText(document, "#about", "Written " + clock(fleet.generated, 0) + " UTC");
 setText(document, "#program", "tarnhwplan " + fleet.version);
-byId("servers").tBodies[0].append(...rows.map((entry) => entry.row));
 labelled(byId("servers").tFoot.rows[0], byId("servers").tHead.rows[0].cells);
+sortBy(document.querySelector("[data-key=name]"));
 filter();
 
 byId("filter-text").addEventListener("input", filter);

@@ -13,15 +13,14 @@ const unseen = new RegExp("[\\u0000-\\u0009\\u000b-\\u001f\\u007f-\\u009f\\u061c
 const visible = (text) => String(text).replace(unseen,
     (c) => "\\u" + c.charCodeAt(0).toString(16).padStart(4, "0"));
 
-function bytes(value) {
+function bytes(value, digits = 1) {
     const units = ["bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"];
     let unit = 0;
     while (value >= 1024 && unit < units.length - 1) {
         value /= 1024;
         unit++;
     }
-    const text = value.toFixed(unit === 0 || value >= 100 ? 0 : value >= 10 ? 1 : 2);
-    return text.replace(/\.0*$|(\.\d)0$/, "$1") + " " + units[unit];
+    return value.toFixed(unit > 0 && value < 100 ? digits : 0) + " " + units[unit];
 }
 
 function span(seconds) {
