@@ -3,6 +3,7 @@
 // clamped. Change none of them.
 #include "calc/container_config.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <utility>
 
@@ -24,7 +25,7 @@ constexpr CountRule numothersock_rule = {"numothersock", &PhysParams::numotherso
                                          Factor::memory};
 constexpr CountRule numfile_rule = {"numfile", &PhysParams::numfile, 9312, true, Factor::memory};
 constexpr CountRule numpty_rule = {"numpty", &PhysParams::numpty, 255, false, Factor::none};
-// The floor after the scaling, unlike the other counts, on purpose.
+// The floor after the scaling, unlike the other counts; that is the rule.
 constexpr CountRule privvmpages_rule = {"privvmpages", &PhysParams::privvmpages, 65536, false,
                                         Factor::memory};
 constexpr CountRule lockedpages_rule = {"lockedpages", &PhysParams::lockedpages, 256, true,
@@ -51,10 +52,9 @@ constexpr float memory_margin = 1.1F;
 
 // What one unit of a count costs.
 constexpr float files_per_process = 32.0F;
-constexpr std::int32_t dentry_bytes_per_file = 384;
-constexpr unsigned process_page_shift = 12;
-constexpr std::int32_t pages_per_process = 15;
-constexpr unsigned socket_buffer_shift = 16;
+constexpr std::int64_t dentry_bytes_per_file = 384;
+constexpr std::int64_t kernel_bytes_per_process = std::int64_t{15} * 4096;
+constexpr std::int64_t socket_buffer_bytes = 65536;
 constexpr double socket_reserve_kib = 2.5;
 constexpr double negative_kib = -1024.0;
 
@@ -87,12 +87,18 @@ struct Pair {
     std::int32_t limit;
 };
 
-// The bytes of buffers that so many sockets need.
-Pair socket_buffers(std::int32_t sockets) {
-    const auto all = static_cast<float>(Kiln::wrap_shift_left(sockets, socket_buffer_shift));
-    const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
-    const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
-    return {truncate_to_int32(barrier), truncate_to_int32(all)};
+std::int32_t scaled(std::int32_t value, Factor factor, ConfigScales scales) {
+    switch (factor) {
+        case Factor::memory:
+            return truncate_to_int32(static_cast<float>(value) * scales.memory);
+        case Factor::disk:
+            return truncate_to_int32(static_cast<float>(value) * scales.disk);
+        case Factor::two:
+            return Kiln::wrap_mul(value, 2);
+        case Factor::none:
+            break;
+    }
+    return value;
 }
 
 // One computation. `kmem_total_` gathers the bytes of kernel and user memory that the container may
@@ -109,7 +115,8 @@ private:
 
     void adjust();
     void adjust_count(const CountRule& rule);
-    std::int32_t scaled(std::int32_t value, Factor factor) const;
+    std::int32_t cut(std::int64_t exact, const char* line);
+    Pair socket_buffers(std::int32_t sockets, const char* line);
 
     void add(const char* name, Pair pair, Sources sources, double reserve = no_margin);
     void add_count(const char* name, const CountRule& rule);
@@ -138,31 +145,21 @@ private:
     const std::int32_t page_size_;
     float kmem_total_ = 0.0F;
     std::vector<ConfigLine> lines_;
+    std::vector<std::string> wrapped_lines_;
 };
 
-std::int32_t Computation::scaled(std::int32_t value, Factor factor) const {
-    switch (factor) {
-        case Factor::memory:
-            return truncate_to_int32(static_cast<float>(value) * scales_.memory);
-        case Factor::disk:
-            return truncate_to_int32(static_cast<float>(value) * scales_.disk);
-        case Factor::two:
-            return Kiln::wrap_mul(value, 2);
-        case Factor::none:
-            break;
+// The low 32 bits; a value that lost something is remembered with its line.
+std::int32_t Computation::cut(std::int64_t exact, const char* line) {
+    const auto value = static_cast<std::int32_t>(static_cast<std::uint32_t>(exact));
+    if (value != exact) {
+        wrapped_lines_.emplace_back(line);
     }
     return value;
 }
 
 void Computation::adjust_count(const CountRule& rule) {
     std::int32_t& count = p_.*rule.measured;
-    if (rule.floor_is_scaled) {
-        raise_to(count, rule.floor);
-        count = scaled(count, rule.factor);
-    } else {
-        count = scaled(count, rule.factor);
-        raise_to(count, rule.floor);
-    }
+    count = apply_rule(rule, count, scales_);
 }
 
 void Computation::adjust() {
@@ -173,6 +170,7 @@ void Computation::adjust() {
         adjust_count(*rule);
     }
     if (p_.quotaugidlimit != 0) {
+        cut(std::int64_t{p_.quotaugidlimit} * 2, "QUOTAUGIDLIMIT");
         adjust_count(quotaugidlimit_rule);
     }
     p_.avnumproc = scales_.memory * p_.avnumproc;
@@ -182,6 +180,14 @@ void Computation::adjust() {
     }
 }
 
+// The bytes of buffers that so many sockets need.
+Pair Computation::socket_buffers(std::int32_t sockets, const char* line) {
+    const auto all = static_cast<float>(cut(std::int64_t{sockets} * socket_buffer_bytes, line));
+    const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
+    const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
+    return {truncate_to_int32(barrier), truncate_to_int32(all)};
+}
+
 void Computation::add(const char* name, Pair pair, Sources sources, double reserve) {
     lines_.push_back({name,
                       ConfigLine::Kind::pair,
@@ -189,7 +195,8 @@ void Computation::add(const char* name, Pair pair, Sources sources, double reser
                       extended(pair.limit),
                       {},
                       std::move(sources),
-                      reserve});
+                      reserve,
+                      false});
 }
 
 void Computation::add_count(const char* name, const CountRule& rule) {
@@ -203,16 +210,16 @@ void Computation::add_count_with_margin(const char* name, const CountRule& rule)
 }
 
 void Computation::add_fixed(const char* name, std::uint64_t barrier, std::uint64_t limit) {
-    lines_.push_back({name, ConfigLine::Kind::pair, barrier, limit, {}, {}, no_margin});
+    lines_.push_back({name, ConfigLine::Kind::pair, barrier, limit, {}, {}, no_margin, false});
 }
 
 void Computation::add_number(const char* name, std::uint64_t value, Sources sources) {
     lines_.push_back(
-        {name, ConfigLine::Kind::number, value, value, {}, std::move(sources), no_margin});
+        {name, ConfigLine::Kind::number, value, value, {}, std::move(sources), no_margin, false});
 }
 
 void Computation::add_text(const char* name, std::string text) {
-    lines_.push_back({name, ConfigLine::Kind::text, 0, 0, std::move(text), {}, no_margin});
+    lines_.push_back({name, ConfigLine::Kind::text, 0, 0, std::move(text), {}, no_margin, false});
 }
 
 void Computation::add_process_lines() {
@@ -229,31 +236,30 @@ void Computation::add_process_lines() {
 
 // Every socket and terminal is an open file, and every process has some.
 void Computation::raise_file_count() {
-    const std::int32_t sockets = Kiln::wrap_add(p_.numtcpsock, p_.numothersock);
-    const std::int32_t descriptors = Kiln::wrap_add(sockets, p_.numpty);
+    const std::int32_t descriptors =
+        cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty, "NUMFILE");
     raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors)));
     raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
 }
 
 void Computation::add_kernel_memory_lines() {
-    p_.dcachesize = with_margin(Kiln::wrap_mul(p_.numfile, dentry_bytes_per_file));
+    p_.dcachesize = with_margin(cut(p_.numfile * dentry_bytes_per_file, "DCACHESIZE"));
     add("DCACHESIZE", {p_.dcachesize, p_.dcachesize}, {&numfile_rule}, margin);
 
-    const std::int32_t stacks =
-        Kiln::wrap_mul(Kiln::wrap_shift_left(p_.numproc, process_page_shift), pages_per_process);
-    const auto bytes = static_cast<float>(Kiln::wrap_add(stacks, p_.dcachesize));
+    const auto bytes =
+        static_cast<float>(cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize, "KMEMSIZE"));
     const std::int32_t kmemsize = truncate_to_int32(bytes);
     add("KMEMSIZE", {kmemsize, kmemsize}, {&numproc_rule, &numfile_rule});
     kmem_total_ = static_cast<float>(kmemsize);
 }
 
 void Computation::add_socket_buffer_lines() {
-    const Pair tcp = socket_buffers(p_.numtcpsock);
-    add("TCPSNDBUF", tcp, {&numtcpsock_rule});
+    add("TCPSNDBUF", socket_buffers(p_.numtcpsock, "TCPSNDBUF"), {&numtcpsock_rule});
+    const Pair tcp = socket_buffers(p_.numtcpsock, "TCPRCVBUF");
     add("TCPRCVBUF", tcp, {&numtcpsock_rule});
-    need(static_cast<float>(Kiln::wrap_mul(2, tcp.limit)));
+    need(static_cast<float>(cut(std::int64_t{2} * tcp.limit, "SLMMEMORYLIMIT")));
 
-    const Pair other = socket_buffers(p_.numothersock);
+    const Pair other = socket_buffers(p_.numothersock, "OTHERSOCKBUF");
     add("OTHERSOCKBUF", other, {&numothersock_rule});
     need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
 
@@ -294,8 +300,8 @@ void Computation::add_disk_lines() {
 
 void Computation::add_memory_limit_line() {
     kmem_total_ = scales_.memory * kmem_total_;
-    // The product wraps in 32 bits, on purpose: with pages of 4 KiB the cap lies one page below
-    // 2^64.
+    // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one page
+    // below 2^64.
     const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
@@ -306,14 +312,15 @@ void Computation::add_memory_limit_line() {
                       {},
                       {&privvmpages_rule, &lockedpages_rule, &numproc_rule, &numfile_rule,
                        &numtcpsock_rule, &numothersock_rule},
-                      no_margin});
+                      no_margin,
+                      false});
     add_text("SLMMODE", "all");
 }
 
 void Computation::add_identity_lines() {
     add_text("DISTRIBUTION", p_.distribution);
     add_text("HOSTNAME", p_.hostname);
-    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // a comment in the configuration, on purpose
+    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // the "#" makes it a comment there
     add_text("SEARCHDOMAIN", joined(p_.ns_attrs.search_domains));
     add_text("NAMESERVER", joined(p_.ns_attrs.nameservers));
     add_text("FEATURES", p_.nfs_used ? "nfs:on" : "");
@@ -329,10 +336,25 @@ std::vector<ConfigLine> Computation::run() {
     add_disk_lines();
     add_memory_limit_line();
     add_identity_lines();
+    for (ConfigLine& line : lines_) {
+        const auto& names = wrapped_lines_;
+        line.wrapped = std::find(names.begin(), names.end(), line.name) != names.end();
+    }
     return std::move(lines_);
 }
 
 }  // namespace
+
+std::int32_t apply_rule(const CountRule& rule, std::int32_t measured, ConfigScales scales) {
+    std::int32_t count = measured;
+    if (rule.floor_is_scaled) {
+        raise_to(count, rule.floor);
+        return scaled(count, rule.factor, scales);
+    }
+    count = scaled(count, rule.factor, scales);
+    raise_to(count, rule.floor);
+    return count;
+}
 
 std::vector<ConfigLine> compute_config(const PhysParams& profile, ConfigScales scales,
                                        std::int32_t page_size) {

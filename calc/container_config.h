@@ -37,12 +37,16 @@ struct ConfigLine {
     // was measured changes it.
     std::vector<const CountRule*> sources;
     double margin;  // the factor that is kept in reserve, 1.0 for none
+    bool wrapped;   // a product or a sum on the way to it did not fit into 32 bits
 };
 
 struct ConfigScales {
     float memory = 1.2F;
     float disk = 1.5F;
 };
+
+// What the container shall have where so much was measured.
+std::int32_t apply_rule(const CountRule& rule, std::int32_t measured, ConfigScales scales);
 
 // Every line of the configuration that can carry what `profile` holds, in the fixed order. Cannot
 // fail; every float, NaN included, has a defined result. `page_size` is in bytes.

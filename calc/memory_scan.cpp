@@ -55,10 +55,11 @@ Kiln::Result<ProcessIds> list_process_ids(const std::string& proc) {
 // A process whose status cannot be read has ended meanwhile and is left out.
 ProcessTables read_processes(const std::string& proc, const ProcessIds& pids) {
     ProcessTables tables;
+    std::string path;  // both keep their room from one process to the next
     std::string text;
     for (const std::int32_t pid : pids) {
-        const std::string id = std::to_string(static_cast<std::uint32_t>(pid));
-        if (Kiln::get_file(proc + "/" + id + "/status", text) == 0) {
+        path.assign(proc).append("/").append(std::to_string(static_cast<std::uint32_t>(pid)));
+        if (Kiln::get_file(path.append("/status"), text) == 0) {
             add_process(tables, pid, text);
         }
     }

@@ -1,6 +1,7 @@
 #include "calc/process_memory.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "kiln/numbers.h"
@@ -26,7 +27,7 @@ std::int32_t number_of(std::string_view line) {
 }
 
 bool has_key(std::string_view line, std::string_view key) {
-    return line.substr(0, key.size()) == key;
+    return line.size() >= key.size() && std::memcmp(line.data(), key.data(), key.size()) == 0;
 }
 
 struct TextSizes {

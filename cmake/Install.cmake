@@ -14,6 +14,11 @@ endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
 # By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
+install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONENT program)
+if(TARGET tarnhwplan)
+  install(FILES examples/systemd/tarnhwplan-record.service
+    DESTINATION ${docdir}/examples/systemd COMPONENT program)
+endif()
 install(FILES examples/ansible/scan.yml examples/ansible/servers.ini
   DESTINATION ${docdir}/examples/ansible COMPONENT program)
 
@@ -30,8 +35,9 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/tarnnet-config-version.cmak
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/tarnnet-config-version.cmake
   DESTINATION ${packagedir} COMPONENT development)
-install(EXPORT tarnnet FILE tarnnet-config.cmake NAMESPACE tarnnet::
+install(EXPORT tarnnet FILE tarnnet-targets.cmake NAMESPACE tarnnet::
   DESTINATION ${packagedir} COMPONENT development)
+install(FILES cmake/tarnnet-config.cmake DESTINATION ${packagedir} COMPONENT development)
 
 # The prefix in tarnnet.pc is given from the file's own place, so that an installed tree may be moved.
 file(RELATIVE_PATH TARNNET_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

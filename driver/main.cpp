@@ -6,12 +6,12 @@
 
 #include "calc/env_config.h"
 #include "calc/host_profile.h"
+#include "calc/progress_line.h"
 #include "calc/tarn_hwcalc.h"
 #include "driver/options.h"
 #include "driver/output.h"
-#include "driver/process_setup.h"
-#include "driver/progress_line.h"
 #include "kiln/log.h"
+#include "kiln/process_setup.h"
 
 namespace {
 

@@ -3,9 +3,8 @@
 #include <getopt.h>
 
 #include <cstdio>
-#include <cstdlib>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 namespace {
 
@@ -40,19 +39,18 @@ int set_span(const char* name, const char* arg, int* seconds) {
     return usage_error;
 }
 
-// The value is stored before it is checked, and a NaN passes the check.
 int set_scale(const char* name, const char* arg, float* scale) {
-    char* end = nullptr;
-    *scale = std::strtof(arg, &end);
-    if (*end != '\0') {
-        std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
-        return usage_error;
+    switch (parse_scale(arg, scale)) {
+        case ScaleError::none:
+            return go_on;
+        case ScaleError::not_a_number:
+            std::fprintf(stderr, "Not a numeric value for --%s: %s\n", name, arg);
+            break;
+        case ScaleError::not_positive:
+            std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
+            break;
     }
-    if (0 >= *scale) {
-        std::fprintf(stderr, "--%s must be positive: %s\n", name, arg);
-        return usage_error;
-    }
-    return go_on;
+    return usage_error;
 }
 
 int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* calc,
@@ -87,7 +85,7 @@ int check_settings(const TarnHWCalc& calc) {
         std::fputs("--scan-period is 0 while --scan-time is not\n", stderr);
         return usage_error;
     }
-    // Not alike, on purpose: 0 is refused for the memory scale alone.
+    // Not alike: 0 is refused for the memory scale alone; that is the rule.
     if (0 >= calc.mem_scale || 0 > calc.disk_scale) {
         std::fputs("--mem-scale and --disk-scale must be positive\n", stderr);
         return usage_error;

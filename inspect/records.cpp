@@ -2,6 +2,17 @@
 
 #include "tarnnet.h"
 
+std::string notes_text(const TarnACalculateHWNodeNotes& notes) {
+    std::string text;
+    for (const TarnACalculateHWNodeWarning& warning : notes.warnings) {
+        text.append(warning.message).append("\n");
+    }
+    for (const TarnAExcludePath& exclude : notes.excludes) {
+        text.append(exclude.path).append("\n");
+    }
+    return text;
+}
+
 std::string NetIfaceList::get_ip() const {
     std::string text;
     for (const NetIface& iface : *this) {

@@ -24,6 +24,9 @@ struct TarnACalculateHWNodeNotes {
     std::vector<TarnAExcludePath> excludes;
 };
 
+// What the entry prints of them: the warnings, then the paths, one per line.
+std::string notes_text(const TarnACalculateHWNodeNotes& notes);
+
 // The resolver's settings.
 struct NSAttrs {
     std::vector<std::string> nameservers;
@@ -34,8 +37,8 @@ struct NSAttrs {
 struct NetIface {
     std::uint32_t if_type = 0;  // one kind bit of libtarnnet (IFT_GENERIC and so on)
     std::string ifname;
-    std::vector<std::string>
-        ip_addresses;   // without prefix lengths; "127.0.0.1" is never among them
+    // Without prefix lengths; "127.0.0.1" is never among them.
+    std::vector<std::string> ip_addresses;
     bool dhcp = false;  // the first configured address is exactly "dhcp"
 };
 

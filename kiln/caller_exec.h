@@ -64,7 +64,6 @@ protected:
     // is waited for beside the pipes, -1 for none; returns whether it can be read.
     bool passLoop_(SigMask& mask, std::chrono::nanoseconds longest, int also = -1);
 
-    void closePipes_() noexcept;
     void analyzeExitStatus_();
 
     int wait_status = 0;           // as waitpid() stores it
@@ -92,6 +91,7 @@ private:
     void dropEntry_(unsigned index);
     bool askForChild_(int wait_flags) noexcept;
     void collectChild_(int wait_flags);
+    void closePipes_() noexcept;
 
     Connector* connectors[fd_count] = {};
     pollfd pollfds[fd_count + 1] = {};  // behind the pipes, what else is waited for

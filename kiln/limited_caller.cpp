@@ -1,7 +1,5 @@
 #include "kiln/limited_caller.h"
 
-#include <unistd.h>
-
 #include "kiln/sig_mask.h"
 
 namespace Kiln {
@@ -13,7 +11,6 @@ constexpr int passes_for_full_pipes = 64;       // one reads a sixteenth of what
 
 CallerExec::Intrinsics in_own_group() {
     CallerExec::Intrinsics options;
-    options.stop_on_exit = true;  // only a true end of the child counts
     options.own_group = true;
     return options;
 }
@@ -28,11 +25,6 @@ LimitedCaller::~LimitedCaller() {
     if (!collected_) {
         killGroup_();
     }
-}
-
-// The child does the same. Whoever comes first, the group is there before it may be killed.
-void LimitedCaller::prepareMainLoop_() {
-    setpgid(pid, pid);
 }
 
 void LimitedCaller::doMainLoop_() {
@@ -78,7 +70,6 @@ void LimitedCaller::awaitOutputs_(SigMask& mask) {
 
 void LimitedCaller::awaitKilled_(SigMask& mask) {
     const Clock::time_point end = Clock::now() + time_to_die;
-    closePipes_();
     while (!collected_ && Clock::now() < end) {
         passLoop_(mask, end - Clock::now());
     }
@@ -86,7 +77,7 @@ void LimitedCaller::awaitKilled_(SigMask& mask) {
     collected_ = true;  // nobody waits for it any more
 }
 
-// The child itself too, should the system have refused it a group.
+// The child itself too, for it may not have come to making its group.
 void LimitedCaller::killGroup_() noexcept {
     if (pid > 0) {
         kill(-pid, SIGKILL);

@@ -25,7 +25,6 @@ public:
     }
 
 protected:
-    void prepareMainLoop_() override;
     void doMainLoop_() override;
 
 private:

@@ -1,5 +1,5 @@
-// A value, or the reason why there is none. Returned by whatever can fail for a reason that somebody
-// may want to read.
+// A value, or the reason why there is none. Returned by whatever can fail for a reason that
+// somebody may want to read.
 #pragma once
 
 #include <string>

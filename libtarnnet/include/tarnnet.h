@@ -5,10 +5,15 @@
  * everything back:
  *
  *     struct tarnnet_filter* filter = tarnnet_get_simple_filter(IFT_ALL, NULL, NULL, NULL, 0, 0);
- *     struct tarnnet_info* result = tarnnet_get_info(TARNNET_EVERYTHING, filter);
- *     for (struct tarnnetif_info** r = result->records; *r != NULL; r++) puts((*r)->name);
- *     tarnnet_release_info(result);
+ *     struct tarnnet_info* result =
+ *         filter == NULL ? NULL : tarnnet_get_info(TARNNET_EVERYTHING, filter);
  *     tarnnet_release_filter(filter);
+ *     if (result == NULL) return 1;
+ *     for (struct tarnnetif_info** r = result->records; *r != NULL; r++) {
+ *         if (strcmp((*r)->name, ".") == 0 || strcmp((*r)->name, "..") == 0) continue;
+ *         puts((*r)->name);
+ *     }
+ *     tarnnet_release_info(result);
  *
  * Taking an inventory and changing the host's network are not the same thing: nothing here changes
  * an interface. Usable from C11 and from C++17; no function throws.
@@ -39,7 +44,8 @@ enum {
     IFT_ALL = 63
 };
 
-/* States of an interface. */
+/* States of an interface; 0 where no source tells it, as for one that only the configuration names.
+ */
 enum { TARNNET_STATE_UP = 1, TARNNET_STATE_DOWN = 2 };
 
 /* Request flags of tarnnet_get_info(). */
@@ -143,7 +149,9 @@ TARNNET_API void tarnnet_release_filter(struct tarnnet_filter* filter);
  * Returns NULL when the lock cannot be had or memory for the result is short. A result stays valid,
  * whatever inventories follow, until the caller gives it back with tarnnet_release_info().
  *
- * Waits for other callers in this process. Must not be called with the lock held.
+ * Waits for other callers in this process. Must not be called with the lock held. An answer of the
+ * kernel that ends in half a message ends the process with status 1, its standard streams flushed
+ * and its destructors and exit handlers not run.
  */
 TARNNET_API struct tarnnet_info* tarnnet_get_info(uint32_t flags,
                                                   const struct tarnnet_filter* filter);
@@ -162,12 +170,12 @@ TARNNET_API void tarnnet_release_info_SL(struct tarnnet_info* result);
 /*
  * The library lock, not recursive: it keeps other callers of this process out and, unless
  * in_process_only is non-zero, the writers of other processes too (a shared lock on
- * /tmp/tarnnetcfg.lck). Waits as long as it takes.
+ * /tmp/tarnnetcfg.lck). Waits as long as it takes, whatever signals come.
  *
  * Returns 0 with the lock held, or
  * TARNNET_ERR_STATE when the library cannot be set up (nothing is held), or when the lock file
- *                   cannot be opened: then the lock IS held within this process and is to be
- *                   released all the same,
+ *                   cannot be opened (or is a link, which is not followed): then the lock IS held
+ *                   within this process and is to be released all the same,
  * TARNNET_ERR_LOCK  when the file lock is refused (nothing is held).
  */
 TARNNET_API int grab_shared_tarnnetlock(int in_process_only);

@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <utility>
-
 #include "state.h"
 #include "text.h"
 
@@ -54,7 +52,7 @@ int add_network(const char* network_id, const char* bridge) {
     if (net == nullptr) {
         return -1;
     }
-    net->network_id = std::move(id);
+    net->network_id.reset(id.release());
     copy_cut(net->bridge, sizeof(net->bridge), bridge);
     net->master[0] = '\0';
     configured.networks.add_head(net);

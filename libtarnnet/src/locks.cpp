@@ -15,19 +15,33 @@ namespace tarnnet {
 
 namespace {
 
-// A signal does not end the wait.
+// A signal does not end the wait, here and below.
 void wait_for_turn() {
     while (sem_wait(&state.semaphore) != 0 && errno == EINTR) {
     }
 }
 
+int wait_for_file(int fd, int operation) {
+    int result = -1;
+    do {
+        result = flock(fd, operation);
+    } while (result != 0 && errno == EINTR);
+    return result;
+}
+
+// Anybody may put something in the file's place, as its directory is everybody's: a link there is
+// never followed.
+int open_lock_file() {
+    return open(state.host.lock_file, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644);
+}
+
 int lock_file(int operation, const char* name) {
-    owned_fd fd(open(state.host.lock_file, O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    owned_fd fd(open_lock_file());
     if (!fd.is_open()) {
         // The semaphore stays taken here, unlike below; callers release in this case.
         return TARNNET_ERR_STATE;
     }
-    if (flock(fd.get(), operation) != 0) {
+    if (wait_for_file(fd.get(), operation) != 0) {
         fd.reset();
         tarnnetlog("libtarnnet: %s failed", name);
         sem_post(&state.semaphore);

@@ -5,7 +5,6 @@
 #include <stdarg.h>
 #include <stddef.h>
 #include <stdio.h>
-#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -16,7 +15,7 @@ namespace tarnnet {
 
 namespace {
 
-constexpr mode_t log_mode = 0666;  // narrowed by the umask
+constexpr mode_t log_mode = 0644;
 constexpr size_t message_size = 1024;
 constexpr size_t stamp_size = 3 * 21 + 1;  // three numbers with their tabs, and the newline
 
@@ -34,17 +33,19 @@ void write_whole(int fd, const char* text, size_t length) {
     }
 }
 
+// A pipe in the log's place is neither waited for nor written to.
 int open_log() {
     int fd = -1;
     do {
-        fd = open(state.host.log_file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, log_mode);
+        fd = open(state.host.log_file,
+                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, log_mode);
     } while (fd < 0 && errno == EINTR);
     return fd;
 }
 
 void append_line(const char* message) {
     const owned_fd fd(open_log());
-    if (!fd.is_open()) {
+    if (!fd.is_open() || !fd.is_regular_file()) {
         return;
     }
     char line[stamp_size + message_size];

@@ -6,6 +6,7 @@
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tarnnet {
@@ -19,6 +20,11 @@ public:
 
     bool is_open() const { return fd_ >= 0; }
     int get() const { return fd_; }
+
+    bool is_regular_file() const {
+        struct stat status;
+        return fstat(fd_, &status) == 0 && S_ISREG(status.st_mode);
+    }
 
     // The descriptor, which is the caller's to close from now on.
     int release() {
@@ -70,7 +76,11 @@ private:
     Thing* thing_;
 };
 
-inline void free_bytes(char* bytes) {
+inline void free_text(char* text) {
+    free(text);
+}
+
+inline void free_bytes(unsigned char* bytes) {
     free(bytes);
 }
 
@@ -78,8 +88,9 @@ inline void close_file(FILE* file) {
     fclose(file);
 }
 
-// A string or a buffer from malloc().
-using owned_text = owned<char, free_bytes>;
+// A string, or a buffer, from malloc().
+using owned_text = owned<char, free_text>;
+using owned_bytes = owned<unsigned char, free_bytes>;
 using owned_file = owned<FILE, close_file>;
 
 // The names in a directory in alphabetical order, "." and ".." among them. A directory that cannot

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "log.h"
+#include "owners.h"
 
 namespace tarnnet {
 
@@ -34,6 +35,11 @@ int failed(const char* what) {
     const int saved_errno = errno;
     perror(what);
     errno = saved_errno;
+    return -1;
+}
+
+int receive_error() {
+    fprintf(stderr, "netlink receive error %s (%d)\n", strerror(errno), errno);
     return -1;
 }
 
@@ -125,11 +131,12 @@ ssize_t receive_datagram(int fd, msghdr* header) {
     }
 }
 
-// The kernel's answer is half a message: nothing that follows could be told apart, so that the
-// process has to end.
+// The kernel's answer ends in half a message: nothing that follows could be told apart, so that the
+// process has to end. Without its destructors, which would wait for the lock that is held here.
 [[noreturn]] void end_process(size_t remaining) {
     tarnnetlog("!!!Remnant of size %d", static_cast<int>(remaining));
-    exit(1);
+    fflush(nullptr);
+    _exit(1);
 }
 
 // Receives one datagram into the buffer and walks it; the same result as for the walk alone.
@@ -145,7 +152,7 @@ rtnl_walk dump_step(rtnl_sock* sock, const rtnl_receivers* receivers, message_by
 
     const ssize_t received = receive_datagram(sock->fd, &header);
     if (received < 0) {
-        fprintf(stderr, "netlink receive error %s (%d)\n", strerror(errno), errno);
+        receive_error();
         return broken;
     }
     if (received == 0) {
@@ -257,9 +264,13 @@ rtnl_walk rtnl_walk_datagram(const rtnl_sock* sock, const sockaddr_nl* sender,
 int rtnl_dump_filter(rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
                      void* arg2) {
     const rtnl_receivers receivers = {filter, arg1, junk, arg2};
-    alignas(nlmsghdr) unsigned char buffer[receive_buffer_bytes];
+    // Not on the stack, which may be a small one.
+    const owned_bytes buffer(static_cast<unsigned char*>(malloc(receive_buffer_bytes)));
+    if (!buffer) {
+        return receive_error();
+    }
     for (;;) {
-        const rtnl_walk walk = dump_step(sock, &receivers, {buffer, sizeof(buffer)});
+        const rtnl_walk walk = dump_step(sock, &receivers, {buffer.get(), receive_buffer_bytes});
         if (walk.finished) {
             return walk.result;
         }

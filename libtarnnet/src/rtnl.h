@@ -82,7 +82,8 @@ int rtnl_send(rtnl_sock* sock, const char* buf, int len);
 // that belong to no or another request go to `junk`, or are skipped without one. 0 at the end of
 // the dump; a callback's negative result; -1 when receiving fails (printed), the kernel answers
 // with an error (printed, errno set) or the socket ends (logged). A datagram with bytes left over
-// behind its last message ends the process with status 1.
+// behind its last message ends the process with status 1: standard streams are flushed, destructors
+// and exit handlers do not run.
 int rtnl_dump_filter(rtnl_sock* sock, rtnl_filter_fn filter, void* arg1, rtnl_filter_fn junk,
                      void* arg2);
 

@@ -1,5 +1,8 @@
 // The calls of the platform's container-control library that this library makes.
 //
+// Assumed: the library brings no header of its own to compare with, so the layouts, the arguments
+// and the results below are what its calls are taken to be. Who links it checks them first.
+//
 // They are weak: a program that is not linked with that library runs all the same, and finds
 // nothing for containers. See tarnctl_is_there(). Weak calls do not pull a library in: who wants it
 // links it with --no-as-needed, and an archive of it with --whole-archive.

@@ -3,7 +3,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tarnnet {
@@ -18,11 +17,6 @@ int open_for_reading(const char* path) {
         fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     } while (fd < 0 && errno == EINTR);
     return fd;
-}
-
-bool is_regular(int fd) {
-    struct stat status;
-    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 ssize_t read_some(int fd, char* buffer, size_t size) {
@@ -88,7 +82,7 @@ uint32_t decimal(const char* text) {
 text_file::text_file(const char* path) {
     const owned_fd fd(open_for_reading(path));
     size_t length = 0;
-    if (fd.is_open() && is_regular(fd.get())) {
+    if (fd.is_open() && fd.is_regular_file()) {
         text_ = read_whole(fd.get(), &length);
     }
     if (text_) {

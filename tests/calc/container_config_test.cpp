@@ -88,23 +88,38 @@ TEST(ContainerConfig, TheEndsOfTheCounts) {
     p.quotaugidlimit = 600;
     p.privvmpages = 60000;  // 72000 is above the floor that 60000 is below
     expect_lines(configuration(p), {"QUOTAUGIDLIMIT=1200", "PRIVVMPAGES=72000:79200"});
+    PhysParams crowd;
+    crowd.numproc = 500;
+    crowd.avnumproc = 400.0F;  // 32 files each, of the average
+    expect_lines(configuration(crowd), {"NUMFILE=15360:15360"});
     // 1.2 x (22414616 + 3 x 28311552 + 262144 + 65536 x (72089 + 307)), a float at every step.
     expect_lines(configuration({}, {}, 65536), {"SLMMEMORYLIMIT=5822587392:5822587392"});
 }
 
-TEST(ContainerConfig, LinesKnowWhatTheyAreMadeFrom) {
-    std::string made_from;
-    for (const ConfigLine& line : compute_config({}, {}, 4096)) {
-        for (const CountRule* rule : line.sources) {
-            made_from.append(rule->count).append(line.margin > 1.0 ? "+ " : " ");
-        }
-    }
-    EXPECT_EQ(made_from,
-              "numproc avnumproc numtcpsock numothersock numpty "
-              "numfile numtcpsock numothersock numpty avnumproc numfile+ numproc numfile "
-              "numtcpsock numtcpsock numothersock privvmpages+ privvmpages privvmpages "
-              "lockedpages shmpages numflock+ numiptent diskspace+ diskinodes+ quotaugidlimit "
-              "privvmpages lockedpages numproc numfile numtcpsock numothersock ");
+// Products, sums and shifts wrap at 32 bits, some to positive numbers.
+TEST(ContainerConfig, AHostThatIsTooBusy) {
+    PhysParams p;
+    p.numothersock = 29999;
+    expect_lines(configuration(p),
+                 {"NUMFILE=36685:36685", "OTHERSOCKBUF=18446744071681594368:18446744071773749248",
+                  "SLMMEMORYLIMIT=18446744071850520320:18446744071850520320"});  // below zero
+    p.numproc = 2000;
+    p.avnumproc = 2000.0F;
+    p.numtcpsock = 40000;
+    p.privvmpages = 250000;
+    p.lockedpages = 1000000;
+    p.numflock = 500;
+    p.diskspace = 2000000000;
+    // The margin of PRIVVMPAGES is a float: a double's would give 824724992.
+    expect_lines(
+        configuration(p, {2999.0F, 1.0F}),
+        {"NUMFILE=209927248:209927248", "DCACHESIZE=18446744072618004736:18446744072618004736",
+         "KMEMSIZE=18446744071767937280:18446744071767937280",
+         "TCPSNDBUF=18446744071562067968:1908408320",
+         "OTHERSOCKBUF=18446744071562067968:18446744072796766208",
+         "PRIVVMPAGES=749750016:824725056", "LOCKEDPAGES=2147483647:2147483647",
+         "NUMFLOCK=1499500:1649450", "DISKSPACE=2000000000:2147483647",
+         "SLMMEMORYLIMIT=36500332888457216:36500332888457216"});
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <vector>
 
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 namespace {
 
@@ -22,10 +22,9 @@ TEST(TimeSpan, GrammarOfTerms) {
         {"h", 0},
         {"1h-30m", 1800},
         {"\t+5m", 300},
-        {"0s", 0},
         {"2147483647s", 2147483647},
-        {"50000d", 25032704},  // 4,320,000,000 less 2^32
         {"4294967297s", 1},    // the number itself is cut to 32 bits
+        {"50000d", 25032704},  // 4,320,000,000 less 2^32
     };
     for (const auto& [text, expected] : good) {
         errno = 0;
@@ -56,14 +55,13 @@ struct Parsed {
     std::string out_path;
 };
 
-Parsed parse(std::vector<std::string> args) {
+Parsed parse(std::vector<std::string> args, Parsed parsed = {}) {
     args.insert(args.begin(), "tarnhwcalc");
     std::vector<char*> argv;
     for (std::string& arg : args) {
         argv.push_back(&arg[0]);
     }
     argv.push_back(nullptr);
-    Parsed parsed;
     errno = 0;
     parsed.result =
         parse_args(static_cast<int>(args.size()), argv.data(), &parsed.calc, parsed.out_path);
@@ -91,21 +89,19 @@ TEST(Options, FillTheSettings) {
     EXPECT_TRUE(std::isnan(parse({"--mem-scale", "nan"}).calc.mem_scale));
     const Parsed refused = parse({"--mem-scale", "-3", "-t", "1h"});
     EXPECT_EQ(refused.result, -1);
+    EXPECT_EQ(parse({"--disk-scale", "0"}).result, -1);
     EXPECT_EQ(refused.calc.mem_scale, -3.0F) << "stored before it is checked";
     EXPECT_EQ(refused.calc.scan_time, 0) << "an error ends parsing at once";
 }
 
 // The last check treats the scales unlike: it is reached with values set by other means.
 TEST(Options, TheFinalCheckAcceptsADiskScaleOfZero) {
-    TarnHWCalc calc;
-    std::string path;
-    char name[] = "tarnhwcalc";
-    char* argv[] = {name, nullptr};
-    calc.disk_scale = 0.0F;
-    EXPECT_EQ(parse_args(1, argv, &calc, path), 0);
-    calc.mem_scale = 0.0F;
+    Parsed kept;
+    kept.calc.disk_scale = 0.0F;
+    EXPECT_EQ(parse({}, kept).result, 0);
+    kept.calc.mem_scale = 0.0F;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(parse_args(1, argv, &calc, path), -1);
+    EXPECT_EQ(parse({}, kept).result, -1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "--mem-scale and --disk-scale must be positive\n");
 }

@@ -14,13 +14,16 @@
 
 namespace {
 
-int flock_error = 0;  // of every call, or 0
+int flock_error = 0;    // of every call, or 0
+int interruptions = 0;  // of the next calls, before all else
 
 }  // namespace
 
 extern "C" int __real_flock(int fd, int operation);
 extern "C" int __wrap_flock(int fd, int operation) {
-    errno = flock_error;
+    errno = interruptions > 0 ? EINTR : flock_error;
+    if (interruptions > 0)
+        return interruptions--, -1;
     return flock_error != 0 ? -1 : __real_flock(fd, operation);
 }
 
@@ -31,7 +34,7 @@ protected:
     Lock() { umask(0); }
     ~Lock() override {
         flock_error = 0;
-        EXPECT_EQ(dup(STDERR_FILENO), free_fd_) << "a descriptor is left open";
+        umask(022);
     }
 
     static bool free_within_process() {
@@ -45,16 +48,9 @@ protected:
         const owned_fd fd(open(state.host.lock_file, O_RDWR));
         return fd.is_open() && __real_flock(fd.get(), operation | LOCK_NB) == 0;
     }
-
-private:
-    static int next_fd() {
-        const owned_fd fd(dup(STDERR_FILENO));
-        return fd.get();
-    }
-    const int free_fd_ = next_fd();
 };
 
-TEST_F(MadeUpHost, LogsOneStampedLineForEachMessageCutTo1023Characters) {
+TEST_F(Lock, IsLoggedAsOneStampedLineForEachMessageCutTo1023Characters) {
     tarnnetlog("%s", std::string(3000, 'x').c_str());
     tarnnetlog("%s %d", "second", 2);
     EXPECT_EQ(logged_messages(), std::string(1023, 'x') + "\nsecond 2\n");
@@ -62,6 +58,18 @@ TEST_F(MadeUpHost, LogsOneStampedLineForEachMessageCutTo1023Characters) {
     std::ifstream(state.host.log_file) >> stamp >> process >> parent;
     EXPECT_NEAR(static_cast<double>(stamp), static_cast<double>(time(nullptr)), 60);
     EXPECT_TRUE(process == getpid() && parent == getppid());
+    EXPECT_EQ(std::filesystem::status(state.host.log_file).permissions(),
+              std::filesystem::perms(0644));
+
+    ASSERT_EQ(unlink(state.host.log_file), 0);
+    ASSERT_EQ(mkfifo(state.host.log_file, 0644), 0);
+    errno = ERANGE;
+    tarnnetlog("not waited for");
+    EXPECT_EQ(errno, ERANGE);
+    const owned_fd reader(open(state.host.log_file, O_RDONLY | O_NONBLOCK));
+    tarnnetlog("not for a reader");
+    char byte;
+    EXPECT_EQ(read(reader.get(), &byte, 1), 0);
 }
 
 TEST_F(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
@@ -75,7 +83,8 @@ TEST_F(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
     EXPECT_TRUE(can_lock(LOCK_SH));
     EXPECT_FALSE(can_lock(LOCK_EX));
     release_tarnnetlock();
-    ASSERT_EQ(grab_excl_tarnnetlock(), 0);
+    interruptions = 2;
+    ASSERT_EQ(grab_excl_tarnnetlock(), 0) << "a signal does not end the wait";
     EXPECT_FALSE(can_lock(LOCK_SH));
     release_tarnnetlock();
     EXPECT_TRUE(can_lock(LOCK_EX));
@@ -94,12 +103,17 @@ TEST_F(Lock, ThatIsRefusedLeavesNothingHeldUnlessItsFileCannotBeOpened) {
     EXPECT_EQ(grab_excl_tarnnetlock(), 8);
     EXPECT_EQ(grab_shared_tarnnetlock(0), 8);
     EXPECT_TRUE(free_within_process());
+    EXPECT_NE(logged_messages().find(" grab_excl_tarnnetlock failed\n"), std::string::npos);
 
     ASSERT_EQ(unlink(state.host.lock_file), 0);
-    std::filesystem::create_directory(state.host.lock_file);
-    EXPECT_EQ(grab_shared_tarnnetlock(0), 6);
+    const std::string elsewhere = state.host.lock_file + std::string(".elsewhere");
+    ASSERT_EQ(symlink(elsewhere.c_str(), state.host.lock_file), 0);
+    EXPECT_EQ(grab_shared_tarnnetlock(0), 6) << "no link is followed";
+    EXPECT_FALSE(std::filesystem::exists(elsewhere));
     EXPECT_FALSE(free_within_process());
     release_tarnnetlock();
+    ASSERT_EQ(unlink(state.host.lock_file), 0);
+    std::filesystem::create_directory(state.host.lock_file);
     EXPECT_EQ(grab_excl_tarnnetlock(), 6);
     EXPECT_FALSE(free_within_process());
     release_tarnnetlock();

@@ -100,10 +100,13 @@ protected:
             std::filesystem::create_directories(std::filesystem::path(*path).parent_path());
         }
         host.read_tables = give_messages;
+        state.vlan_naming = VLAN_RAW_NO_PAD;
+        state.suse = false;
     }
     ~MadeUpHost() override {
         purge_all_generations();
         EXPECT_EQ(netinfo.trash, nullptr) << "a result was not released";
+        EXPECT_EQ(next_fd(), next_fd_) << "a descriptor was left open";
         kernel_messages.clear();
         state.host = host_source();
         std::filesystem::remove_all(root_);
@@ -136,7 +139,8 @@ protected:
               "00:18:51:0C:7A:01   veth101.0 00:18:51:0C:7A:02  eth0     101 allow\n"
               "too few fields\n"
               "m veth102.0 m eth1 102");
-        write(state.host.more_pair_devices, "Version: 1.0\nvme1\n\nvme2 more\n");
+        write(state.host.more_pair_devices,
+              "Version: 1.0\nvme1\n\nvme2" + std::string(300, ' ') + "more\n");
         write(state.host.vlans,
               "VLAN Dev name    | VLAN ID\n"
               "Name-Type: VLAN_NAME_TYPE_PLUS_VID\n"
@@ -148,6 +152,9 @@ protected:
     }
 
 private:
+    static int next_fd() { return owned_fd(dup(STDERR_FILENO)).get(); }
+
+    const int next_fd_ = next_fd();
     std::string root_;
     std::deque<std::string> paths_;  // which stay where they are
 };

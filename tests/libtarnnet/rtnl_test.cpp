@@ -106,7 +106,14 @@ TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
     const std::string shorter = message(link_type, "", our_dump_seq, our_port, ~0u);
     const std::string longer = message(link_type, "", our_dump_seq, our_port, 1);
     for (const std::string& rest : {"1234567" + std::string(), shorter, longer})
-        EXPECT_EXIT(dump({message(link_type) + rest}), testing::ExitedWithCode(1), "");
+        EXPECT_EXIT(
+            {
+                std::setvbuf(stderr, nullptr, _IOFBF, 1024);
+                std::fputs("flushed", stderr);
+                std::atexit([] { std::fputs(", and the exit handlers ran", stderr); });
+                dump({message(link_type) + rest});
+            },
+            testing::ExitedWithCode(1), "^flushed$");
     EXPECT_EQ(logged_messages(),
               "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 7\n"
               "!!!Remnant of size 16\n!!!Remnant of size 16\n");

@@ -1,4 +1,4 @@
-#include "driver/progress_line.h"
+#include "calc/progress_line.h"
 
 #include <poll.h>
 #include <sys/ioctl.h>

@@ -1,4 +1,4 @@
-#include "driver/time_span.h"
+#include "calc/arguments.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -32,7 +32,7 @@ int parse_time(const char* spec, int* seconds) {
     while (*spec != '\0') {
         char* end = nullptr;
         const auto number = static_cast<std::int32_t>(std::strtoll(spec, &end, 10));
-        if (errno != 0) {  // also when earlier code left it, on purpose
+        if (errno != 0) {  // be it left by earlier code, as the header says
             return -1;
         }
         const std::int32_t unit = unit_seconds(*end);
@@ -47,4 +47,13 @@ int parse_time(const char* spec, int* seconds) {
     }
     *seconds = total;
     return 0;
+}
+
+ScaleError parse_scale(const char* text, float* scale) {
+    char* end = nullptr;
+    *scale = std::strtof(text, &end);
+    if (*end != '\0') {
+        return ScaleError::not_a_number;
+    }
+    return 0 >= *scale ? ScaleError::not_positive : ScaleError::none;
 }

@@ -1,5 +1,5 @@
 // The progress line: its text at several widths, and what a terminal gets to see of it.
-#include "driver/progress_line.h"
+#include "calc/progress_line.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "tests/driver/in_child.h"
+#include "tests/support/in_child.h"
 
 namespace {
 

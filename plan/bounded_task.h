@@ -1,0 +1,22 @@
+// A task that may hang, done by a child process: ended when it takes too long or is not wanted any
+// more, with everything that it started.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+struct BoundedTask {
+    enum class End { finished, too_long, stopped, died };
+    End end = End::died;
+    std::string text;      // what the task returned
+    std::string messages;  // what was written to standard error meanwhile
+    std::int64_t took_ms = 0;
+};
+
+constexpr int no_wake_fd = -1;
+
+// Does the task in a child for so many seconds at most, or until `wake_fd` can be read. A child
+// that cannot be killed (it waits for a dead disk) is left behind. Throws std::system_error when
+// there can be no child.
+BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seconds, int wake_fd);

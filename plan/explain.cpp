@@ -1,0 +1,228 @@
+// tarnhwplan explain: where each line of the configuration comes from, for a person or as JSON.
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "kiln/strings.h"
+#include "plan/commands.h"
+#include "plan/explanation.h"
+#include "plan/json_text.h"
+#include "plan/printable.h"
+#include "plan/recording_files.h"
+
+namespace {
+
+using nlohmann::ordered_json;
+
+struct Options {
+    ScaleOptions scales;
+    bool json = false;
+    std::string out_path;
+    std::vector<std::string> paths;
+};
+
+constexpr std::size_t name_width = 16;
+constexpr std::size_t value_width = 30;
+
+std::string padded(const std::string& text, std::size_t width) {
+    const std::size_t columns = columns_of(text);
+    return text + std::string(columns < width ? width - columns : 1, ' ');
+}
+
+// "1:02:03"
+std::string duration_text(std::int64_t milliseconds) {
+    const std::int64_t seconds = milliseconds / 1000;
+    const auto two = [](std::int64_t number) {
+        return (number < 10 ? "0" : "") + std::to_string(number);
+    };
+    return std::to_string(seconds / 3600) + ":" + two(seconds / 60 % 60) + ":" + two(seconds % 60);
+}
+
+// "1.2"
+std::string factor_text(double factor) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.6g", factor);
+    return text;
+}
+
+// "126 processes seen at most, 2026-03-12T14:05:00Z, pass 2"
+std::string seen_text(const LineStory& line, bool many_recordings) {
+    std::string text = "; " + line.seen + " seen";
+    if (line.peak) {
+        text += " at most, " + utc_text(line.peak->time_ms / 1000) + ", pass " +
+                std::to_string(line.peak->pass);
+        if (many_recordings) {
+            text += " of recording " + std::to_string(line.peak->recording + 1);
+        }
+    }
+    return text;
+}
+
+std::string origin_text(const LineStory& line) {
+    std::string text = name_of(line.basis);
+    if (line.basis == Basis::floor) {
+        text += " of " + std::to_string(*line.floor);
+    }
+    if (line.basis == Basis::derived) {
+        text += " from " + Kiln::join(", ", line.made_from.begin(), line.made_from.end());
+    } else if (line.factor) {
+        text += ", times " + factor_text(*line.factor);
+    }
+    if (line.margin) {
+        text += ", margin " + factor_text(*line.margin);
+    }
+    return text;
+}
+
+std::string line_text(const LineStory& line, bool many_recordings) {
+    const std::string indent(name_width, ' ');
+    std::string text = padded(line.name, name_width);
+    if (line.basis != Basis::missing) {
+        text += padded(printable(line.value), value_width) + line.meaning;
+    }
+    while (text.back() == ' ') {
+        text.pop_back();
+    }
+    text += "\n" + indent + origin_text(line);
+    if (!line.seen.empty()) {
+        text += seen_text(line, many_recordings);
+    }
+    text += "\n";
+    for (const std::string& remark : line.remarks) {
+        text += indent + "! " + printable(remark) + "\n";
+    }
+    return text;
+}
+
+std::string coverage_text(const Coverage& coverage) {
+    std::string text = "coverage: " + std::to_string(coverage.grade) + " of 5, " +
+                       grade_name(coverage.grade) + ": " + std::to_string(coverage.taken) + " of " +
+                       std::to_string(coverage.planned) + " passes, longest gap " +
+                       duration_text(coverage.longest_gap_ms);
+    if (coverage.failed > 0) {
+        text += ", failed " + std::to_string(coverage.failed);
+    }
+    return text + "\n";
+}
+
+std::string explanation_text(const Explanation& explanation, const CombinedScan& scan,
+                             std::size_t recordings) {
+    std::string text =
+        "host: " + printable(scan.profile.hostname) + "\n" + coverage_text(explanation.coverage);
+    for (const std::string& remark : explanation.remarks) {
+        text += "! " + printable(remark) + "\n";
+    }
+    text += "\n";
+    for (const LineStory& line : explanation.lines) {
+        text += line_text(line, recordings > 1);
+    }
+    return text;
+}
+
+ordered_json texts_json(const std::vector<std::string>& texts) {
+    ordered_json list = ordered_json::array();
+    for (const std::string& text : texts) {
+        list.push_back(text_to_json(text));
+    }
+    return list;
+}
+
+ordered_json peak_json(const Peak& peak) {
+    return {{"value", peak.value},
+            {"time", utc_text(peak.time_ms / 1000)},
+            {"at_ms", peak.at_ms},
+            {"pass", peak.pass},
+            {"recording", peak.recording + 1}};
+}
+
+// What is not there is null.
+template <class Value>
+ordered_json optional_json(const std::optional<Value>& value) {
+    return value ? ordered_json(*value) : ordered_json();
+}
+
+ordered_json line_json(const LineStory& line) {
+    ordered_json object;
+    object["name"] = line.name;
+    object["value"] = text_to_json(line.value);
+    object["meaning"] = line.meaning;
+    object["basis"] = name_of(line.basis);
+    object["count"] = line.count;
+    object["seen"] = line.seen;
+    object["peak"] = line.peak ? peak_json(*line.peak) : ordered_json();
+    object["floor"] = optional_json(line.floor);
+    object["factor"] = line.factor ? ordered_json(factor_text(*line.factor)) : ordered_json();
+    object["margin"] = line.margin ? ordered_json(factor_text(*line.margin)) : ordered_json();
+    object["made_from"] = texts_json(line.made_from);
+    object["remarks"] = texts_json(line.remarks);
+    return object;
+}
+
+ordered_json count_json(const CountStory& count) {
+    ordered_json object;
+    object["name"] = count.name;
+    object["label"] = count.label;
+    object["unit_bytes"] = count.unit_bytes;
+    object["line"] = count.line;
+    object["floor"] = optional_json(count.floor);
+    object["peak"] = count.peak ? peak_json(*count.peak) : ordered_json();
+    object["least"] = count.least;
+    object["median"] = count.median;
+    object["remarks"] = texts_json(count.remarks);
+    return object;
+}
+
+ordered_json coverage_json(const Coverage& coverage) {
+    return {{"grade", coverage.grade},     {"name", grade_name(coverage.grade)},
+            {"planned", coverage.planned}, {"taken", coverage.taken},
+            {"failed", coverage.failed},   {"longest_gap_ms", coverage.longest_gap_ms}};
+}
+
+std::string explanation_json(const Explanation& explanation, const CombinedScan& scan) {
+    ordered_json object;
+    object["host"] = text_to_json(scan.profile.hostname);
+    object["coverage"] = coverage_json(explanation.coverage);
+    object["remarks"] = texts_json(explanation.remarks);
+    object["lines"] = ordered_json::array();
+    for (const LineStory& line : explanation.lines) {
+        object["lines"].push_back(line_json(line));
+    }
+    object["counts"] = ordered_json::array();
+    for (const CountStory& count : explanation.counts) {
+        object["counts"].push_back(count_json(count));
+    }
+    return object.dump(2) + "\n";
+}
+
+int run(const Options& options) {
+    ConfigScales scales;
+    if (!read_scales(options.scales, scales)) {
+        return status_usage;
+    }
+    const std::optional<CombinedRecordings> read = read_and_combine(options.paths);
+    if (!read) {
+        return status_io;
+    }
+    const Explanation explanation = explain(read->recordings, read->scan, scales);
+    const std::string text =
+        options.json ? explanation_json(explanation, read->scan)
+                     : explanation_text(explanation, read->scan, read->recordings.size());
+    if (!write_result(options.out_path, text)) {
+        return status_io;
+    }
+    return explanation.remarks.empty() ? status_done : status_flawed;
+}
+
+}  // namespace
+
+Command add_explain(CLI::App& program) {
+    CLI::App* app =
+        program.add_subcommand("explain", "Say where each line of the configuration comes from");
+    const auto options = std::make_shared<Options>();
+    add_scale_options(*app, options->scales);
+    app->add_flag("--json", options->json, "Write JSON");
+    app->add_option("-o,--out", options->out_path, "Write to this file");
+    app->add_option("recording", options->paths, "Recordings of one host")->required();
+    return {app, [options] { return run(*options); }};
+}

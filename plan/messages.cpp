@@ -1,0 +1,74 @@
+// What the commands share: their messages and their results.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "calc/arguments.h"
+#include "kiln/files.h"
+#include "kiln/owners.h"
+#include "plan/commands.h"
+
+namespace {
+
+constexpr mode_t result_mode = 0600;
+
+bool write_to(int fd, const std::string& name, const std::string& text) {
+    if (Kiln::write_all(fd, text.data(), text.size()) != 0) {
+        say(name + " cannot be written: " + std::strerror(errno));
+        return false;
+    }
+    return true;
+}
+
+bool read_scale(const char* option, const std::optional<std::string>& given, float& scale) {
+    if (given) {
+        const std::string& text = *given;
+        switch (parse_scale(text.c_str(), &scale)) {
+            case ScaleError::none:
+                break;
+            case ScaleError::not_a_number:
+                say("Not a numeric value for " + std::string(option) + ": " + text);
+                return false;
+            case ScaleError::not_positive:
+                say(std::string(option) + " must be positive: " + text);
+                return false;
+        }
+    }
+    return true;
+}
+
+constexpr const char* mem_scale_option = "--mem-scale";
+constexpr const char* disk_scale_option = "--disk-scale";
+
+}  // namespace
+
+void add_scale_options(CLI::App& app, ScaleOptions& options) {
+    app.add_option(mem_scale_option, options.memory, "Factor for counts and memory, 1.2");
+    app.add_option(disk_scale_option, options.disk, "Factor for the disk, 1.5");
+}
+
+bool read_scales(const ScaleOptions& options, ConfigScales& scales) {
+    return read_scale(mem_scale_option, options.memory, scales.memory) &&
+           read_scale(disk_scale_option, options.disk, scales.disk);
+}
+
+void say(const std::string& text) {
+    const std::string line = "tarnhwplan: " + text + "\n";
+    static_cast<void>(Kiln::write_all(STDERR_FILENO, line.data(), line.size()));
+}
+
+bool write_result(const std::string& path, const std::string& text) {
+    if (path.empty()) {
+        return write_to(STDOUT_FILENO, "standard output", text);
+    }
+    const Kiln::Descriptor fd(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, result_mode));
+    if (!fd) {
+        say(path + " cannot be opened: " + std::strerror(errno));
+        return false;
+    }
+    return write_to(fd.get(), path, text);
+}

@@ -1,0 +1,113 @@
+#include "plan/one_shot_steps.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+#include <variant>
+
+#include "inspect/distribution.h"
+#include "inspect/excludes.h"
+#include "inspect/net_ifaces.h"
+#include "inspect/quota_count.h"
+#include "inspect/resolver.h"
+#include "plan/bounded_task.h"
+#include "plan/json_text.h"
+#include "plan/recording_names.h"
+
+namespace {
+
+template <class Value>
+void keep(const Kiln::Result<Value>& result, OneShotStep step, Value& value, Findings& findings) {
+    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
+        findings.failures.push_back({step, reason->text});
+    } else {
+        value = std::get<Value>(result);
+    }
+}
+
+void count_quotas(const Host& host, Findings& findings) {
+    std::uint32_t ids = 0;
+    keep(count_quota_ids(host), OneShotStep::quotas, ids, findings);
+    findings.quotaugidlimit = static_cast<std::int32_t>(ids);
+}
+
+void list_interfaces(const Host& /*host*/, Findings& findings) {
+    keep(list_net_ifaces(), OneShotStep::interfaces, findings.ifaces, findings);
+}
+
+void ask_distribution(const Host& host, Findings& findings) {
+    DistributionFinding finding = detect_distribution(host, {});
+    findings.distribution = std::move(finding.name);
+    findings.notes.warnings = std::move(finding.warnings);
+}
+
+void read_host_name(const Host& host, Findings& findings) {
+    findings.hostname = host.host_name().value_or("");
+}
+
+void read_resolver_settings(const Host& host, Findings& findings) {
+    findings.ns_attrs = read_resolver(host);
+}
+
+void read_mounts(const Host& host, Findings& findings) {
+    ExcludeFindings found = find_excludes(host);
+    findings.notes.excludes = std::move(found.excludes);
+    findings.notes.warnings = std::move(found.warnings);
+    findings.nfs_found = found.nfs_found;
+    findings.reiserfs_found = found.reiserfs_found;
+}
+
+constexpr void (*tasks[one_shot_step_count])(const Host&, Findings&) = {
+    count_quotas,   list_interfaces,        ask_distribution,
+    read_host_name, read_resolver_settings, read_mounts};
+
+std::string why_not_finished(const BoundedTask& task, int limit_seconds) {
+    switch (task.end) {
+        case BoundedTask::End::too_long:
+            return "it took longer than " + std::to_string(limit_seconds) + " s and was ended";
+        case BoundedTask::End::stopped:
+            return "it was not waited for";
+        default:
+            return "it ended before its time";
+    }
+}
+
+template <class Value>
+void append(std::vector<Value>& list, const std::vector<Value>& more) {
+    list.insert(list.end(), more.begin(), more.end());
+}
+
+}  // namespace
+
+StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd) {
+    const auto take = [&] {
+        Findings findings;
+        tasks[static_cast<std::size_t>(step)](host, findings);
+        return findings_to_json(findings).dump();
+    };
+    const BoundedTask task = run_bounded(take, limit_seconds, wake_fd);
+    StepOutcome outcome;
+    outcome.took_ms = task.took_ms;
+    outcome.stopped = task.end == BoundedTask::End::stopped;
+    if (task.end == BoundedTask::End::finished) {
+        outcome.findings = findings_from_json(nlohmann::json::parse(task.text));
+    } else {
+        outcome.findings.failures.push_back({step, why_not_finished(task, limit_seconds)});
+    }
+    outcome.findings.messages = task.messages;
+    return outcome;
+}
+
+void add_findings(Findings& findings, const Findings& more) {
+    findings.quotaugidlimit += more.quotaugidlimit;
+    append<NetIface>(findings.ifaces, more.ifaces);
+    findings.distribution += more.distribution;
+    findings.hostname += more.hostname;
+    append(findings.ns_attrs.nameservers, more.ns_attrs.nameservers);
+    append(findings.ns_attrs.search_domains, more.ns_attrs.search_domains);
+    append(findings.notes.warnings, more.notes.warnings);
+    append(findings.notes.excludes, more.notes.excludes);
+    findings.nfs_found = findings.nfs_found || more.nfs_found;
+    findings.reiserfs_found = findings.reiserfs_found || more.reiserfs_found;
+    append(findings.failures, more.failures);
+    findings.messages += more.messages;
+}

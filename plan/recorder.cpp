@@ -1,0 +1,232 @@
+#include "plan/recorder.h"
+
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <variant>
+
+#include "calc/scan_clock.h"
+#include "kiln/files.h"
+#include "plan/commands.h"
+#include "plan/one_shot_steps.h"
+
+namespace {
+
+// When somebody wants us to end. All steps together stay below the 90 s that a service manager
+// waits.
+constexpr int hurried_limit_seconds = 10;
+
+RecordingHeader describe(const Host& host, ScanSpans spans, std::int64_t now_seconds) {
+    utsname system = {};
+    uname(&system);
+    RecordingHeader header;
+    header.version = TARN_VERSION;
+    header.host = host.host_name().value_or("");
+    header.machine = system.machine;
+    header.kernel = system.release;
+    header.page_size = getpagesize();
+    header.start = now_seconds;
+    header.spans = spans;
+    return header;
+}
+
+// Where a step of a pass puts what it finds.
+TakenCounts counts_of(const SampleStep& step) {
+    TakenCounts counts;
+    for (std::size_t i = 0; i < sample_fields.size(); ++i) {
+        const auto count = sample_fields[i].count;
+        const bool of_memory_scan =
+            count == &SampleCounts::privvmpages || count == &SampleCounts::lockedpages;
+        counts.set(i, step.command == nullptr ? of_memory_scan : count == step.count);
+    }
+    return counts;
+}
+
+TakenCounts taken_before(std::size_t failed_step) {
+    TakenCounts taken;
+    for (std::size_t step = 0; step < failed_step; ++step) {
+        taken |= counts_of(sample_steps[step]);
+    }
+    return taken;
+}
+
+}  // namespace
+
+Recorder::Recorder(RecordFile& file, const Host& host, const StopSignals& stop)
+    : file_(file), host_(host), stop_(stop), progress_line_(STDERR_FILENO) {}
+
+void Recorder::append(const std::string& lines) {
+    const std::string trouble = file_.append(lines);
+    if (!trouble.empty()) {
+        throw RecordTrouble(trouble);
+    }
+}
+
+void Recorder::cut(std::uint64_t size) {
+    const std::string trouble = file_.cut(size);
+    if (!trouble.empty()) {
+        throw RecordTrouble(trouble);
+    }
+}
+
+void Recorder::complain(const std::string& text) {
+    if (shows_progress_) {
+        progress_line_.finished();
+    }
+    say(text);
+    flawed_ = true;
+}
+
+void Recorder::record(ScanSpans spans) {
+    spans_ = spans;
+    shows_progress_ = spans.time > 0 && isatty(STDERR_FILENO) == 1;
+    begin(spans);
+    if (wants_passes_) {
+        take_passes();
+    }
+    if (shows_progress_) {
+        progress_line_.finished();
+    }
+    if (wants_summary_) {
+        take_steps();
+    }
+}
+
+void Recorder::begin(ScanSpans spans) {
+    const Kiln::Result<std::string> read = file_.read();
+    if (const auto* reason = std::get_if<Kiln::Reason>(&read)) {
+        throw RecordTrouble(reason->text);
+    }
+    const auto& text = std::get<std::string>(read);
+    if (is_torn_header(text)) {  // or nothing at all
+        cut(0);
+        start_ = clock_.now_ms() / 1000;
+        append(header_line(describe(host_, spans, start_)));
+        return;
+    }
+    const Kiln::Result<Recording> parsed = parse_recording(text);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&parsed)) {
+        throw RecordTrouble("cannot go on with it: " + reason->text);
+    }
+    go_on(std::get<Recording>(parsed), spans);
+}
+
+void Recorder::go_on(const Recording& recording, ScanSpans spans) {
+    check_same_host(recording.header);
+    if (recording.torn) {
+        cut(recording.whole_size);
+    }
+    start_ = recording.header.start;
+    clock_ = ForwardClock(start_ * 1000 + recording.last_ms());
+    for (const RecordedPass& pass : recording.passes) {
+        passes_done_ = std::max(passes_done_, pass.number);
+    }
+    wants_passes_ = passes_done_ == 0 || !is_over();
+    wants_summary_ = wants_passes_ || !recording.summary_is_last;
+    if (wants_summary_) {
+        const RecordingHeader here = describe(host_, spans, start_);
+        append(continuation_line({since_start_ms(), here.version, here.kernel, spans}));
+    }
+}
+
+void Recorder::check_same_host(const RecordingHeader& header) const {
+    const RecordingHeader here = describe(host_, spans_, start_);
+    if (header.host != here.host || header.machine != here.machine) {
+        throw RecordTrouble("it is a recording of another host: " + header.host + ", " +
+                            header.machine);
+    }
+    if (header.page_size != here.page_size) {
+        throw RecordTrouble("its host had pages of " + std::to_string(header.page_size) +
+                            " bytes, this one has others");
+    }
+}
+
+void Recorder::take_passes() {
+    ScanSchedule schedule = make_schedule(start_, spans_.time, spans_.period);
+    while (take_pass()) {
+        const std::int32_t pause = next_sleep(schedule, clock_.now_ms() / 1000);
+        if (pause < 0) {
+            return;
+        }
+        wait(pause);
+        if (stop_.count() > 0) {
+            return;
+        }
+    }
+}
+
+// False when somebody wanted us to end meanwhile; the pass is left out then.
+bool Recorder::take_pass() {
+    tell(0);
+    RecordedPass pass;
+    pass.number = passes_done_ + 1;
+    pass.at_ms = since_start_ms();
+    const auto begin = std::chrono::steady_clock::now();
+    const Sample sample = take_sample(host_);
+    if (stop_.count() > 0) {
+        return false;
+    }
+    pass.took_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                       std::chrono::steady_clock::now() - begin)
+                       .count();
+    pass.counts = sample.counts;
+    pass.taken = taken_before(sample.failure ? sample.failure->step : sample_steps.size());
+    if (sample.failure) {
+        pass.failure = sample.failure->text;
+        complain("pass " + std::to_string(pass.number) + " failed: " + *pass.failure);
+    }
+    append(pass_line(pass));
+    passes_done_ = pass.number;
+    return true;
+}
+
+// Sleeps until the next pass is due or a signal comes; awake once a second to show how far it is.
+void Recorder::wait(std::int32_t seconds) {
+    using SteadyClock = std::chrono::steady_clock;
+    const auto end = SteadyClock::now() + std::chrono::seconds(seconds);
+    for (auto now = SteadyClock::now(); now < end && stop_.count() == 0; now = SteadyClock::now()) {
+        const auto left = std::chrono::ceil<std::chrono::seconds>(end - now).count();
+        tell(left);
+        stop_.sleep(shows_progress_ ? 1 : static_cast<int>(left));
+    }
+}
+
+void Recorder::tell(std::int64_t next_pass_seconds) {
+    if (shows_progress_) {
+        ScanProgress progress;
+        progress.elapsed_seconds = since_start_ms() / 1000;
+        progress.total_seconds = spans_.time;
+        progress.next_pass_seconds = next_pass_seconds;
+        progress.passes_done = passes_done_;
+        progress_line_.progress(progress);
+    }
+}
+
+// The second signal ends it without the steps.
+void Recorder::take_steps() {
+    Summary summary;
+    summary.interrupted = stop_.count() > 0;
+    for (std::size_t i = 0; i < one_shot_step_count && stop_.count() < 2; ++i) {
+        const auto step = static_cast<OneShotStep>(i);
+        stop_.acknowledge();
+        StepOutcome outcome = take_one_shot_step(
+            host_, step, stop_.count() > 0 ? hurried_limit_seconds : patient_limit_seconds,
+            stop_.wake_fd());
+        if (outcome.stopped && stop_.count() == 1) {  // taken again, without patience
+            summary.interrupted = true;
+            stop_.acknowledge();
+            outcome = take_one_shot_step(host_, step, hurried_limit_seconds, stop_.wake_fd());
+        }
+        for (const StepFailure& failure : outcome.findings.failures) {
+            complain(std::string(name_of(step)) + ": " + failure.text);
+        }
+        static_cast<void>(Kiln::write_all(STDERR_FILENO, outcome.findings.messages.data(),
+                                          outcome.findings.messages.size()));
+        add_findings(summary.findings, outcome.findings);
+    }
+    if (stop_.count() < 2) {
+        summary.at_ms = since_start_ms();
+        append(summary_line(summary));
+    }
+}
