@@ -22,10 +22,12 @@ struct Command {
     std::function<int()> run;
 };
 
+Command add_check(CLI::App& program);
 Command add_record(CLI::App& program);
 Command add_compute(CLI::App& program);
 Command add_report(CLI::App& program);
 Command add_explain(CLI::App& program);
+Command add_metrics(CLI::App& program);
 
 // One line on standard error, behind the program's name.
 void say(const std::string& text);
