@@ -32,7 +32,7 @@ int parse_time(const char* spec, int* seconds) {
     while (*spec != '\0') {
         char* end = nullptr;
         const auto number = static_cast<std::int32_t>(std::strtoll(spec, &end, 10));
-        if (errno != 0) {  // also when earlier code left it, on purpose
+        if (errno != 0) {  // be it left by earlier code, as the header says
             return -1;
         }
         const std::int32_t unit = unit_seconds(*end);

@@ -23,8 +23,8 @@ const std::array<SampleField, sample_field_count> sample_fields = {{
     {"diskinodes", &SampleCounts::diskinodes, &PhysParams::diskinodes},
 }};
 
-// The header lines that the sources print are counted too, on purpose. A host without a packet
-// filter or without the routing tool still gets a rule count: those two are forgiven.
+// The header lines that the sources print are counted too; that is the rule. A host without a
+// packet filter or without the routing tool still gets a rule count: those two are forgiven.
 const std::array<SampleStep, sample_step_count> sample_steps = {{
     {"ps ax | wc -l", parse_count, &SampleCounts::numproc, false},
     {"wc -l < /proc/net/tcp", parse_count, &SampleCounts::numtcpsock, false},
@@ -70,7 +70,7 @@ std::optional<SampleFailure> count_memory(const Host& host, std::size_t step,
     return {};
 }
 
-// Averages the running maximum, not the sample of the pass, on purpose.
+// Of the running maximum, not of the samples: the average nears the largest count from below.
 void update_average(PhysParams& profile, std::int32_t pass_no) {
     const float difference = static_cast<float>(profile.numproc) - profile.avnumproc;
     profile.avnumproc = difference / static_cast<float>(pass_no) + profile.avnumproc;

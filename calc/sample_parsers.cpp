@@ -8,23 +8,17 @@
 
 namespace {
 
-constexpr const char* digits = "0123456789";
-constexpr const char* blanks = " \t";
+using Kiln::blanks_in_line;
+using Kiln::digits;
 
 // The third column of the line that lies in `text` from `begin` to `end`; 0 when the line is too
 // short for it. The conversion starts at a digit, so it cannot run over the end of the line.
 std::int32_t parse_used_column(const std::string& text, std::size_t begin, std::size_t end) {
     const std::string_view line(text.data() + begin, end - begin);
-    std::size_t pos = line.find_first_of(blanks);
-    if (pos != std::string_view::npos) {
-        pos = line.find_first_not_of(blanks, pos);
-    }
-    if (pos != std::string_view::npos) {
-        pos = line.find_first_of(blanks, pos);
-    }
-    if (pos != std::string_view::npos) {
-        pos = line.find_first_of(digits, pos);
-    }
+    std::size_t pos = line.find_first_of(blanks_in_line);  // a search from npos finds nothing
+    pos = line.find_first_not_of(blanks_in_line, pos);
+    pos = line.find_first_of(blanks_in_line, pos);
+    pos = line.find_first_of(digits, pos);
     return pos == std::string_view::npos ? 0 : Kiln::leading_int(text.c_str() + begin + pos);
 }
 

@@ -7,10 +7,6 @@ std::int64_t system_seconds() {
     return static_cast<std::int64_t>(std::time(nullptr));
 }
 
-Clock real_clock() {
-    return {};
-}
-
 ScanSchedule make_schedule(std::int64_t start, std::int32_t scan_time, std::int32_t scan_period) {
     return {start + scan_time, std::min(scan_time, scan_period)};
 }

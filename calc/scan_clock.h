@@ -19,8 +19,6 @@ struct Clock {
     std::function<std::chrono::steady_clock::time_point()> steady = std::chrono::steady_clock::now;
 };
 
-Clock real_clock();
-
 // When the passes of a scan are due. The interval shrinks near the end, so that the last pass falls
 // on the end of the scan, and stays shrunk.
 struct ScanSchedule {

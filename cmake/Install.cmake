@@ -14,6 +14,11 @@ endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
 # By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
+install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONENT program)
+if(TARGET tarnhwplan)
+  install(FILES examples/systemd/tarnhwplan-record.service
+    DESTINATION ${docdir}/examples/systemd COMPONENT program)
+endif()
 install(FILES examples/ansible/scan.yml examples/ansible/servers.ini
   DESTINATION ${docdir}/examples/ansible COMPONENT program)
 

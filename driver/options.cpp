@@ -85,7 +85,7 @@ int check_settings(const TarnHWCalc& calc) {
         std::fputs("--scan-period is 0 while --scan-time is not\n", stderr);
         return usage_error;
     }
-    // Not alike, on purpose: 0 is refused for the memory scale alone.
+    // Not alike: 0 is refused for the memory scale alone; that is the rule.
     if (0 >= calc.mem_scale || 0 > calc.disk_scale) {
         std::fputs("--mem-scale and --disk-scale must be positive\n", stderr);
         return usage_error;

@@ -9,17 +9,18 @@
 
 #include "kiln/files.h"
 #include "kiln/log.h"
+#include "kiln/owners.h"
 
 namespace {
 
 constexpr unsigned config_file_mode = 0600;
 
-int open_for_writing(const char* path, int flags, unsigned mode) {
+Kiln::Descriptor open_for_writing(const char* path, int flags, unsigned mode) {
     int fd = -1;
     do {
         fd = open(path, flags | O_WRONLY | O_TRUNC, mode);
     } while (fd == -1 && errno == EINTR);
-    return fd;
+    return Kiln::Descriptor(fd);
 }
 
 // The descriptor is written to directly: a stream would lose text to an interrupted write.
@@ -33,16 +34,14 @@ void write_standard_output(const std::string& text) {
 }  // namespace
 
 int str2file(const char* path, const char* text, int flags, unsigned mode) {
-    const int fd = open_for_writing(path, flags, mode);
-    if (fd == -1) {
+    const Kiln::Descriptor file = open_for_writing(path, flags, mode);
+    if (!file) {
         return err(-1, errno, "unable to open %s", path);
     }
-    const std::size_t unwritten = Kiln::write_all(fd, text, std::strlen(text));
-    const int write_errno = errno;
-    close(fd);
+    const std::size_t unwritten = Kiln::write_all(file.get(), text, std::strlen(text));
     if (unwritten != 0) {
-        return err(-1, write_errno, "unable to write %d bystes to the %s",
-                   static_cast<int>(unwritten), path);
+        return err(-1, errno, "unable to write %d bystes to the %s", static_cast<int>(unwritten),
+                   path);
     }
     return 0;
 }

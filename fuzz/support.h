@@ -1,10 +1,16 @@
-// What the fuzz targets share: the input as text and in sections, and the check of what must hold.
+// What the fuzz targets share: the input as text, in sections and as numbers, the check of what
+// must hold, and a console that is closed.
 #pragma once
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -28,6 +34,45 @@ inline std::vector<std::string> sections(const std::uint8_t* data, std::size_t s
     texts.push_back(rest);
     return texts;
 }
+
+// Numbers from the input's bytes, with zeros behind its end, and the text that is left.
+class Bytes {
+public:
+    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+    template <class Number>
+    Number next() {
+        Number number{};
+        const std::size_t length = std::min(sizeof number, size_);
+        if (length > 0) {
+            std::memcpy(&number, data_, length);
+            data_ += length;
+            size_ -= length;
+        }
+        return number;
+    }
+
+    std::string rest() const { return text_of(data_, size_); }
+
+private:
+    const std::uint8_t* data_;
+    std::size_t size_;
+};
+
+// No write to standard error succeeds for as long as it lives, and none to standard output from
+// then on, which the fuzzer does not use.
+class ClosedConsole {
+public:
+    ClosedConsole() { dup2(nowhere_, STDERR_FILENO); }
+    ~ClosedConsole() { dup2(kept_, STDERR_FILENO); }
+    ClosedConsole(const ClosedConsole&) = delete;
+    ClosedConsole& operator=(const ClosedConsole&) = delete;
+
+private:
+    static inline const int nowhere_ = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    static inline const int kept_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    static inline const int output_ = dup2(nowhere_, STDOUT_FILENO);
+};
 
 // Ends the run, which the fuzzer reports as a crash with its input, unless the claim holds.
 inline void require(bool holds, const char* claim) {

@@ -8,9 +8,6 @@
 
 #include "kiln/result.h"
 
-// What messages call the live mount table, wherever it is.
-inline constexpr const char* live_table_name = "/etc/mtab";
-
 // One line of a mount table, its octal escapes decoded; a missing field is empty.
 struct MountEntry {
     std::string device;

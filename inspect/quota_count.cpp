@@ -55,8 +55,7 @@ void add_device(const QuotaMgmt& quota_mgmt, const std::string& device, QuotaIds
 Kiln::Result<std::uint32_t> count_quota_ids(const Host& host) {
     const auto table = read_mount_table(host.paths.mtab);
     if (const auto* reason = std::get_if<Kiln::Reason>(&table)) {
-        return Kiln::Reason{std::string("Error opening '") + live_table_name +
-                            "': " + reason->text};
+        return Kiln::Reason{"Error opening '" + host.paths.mtab + "': " + reason->text};
     }
     const QuotaMgmt quota_mgmt(host);
     QuotaIds ids;

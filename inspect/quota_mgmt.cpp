@@ -7,7 +7,6 @@
 #include <cstring>
 #include <vector>
 
-#include "inspect/mount_table.h"
 #include "inspect/shell_word.h"
 #include "kiln/files.h"
 #include "kiln/log.h"
@@ -59,14 +58,14 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
     if (stat(name, &wanted) != 0) {
         return err(-1, 0, "Partition or mount point '%s' does not exist", name);
     }
+    const std::string& mtab = host_.paths.mtab;
     std::string table;
-    if (const int error = Kiln::get_file(host_.paths.mtab, table)) {
-        return err(-1, 0, "Error reading '%s': %s", live_table_name, std::strerror(error));
+    if (const int error = Kiln::get_file(mtab, table)) {
+        return err(-1, 0, "Error reading '%s': %s", mtab.c_str(), std::strerror(error));
     }
     const std::vector<std::string> fields = find_mount_line(table, wanted);
     if (fields.empty()) {
-        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name,
-                   live_table_name);
+        return err(-1, 0, "Partition or mount point '%s' is missing from %s", name, mtab.c_str());
     }
     for (const std::string& option : Kiln::split(",", fields[options_field], 0)) {
         usr = usr || option == "usrquota" || option == "quota";

@@ -37,8 +37,8 @@ struct NSAttrs {
 struct NetIface {
     std::uint32_t if_type = 0;  // one kind bit of libtarnnet (IFT_GENERIC and so on)
     std::string ifname;
-    std::vector<std::string>
-        ip_addresses;   // without prefix lengths; "127.0.0.1" is never among them
+    // Without prefix lengths; "127.0.0.1" is never among them.
+    std::vector<std::string> ip_addresses;
     bool dhcp = false;  // the first configured address is exactly "dhcp"
 };
 

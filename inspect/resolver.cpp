@@ -8,15 +8,16 @@
 
 namespace {
 
-constexpr const char* blanks = " \t";
+using Kiln::blanks_in_line;
+
 constexpr std::size_t npos = std::string::npos;
 
 void append_words(const std::string& text, std::vector<std::string>& words) {
-    std::size_t begin = text.find_first_not_of(blanks);
+    std::size_t begin = text.find_first_not_of(blanks_in_line);
     while (begin != npos) {
-        const std::size_t end = text.find_first_of(blanks, begin);
+        const std::size_t end = text.find_first_of(blanks_in_line, begin);
         words.push_back(text.substr(begin, end - begin));
-        begin = text.find_first_not_of(blanks, end);
+        begin = text.find_first_not_of(blanks_in_line, end);
     }
 }
 
@@ -27,7 +28,7 @@ NSAttrs parse_resolver(const std::string& text) {
     NSAttrs attrs;
     for (std::string line : Kiln::split("\n", text, 0)) {
         Kiln::strip(line);
-        const std::size_t keyword_end = line.find_first_of(blanks);
+        const std::size_t keyword_end = line.find_first_of(blanks_in_line);
         if (keyword_end == npos) {
             continue;
         }

@@ -9,6 +9,7 @@
 namespace Kiln {
 
 inline constexpr const char* digits = "0123456789";
+inline constexpr const char* blanks_in_line = " \t";  // what separates the words of a line
 
 bool contains(std::string_view text, std::string_view part);
 

@@ -105,6 +105,7 @@ void add_remarks(const std::vector<Sighting>& sightings, CountStory& story) {
     } else if (story.least < most && is_late(sightings, story.peak->time_ms)) {
         story.remarks.emplace_back("the peak came in the last tenth of the time: watch longer");
     }
+    story.may_grow = !story.remarks.empty();
     if (most <= story.median * steady_ratio) {
         story.remarks.emplace_back("it varies little");
     } else if (most >= story.median * jumping_ratio && most - story.median >= jumping_least) {

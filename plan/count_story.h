@@ -27,6 +27,7 @@ struct CountStory {
     std::int32_t least = 0;
     std::int32_t median = 0;
     std::vector<std::string> remarks;  // steady or jumping, a late peak, still rising
+    bool may_grow = false;             // more may be to come: then the first remark says why
 };
 
 // In the order of sample_fields, without the floors.

@@ -33,7 +33,7 @@ TEST(TarnHWCalc, ReasonsBecomeCodes) {
     EXPECT_EQ(profile.lockedpages, 100);
     calc.host.paths.mtab = "/nonexistent/mtab";
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_MTAB);
-    EXPECT_STREQ(calc.error_text, "Error opening '/etc/mtab': No such file or directory");
+    EXPECT_STREQ(calc.error_text, "Error opening '/nonexistent/mtab': No such file or directory");
     calc.host.paths.proc = "/nonexistent/proc";
     EXPECT_EQ(calc.calcMemInfoByVmSize(&profile), TarnHWCalc::ERR_PROC);
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_PROC);

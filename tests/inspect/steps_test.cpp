@@ -202,11 +202,14 @@ TEST_F(QuotaCount, AMountTableThatCannotBeReadIsTheReason) {
         host.paths.mtab = table;
         reasons += "; " + count();
     }
-    EXPECT_EQ(reasons,
-              "Error opening '/etc/mtab': No such file or directory; "
-              "Error opening '/etc/mtab': Is a directory; "
-              "Error opening '/etc/mtab': Input/output error; "
-              "Error opening '/etc/mtab': Operation not supported");
+    EXPECT_EQ(reasons, "Error opening '" + path("mtab") +
+                           "': No such file or directory; "
+                           "Error opening '" +
+                           root +
+                           "': Is a directory; "
+                           "Error opening '/proc/self/mem': Input/output error; "
+                           "Error opening '" +
+                           path("fifo") + "': Operation not supported");
 }
 
 TEST_F(QuotaMount, IsFoundByTheIdentityOfTheFile) {
@@ -218,14 +221,15 @@ TEST_F(QuotaMount, IsFoundByTheIdentityOfTheFile) {
         const int result = QuotaMgmt(host).quota_is_enabled_phys(name, usr, grp, &where);
         return std::to_string(result) + testing::internal::GetCapturedStderr();
     };
-    EXPECT_EQ(find("/dev/null"), "-1Error: Error reading '/etc/mtab': No such file or directory\n");
+    EXPECT_EQ(find("/dev/null"),
+              "-1Error: Error reading '" + path("mtab") + "': No such file or directory\n");
     // No word, a lone one, an empty field, lines that end early, and two that match. The roots of
     // two file systems of the kernel have the same inode number.
     put("mtab",
         "\nnone\n/dev/gone  /dev/zero ext4 usrquota\n/dev/full /m\\040x\n/sys /s ext4 usrquota\n"
         "none /proc ext4 quota,grpquota 0 0\n/dev/full /late ext4 usrquota\n");
-    EXPECT_EQ(find("/dev/null"),
-              "-1Error: Partition or mount point '/dev/null' is missing from /etc/mtab\n");
+    EXPECT_EQ(find("/dev/null"), "-1Error: Partition or mount point '/dev/null' is missing from " +
+                                     path("mtab") + "\n");
     EXPECT_TRUE(!usr && !grp && where == "as it was");
     EXPECT_EQ(find("/dev/../proc/."), "0");
     EXPECT_TRUE(usr && grp && where == "/proc");

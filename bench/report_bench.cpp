@@ -1,0 +1,96 @@
+// What the page of a large fleet costs: 300 servers, each watched for a week every five minutes.
+//
+//     report_bench [--quick] PROGRAM
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "bench/bench_support.h"
+#include "plan/recording.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double seconds_limit = 10.0;
+constexpr double memory_limit_mb = 500.0;
+constexpr double page_limit_mb = 30.0;
+
+constexpr int servers = 300;
+constexpr int passes = 2016;
+constexpr std::int32_t period_seconds = 300;
+
+// Numbers as long as those of a busy server, and no two passes alike.
+std::string recording_text(int server) {
+    RecordingHeader header;
+    header.version = "1.0";
+    header.host = "node" + std::to_string(server) + ".example.org";
+    header.machine = "x86_64";
+    header.kernel = "5.10.0";
+    header.page_size = 4096;
+    header.spans = {passes * period_seconds, period_seconds};
+    std::string text = header_line(header);
+    for (int number = 1; number <= passes; ++number) {
+        RecordedPass pass;
+        pass.number = number;
+        pass.at_ms = std::int64_t{number} * period_seconds * 1000;
+        pass.taken.set();
+        for (const SampleField& field : sample_fields) {
+            pass.counts.*field.count = 100000 + (number * 7919 + server) % 90000;
+        }
+        text += pass_line(pass);
+    }
+    return text + summary_line(Summary());
+}
+
+void write_fleet(const fs::path& folder) {
+    fs::create_directories(folder);
+    for (int server = 0; server < servers; ++server) {
+        std::ofstream(folder / (std::to_string(server) + ".jsonl")) << recording_text(server);
+    }
+}
+
+rusage run(const std::string& program, const fs::path& fleet, const fs::path& page) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+        execl(program.c_str(), program.c_str(), "report", fleet.c_str(), "-o", page.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage{};
+    if (pid == -1 || wait4(pid, &status, 0, &usage) != pid || status != 0)
+        Bench::give_up(program.c_str());
+    return usage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Bench::Options options(argc, argv);
+    char folder[] = "/tmp/report_bench.XXXXXX";
+    if (options.arguments.size() != 1 || mkdtemp(folder) == nullptr) {
+        std::fputs("usage: report_bench [--quick] PROGRAM\n", stderr);
+        return 2;
+    }
+    const fs::path page = fs::path(folder) / "report.html";
+    write_fleet(fs::path(folder) / "fleet");
+    rusage usage{};
+    const double seconds =
+        Bench::seconds([&] { usage = run(options.arguments[0], fs::path(folder) / "fleet", page); },
+                       Bench::Timing::wall);
+
+    Bench::Table table;
+    table.bound("page of 300 servers with 2016 passes each", seconds, seconds_limit, " s");
+    table.bound("  peak memory", static_cast<double>(usage.ru_maxrss) / 1024.0, memory_limit_mb,
+                " MB");
+    table.bound("  its size", static_cast<double>(fs::file_size(page)) / 1e6, page_limit_mb, " MB");
+    fs::remove_all(folder);
+    return table.exit_status();
+}
