@@ -157,7 +157,8 @@ public:
 
 private:
     void check_sample_step(std::size_t step);
-    void judge_sample_step(const json& report, bool forgiven, CheckedStep& checked);
+    void judge_sample_step(const json& report, bool forgiven, bool is_complete,
+                           CheckedStep& checked);
     void check_one_shot_step(OneShotStep step);
     void check_descriptors();
     void check_mounts();
@@ -177,24 +178,27 @@ void Checker::check_sample_step(std::size_t step) {
     checked.command = is_command ? row.command : host_.paths.proc + "/*/status";
     checked.took_ms = task.took_ms;
     checked.lines = lines_on_sample_step(step);
+    CheckFindings missing;
+    if (is_command) {
+        missing = missing_programs(row.command, search_path(), checked.lines);
+    }
     if (task.end == BoundedTask::End::finished) {
-        judge_sample_step(json::parse(task.text), row.forgiven, checked);
+        judge_sample_step(json::parse(task.text), row.forgiven, missing.empty(), checked);
     } else {
         checked.result = too_long_text(limit_seconds_);
     }
-    if (is_command) {
-        append(check_.findings, missing_programs(row.command, search_path(), checked.lines));
-    }
+    append(check_.findings, missing);
     check_.steps.push_back(checked);
 }
 
-void Checker::judge_sample_step(const json& report, bool forgiven, CheckedStep& checked) {
+void Checker::judge_sample_step(const json& report, bool forgiven, bool is_complete,
+                                CheckedStep& checked) {
     const std::string failure = text_member(report, failure_name);
     const std::string objection = text_member(report, objection_name);
     checked.succeeded = failure.empty();
     checked.forgiven = forgiven;
     checked.result = checked.succeeded ? text_member(report, found_name) : failure;
-    if (!objection.empty()) {
+    if (!objection.empty() && is_complete) {
         check_.findings.push_back(
             {checked.command + ": " + objection, "see what it prints by hand"});
     }

@@ -36,7 +36,7 @@ std::string seconds_text(std::int64_t milliseconds) {
 }
 
 std::string counts_text(const RecordedPass& pass) {
-    const std::string name = "tarnhwplan_last_count";
+    const std::string name = "tarnhwplan_last_seen";
     std::string text = heading(name, "What the last pass counted.");
     for (std::size_t i = 0; i < sample_fields.size(); ++i) {
         if (pass.taken.test(i)) {
@@ -117,7 +117,7 @@ Command add_metrics(CLI::App& program) {
         program.add_subcommand("metrics", "Print the last pass and the limits as OpenMetrics");
     const auto options = std::make_shared<Options>();
     add_scale_options(*app, options->scales);
-    app->add_option("-o,--out", options->out_path, "Write to this file, whole or not at all");
+    app->add_option("-o,--out", options->out_path, "Write to this file");
     app->add_option("recording", options->path, "The recording")->required();
     return {app, [options] { return run(*options); }};
 }

@@ -8,7 +8,7 @@
 
 #include "calc/scan_clock.h"
 #include "kiln/files.h"
-#include "plan/commands.h"
+#include "plan/messages.h"
 #include "plan/one_shot_steps.h"
 
 namespace {

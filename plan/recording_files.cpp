@@ -5,7 +5,7 @@
 #include <variant>
 
 #include "kiln/files.h"
-#include "plan/commands.h"
+#include "plan/messages.h"
 
 Kiln::Result<NamedRecording> read_recording(const std::string& path) {
     std::string text;
