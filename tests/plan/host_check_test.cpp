@@ -149,9 +149,9 @@ TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
         failures_ = {{sample_steps[step].command, "it does not want to\n"}};
         const HostCheck check = check_host(host_);
         EXPECT_EQ(check.run_succeeds(), sample_steps[step].forgiven) << step;
-        EXPECT_EQ(check.steps[step].result,
-                  "Error running '" + std::string(sample_steps[step].command) +
-                      "':\nit does not want to\n");
+        EXPECT_EQ(check.steps[step].result, "Error running '" +
+                                                std::string(sample_steps[step].command) +
+                                                "':\nit does not want to\n");
         EXPECT_EQ(own(check.findings).empty(), !sample_steps[step].forgiven);
     }
     failures_.clear();
