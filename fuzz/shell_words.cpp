@@ -18,6 +18,12 @@ std::string expanded(const std::string& text) {
     return word;
 }
 
+// A mount table's escape, three octal digits behind a backslash.
+bool is_escape(const std::string& text) {
+    return text.size() == 4 && text.find_first_not_of("01234567", 1) == std::string::npos &&
+           std::strtoul(&text[1], nullptr, 8) <= 255;
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -27,6 +33,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         fuzz::require(text.find_first_of("|&;<>()$`\\\"' \t\n*?[#~{") != std::string::npos,
                       "an ordinary name is refused");
         return 0;
+    }
+    for (std::size_t at = text.find('\\'); at < text.size(); at = text.find('\\', at + 1)) {
+        fuzz::require(is_escape(text.substr(at, 4)), "the only backslashes are the table's");
     }
     // Unlike a shell, the library minds a closing brace that nothing opened, and takes "/a=~" for
     // an assignment.

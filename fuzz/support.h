@@ -3,6 +3,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sanitizer/common_interface_defs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -59,25 +60,30 @@ private:
     std::size_t size_;
 };
 
+// Where findings are told, whatever becomes of standard error meanwhile.
+inline const int console = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+
 // No write to standard error succeeds for as long as it lives, and none to standard output from
 // then on, which the fuzzer does not use.
 class ClosedConsole {
 public:
-    ClosedConsole() { dup2(nowhere_, STDERR_FILENO); }
-    ~ClosedConsole() { dup2(kept_, STDERR_FILENO); }
+    ClosedConsole() {
+        static const int nowhere = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        static const int output = dup2(nowhere, STDOUT_FILENO);
+        static_cast<void>(output);
+        dup2(nowhere, STDERR_FILENO);
+        __sanitizer_set_report_fd(reinterpret_cast<void*>(std::intptr_t{console}));
+    }
+    ~ClosedConsole() { dup2(console, STDERR_FILENO); }
     ClosedConsole(const ClosedConsole&) = delete;
     ClosedConsole& operator=(const ClosedConsole&) = delete;
-
-private:
-    static inline const int nowhere_ = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    static inline const int kept_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    static inline const int output_ = dup2(nowhere_, STDOUT_FILENO);
 };
 
 // Ends the run, which the fuzzer reports as a crash with its input, unless the claim holds.
 inline void require(bool holds, const char* claim) {
     if (!holds) {
-        std::fprintf(stderr, "broken: %s\n", claim);
+        dprintf(console, "broken: %s\n", claim);
+        dup2(console, STDERR_FILENO);
         std::abort();
     }
 }

@@ -85,6 +85,10 @@ int run(const Options& options) {
         say(error);
         return status_io;
     }
+    if (sources.empty()) {
+        say("there is neither a NAME.jsonl nor a NAME.failed");
+        return status_io;
+    }
     for (const ReportSource& source : sources) {
         fleet.servers.push_back(read_server(source, scales));
     }
