@@ -68,6 +68,7 @@ Recorder::Recorder(RecordFile& file, const Host& host, const StopSignals& stop)
 void Recorder::append(const std::string& lines) {
     const std::string trouble = file_.append(lines);
     if (!trouble.empty()) {
+        hide_progress();
         throw RecordTrouble(trouble);
     }
 }
@@ -79,10 +80,14 @@ void Recorder::cut(std::uint64_t size) {
     }
 }
 
-void Recorder::complain(const std::string& text) {
+void Recorder::hide_progress() {
     if (shows_progress_) {
         progress_line_.finished();
     }
+}
+
+void Recorder::complain(const std::string& text) {
+    hide_progress();
     say(text);
     flawed_ = true;
 }
@@ -94,9 +99,7 @@ void Recorder::record(ScanSpans spans) {
     if (wants_passes_) {
         take_passes();
     }
-    if (shows_progress_) {
-        progress_line_.finished();
-    }
+    hide_progress();
     if (wants_summary_) {
         take_steps();
     }

@@ -44,6 +44,7 @@ private:
     bool take_pass();
     void wait(std::int32_t seconds);
     void tell(std::int64_t next_pass_seconds);
+    void hide_progress();
     void take_steps();
     void append(const std::string& lines);
     void cut(std::uint64_t size);
