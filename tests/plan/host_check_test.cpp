@@ -158,8 +158,10 @@ TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
     fs::remove(folder_ + "/mtab");
     fs::remove_all(folder_ + "/proc");
     const HostCheck check = check_host(host_);
-    EXPECT_EQ(check.steps[4].result, "Error opening /proc: No such file or directory");
-    EXPECT_EQ(check.steps[11].result, "Error opening '/etc/mtab': No such file or directory");
+    EXPECT_EQ(check.steps[4].result,
+              "Error opening " + host_.paths.proc + ": No such file or directory");
+    EXPECT_EQ(check.steps[11].result,
+              "Error opening '" + host_.paths.mtab + "': No such file or directory");
 }
 
 TEST_F(MadeUpHost, AStepThatHangsIsLeft) {
