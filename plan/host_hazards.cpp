@@ -170,9 +170,10 @@ CheckFindings search_path_hazards(const std::string& path) {
     CheckFindings findings;
     for (const std::string& folder : folders_of(path)) {
         if (folder.empty() || folder[0] != '/') {
-            findings.push_back({"PATH has " + (folder.empty() ? "an empty word" : folder) +
-                                    ": commands may come from the working directory",
-                                "have only absolute folders in PATH"});
+            const std::string word = folder.empty() ? "an empty word" : folder;
+            findings.push_back(
+                {"PATH has " + word + ": commands may come from the working directory",
+                 "have only absolute folders in PATH"});
         } else {
             add_folder_hazard(folder, findings);
         }
