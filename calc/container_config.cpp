@@ -25,7 +25,7 @@ constexpr CountRule numothersock_rule = {"numothersock", &PhysParams::numotherso
                                          Factor::memory};
 constexpr CountRule numfile_rule = {"numfile", &PhysParams::numfile, 9312, true, Factor::memory};
 constexpr CountRule numpty_rule = {"numpty", &PhysParams::numpty, 255, false, Factor::none};
-// The floor after the scaling, unlike the other counts, on purpose.
+// The floor after the scaling, unlike the other counts; that is the rule.
 constexpr CountRule privvmpages_rule = {"privvmpages", &PhysParams::privvmpages, 65536, false,
                                         Factor::memory};
 constexpr CountRule lockedpages_rule = {"lockedpages", &PhysParams::lockedpages, 256, true,
@@ -300,8 +300,8 @@ void Computation::add_disk_lines() {
 
 void Computation::add_memory_limit_line() {
     kmem_total_ = scales_.memory * kmem_total_;
-    // The product wraps in 32 bits, on purpose: with pages of 4 KiB the cap lies one page below
-    // 2^64.
+    // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one page
+    // below 2^64.
     const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
@@ -320,7 +320,7 @@ void Computation::add_memory_limit_line() {
 void Computation::add_identity_lines() {
     add_text("DISTRIBUTION", p_.distribution);
     add_text("HOSTNAME", p_.hostname);
-    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // a comment in the configuration, on purpose
+    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // the "#" makes it a comment there
     add_text("SEARCHDOMAIN", joined(p_.ns_attrs.search_domains));
     add_text("NAMESERVER", joined(p_.ns_attrs.nameservers));
     add_text("FEATURES", p_.nfs_used ? "nfs:on" : "");

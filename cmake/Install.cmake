@@ -6,16 +6,21 @@ set(docdir ${CMAKE_INSTALL_DATADIR}/doc/tarnhwcalc)
 foreach(program tarnhwcalc tarnhwplan)
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT program)
-    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program OPTIONAL)
+    install(FILES doc/${program}.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT program)
     install(FILES completions/${program}
-      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program OPTIONAL)
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
   endif()
 endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
-# By name: whoever scans from here has results and the program beside the playbook.
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
-install(FILES examples/ansible/scan.yml examples/ansible/servers.ini
-  DESTINATION ${docdir}/examples/ansible COMPONENT program)
+install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONENT program)
+if(TARGET tarnhwplan)
+  install(FILES examples/systemd/tarnhwplan-record.service
+    DESTINATION ${docdir}/examples/systemd COMPONENT program)
+  # Whoever records from here has results beside the playbooks.
+  install(DIRECTORY examples/ansible DESTINATION ${docdir}/examples COMPONENT program
+    FILES_MATCHING PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.j2" PATTERN results EXCLUDE)
+endif()
 
 install(TARGETS tarnnet_static tarnnet_shared EXPORT tarnnet
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development

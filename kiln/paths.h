@@ -1,5 +1,5 @@
-// Where the command runner finds what it asks the kernel for. The defaults are the real host; only
-// tests hand in others.
+// Where this folder finds what it asks the kernel for. The defaults are the real host; only tests
+// hand in others.
 #pragma once
 
 namespace Kiln {
@@ -9,6 +9,7 @@ struct Paths {
     const char* core_uses_pid = "/proc/sys/kernel/core_uses_pid";
     // Lists the open descriptors of whoever reads it.
     const char* own_descriptors = "/proc/self/fd";
+    const char* null_device = "/dev/null";
 };
 
 }  // namespace Kiln

@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "kiln/file_size_signal.h"
+#include "kiln/paths.h"
 
 namespace {
 
@@ -33,7 +34,7 @@ void raise_stack_limit() {
 void fill_closed_standard_descriptors() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
         if (fcntl(fd, F_GETFD) == -1) {
-            open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+            open(Kiln::Paths().null_device, fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
         }
     }
 }

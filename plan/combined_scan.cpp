@@ -1,8 +1,9 @@
 #include "plan/combined_scan.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
+
+#include "plan/line_sources.h"
 
 namespace {
 
@@ -91,28 +92,6 @@ void keep_findings(const Findings& findings, CombinedScan& scan) {
     }
 }
 
-// The lines that come from the one-shot steps; the other lines come from the counts.
-struct StepLine {
-    const char* line;
-    OneShotStep step;
-};
-
-constexpr StepLine step_lines[] = {
-    {"QUOTAUGIDLIMIT", OneShotStep::quotas}, {"DISTRIBUTION", OneShotStep::distribution},
-    {"HOSTNAME", OneShotStep::host_name},    {"#IP_ADDRESS", OneShotStep::interfaces},
-    {"SEARCHDOMAIN", OneShotStep::resolver}, {"NAMESERVER", OneShotStep::resolver},
-    {"FEATURES", OneShotStep::mounts},
-};
-
-std::optional<OneShotStep> step_of(const char* line) {
-    for (const StepLine& row : step_lines) {
-        if (std::strcmp(row.line, line) == 0) {
-            return row.step;
-        }
-    }
-    return {};
-}
-
 // Why the step's line cannot be computed; empty when it can.
 std::string missing_finding(const CombinedScan& scan, OneShotStep step) {
     // The first line of a recording has the host name as well.
@@ -146,7 +125,7 @@ std::string missing_count(const CombinedScan& scan, const ConfigLine& line) {
 }
 
 std::string why_missing(const CombinedScan& scan, const ConfigLine& line) {
-    const std::optional<OneShotStep> step = step_of(line.name);
+    const std::optional<OneShotStep> step = step_behind(line.name);
     return step ? missing_finding(scan, *step) : missing_count(scan, line);
 }
 

@@ -37,17 +37,15 @@ std::int64_t interval_ms(const Recording& recording) {
     return std::int64_t{std::min(spans.time, spans.period)} * 1000 + mean_took_ms(recording);
 }
 
-// One at the start, one after each interval, the last at the end. A scan counts whole seconds, so
-// the last one may have no room.
+// One at the start, one after each interval, and one at the end where that is a while after. A scan
+// counts whole seconds, so within a second of the end there may be none.
 std::int64_t planned_passes(const Recording& recording) {
     const std::int64_t time_ms = std::int64_t{recording.spans().time} * 1000;
     const std::int64_t interval = interval_ms(recording);
-    if (time_ms == 0) {
+    if (time_ms == 0 || interval == 0) {
         return 1;
     }
-    const std::int64_t planned = (time_ms + interval - 1) / std::max<std::int64_t>(interval, 1) + 1;
-    const auto taken = static_cast<std::int64_t>(recording.passes.size());
-    return taken == planned - 1 && recording.last_ms() > time_ms - 1000 ? taken : planned;
+    return time_ms / interval + (time_ms % interval >= 1000 ? 2 : 1);
 }
 
 class Measurement {

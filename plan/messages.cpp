@@ -1,4 +1,5 @@
-// What the commands share: their messages and their results.
+#include "plan/messages.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,7 +10,8 @@
 #include "calc/arguments.h"
 #include "kiln/files.h"
 #include "kiln/owners.h"
-#include "plan/commands.h"
+#include "kiln/strings.h"
+#include "plan/printable.h"
 
 namespace {
 
@@ -40,23 +42,17 @@ bool read_scale(const char* option, const std::optional<std::string>& given, flo
     return true;
 }
 
-constexpr const char* mem_scale_option = "--mem-scale";
-constexpr const char* disk_scale_option = "--disk-scale";
-
 }  // namespace
 
-void add_scale_options(CLI::App& app, ScaleOptions& options) {
-    app.add_option(mem_scale_option, options.memory, "Factor for counts and memory, 1.2");
-    app.add_option(disk_scale_option, options.disk, "Factor for the disk, 1.5");
-}
-
 bool read_scales(const ScaleOptions& options, ConfigScales& scales) {
-    return read_scale(mem_scale_option, options.memory, scales.memory) &&
-           read_scale(disk_scale_option, options.disk, scales.disk);
+    return read_scale("--mem-scale", options.memory, scales.memory) &&
+           read_scale("--disk-scale", options.disk, scales.disk);
 }
 
 void say(const std::string& text) {
-    const std::string line = "tarnhwplan: " + text + "\n";
+    const std::vector<std::string> lines = Kiln::split("\n", text, 0);
+    const std::string words = Kiln::join(" ", lines.begin(), lines.end());
+    const std::string line = "tarnhwplan: " + printable(words) + "\n";
     static_cast<void>(Kiln::write_all(STDERR_FILENO, line.data(), line.size()));
 }
 

@@ -88,6 +88,10 @@ TEST(ContainerConfig, TheEndsOfTheCounts) {
     p.quotaugidlimit = 600;
     p.privvmpages = 60000;  // 72000 is above the floor that 60000 is below
     expect_lines(configuration(p), {"QUOTAUGIDLIMIT=1200", "PRIVVMPAGES=72000:79200"});
+    PhysParams crowd;
+    crowd.numproc = 500;
+    crowd.avnumproc = 400.0F;  // 32 files each, of the average
+    expect_lines(configuration(crowd), {"NUMFILE=15360:15360"});
     // 1.2 x (22414616 + 3 x 28311552 + 262144 + 65536 x (72089 + 307)), a float at every step.
     expect_lines(configuration({}, {}, 65536), {"SLMMEMORYLIMIT=5822587392:5822587392"});
 }

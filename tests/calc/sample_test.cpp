@@ -132,7 +132,8 @@ TEST(MemoryScan, TakesTheProcessesAndStopsAtTheMachinesPages) {
     MadeUpHost made_up;
     const auto scanned = [&] { return std::get<MemoryPages>(scan_memory(made_up.host)); };
     made_up.process("12", "PPid:\t0\nVmSize:\t4095 kB\nVmLck:\t40007 kB\n");
-    made_up.process("123abc", "PPid:\t1\nVmSize:\t999999 kB\n");
+    made_up.process("12abc", "PPid:\t1\nVmSize:\t999999 kB\n");
+    made_up.process("15", "PPid:\t0\nVmRSS:\t1 kB\n");  // unlike its sibling: all are counted
     std::filesystem::create_directories(made_up.root + "/13");         // ended meanwhile
     std::filesystem::create_directories(made_up.root + "/14/status");  // cannot be read
     EXPECT_EQ(scanned().privvmpages, 1023);

@@ -89,6 +89,7 @@ TEST(Options, FillTheSettings) {
     EXPECT_TRUE(std::isnan(parse({"--mem-scale", "nan"}).calc.mem_scale));
     const Parsed refused = parse({"--mem-scale", "-3", "-t", "1h"});
     EXPECT_EQ(refused.result, -1);
+    EXPECT_EQ(parse({"--disk-scale", "0"}).result, -1);
     EXPECT_EQ(refused.calc.mem_scale, -3.0F) << "stored before it is checked";
     EXPECT_EQ(refused.calc.scan_time, 0) << "an error ends parsing at once";
 }

@@ -76,9 +76,8 @@ pid_t tarnctl_env_exec_fn_async(uint32_t veid, const char* root, int (*function)
     EXPECT_STREQ(root, "/containers/root");
     const pid_t child = fork();
     if (child == 0) {
-        const std::string id = std::to_string(veid);
         const char last = static_cast<char>(veid);
-        kernel_messages = {link_message(1, "eth" + id, "\2abcde"), link_message(2, "tun" + id, ""),
+        kernel_messages = {link_message(1, "eth0", "\2abcde"), link_message(2, "tun0", ""),
                            address_message(AF_INET, 1, last), address_message(AF_INET6, 1, last)};
         _exit(function(argument));
     }
@@ -89,16 +88,21 @@ pid_t tarnctl_env_exec_fn_async(uint32_t veid, const char* root, int (*function)
 namespace {
 
 TEST_F(MadeUpHost, HasContainersReadFromWithinOneByOneOrInAWideRangeByTheirState) {
-    kernel_messages = {link_message(1, "host0", "\2abcde")};
+    kernel_messages = {link_message(1, "eth0", "\2abcde")};
+    write(state.host.pair_devices, "Version: 1.0\nm veth m tun0 101\n");
     EXPECT_EQ(inventory(TARNNET_READ_IPV4 | TARNNET_READ_IPV6, 101, 101),
-              (Lines{"101:tun101 1 [] []", "101:eth101 2 [10.1.0.101/24,fd00::65/64] []"}));
-    const Lines rising = {"102:tun102 1 [] []", "102:eth102 2 [] []", "101:tun101 1 [] []",
-                          "101:eth101 2 [] []"};
-    EXPECT_EQ(inventory(0, 91, 102), rising) << "twelve ids, in their order";
-    const Lines falling = {rising[2], rising[3], rising[0], rising[1]};
-    EXPECT_EQ(inventory(0, 90, 102), falling) << "the running ones, last id first";
-    EXPECT_EQ(inventory(0, 0, 0x7fffffff).size(), 6u) << "without the host";
-    EXPECT_EQ(inventory(0, 0, 0), Lines{"host0 2 [] []"});
+              (Lines{"101:tun0 1 [] []", "101:eth0 2 [10.1.0.101/24,fd00::65/64] []"}));
+    std::filesystem::remove(state.host.pair_devices);
+    const Lines of_101 = {"101:tun0 1 [] []", "101:eth0 2 [] []"};
+    const Lines of_102 = {"102:tun0 1 [] []", "102:eth0 2 [] []"};
+    EXPECT_EQ(inventory(0, 91, 102), (Lines{of_102[0], of_102[1], of_101[0], of_101[1]}))
+        << "twelve ids, in their order";
+    EXPECT_EQ(inventory(0, 90, 102), (Lines{of_101[0], of_101[1], of_102[0], of_102[1]}))
+        << "the running ones, last id first";
+    tarnnet_info* all = tarnnet_get_info(0, nullptr);
+    EXPECT_EQ(lines_of(all).size(), 6u) << "without the host";
+    tarnnet_release_info(all);
+    EXPECT_EQ(inventory(0, 0, 0), Lines{"eth0 2 [] []"});
     EXPECT_EQ(inventory(0, 9, 8), Lines{});
     EXPECT_EQ(inventory(0, ~0u - 1, ~0u), Lines{});
     EXPECT_EQ(still_given_out, 0);

@@ -2,6 +2,7 @@
 #include "netinfo/link_facts.h"
 
 #include "made_up_host.h"
+#include "netinfo/live_read.h"
 #include "rtnl.h"
 
 namespace {
@@ -42,7 +43,7 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
     } cases[] = {
         {AF_INET, 24, {{IFA_ADDRESS, near}, {IFA_LOCAL, near}}, "10.0.0.1/24"},
         {AF_INET, 8, {{IFA_LOCAL, far}}, "192.168.255.100/8"},
-        {AF_INET, 32, {{IFA_ADDRESS, far}, {IFA_LOCAL, near}}, "10.0.0.1"},
+        {AF_INET, 32, {{IFA_ADDRESS, {"\12\0\0\2", 4}}, {IFA_LOCAL, near}}, "10.0.0.1"},
         {AF_INET6, 64, {{IFA_ADDRESS, near6}}, "fd00::1/64"},
         {AF_INET6, 128, {{IFA_ADDRESS, far6}, {IFA_LOCAL, near6}}, "fd00::1"},
         // Only four bytes are compared.
@@ -57,6 +58,8 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
             make_message(RTM_NEWADDR, ifaddrmsg{c.family, c.prefix, 0, 0, 7}, c.attributes);
         EXPECT_EQ(parse_address(header_of(message), &entry), *c.expected != '\0');
         EXPECT_STREQ(entry.text, c.expected);
+        header_of(message)->nlmsg_type = RTM_DELADDR;
+        EXPECT_FALSE(parse_address(header_of(message), &entry));
     }
 }
 
@@ -73,20 +76,23 @@ TEST(Message, IsSeenAsAStructureWhenItIsLongEnoughOnly) {
     }
 }
 
-TEST(Tables, KeepTheOrderOfALinksAddressesAndCutThemAt1023Characters) {
-    link_tables tables;
-    std::string whole;
-    for (char last = 120; last >= 20; --last) {
-        for (const uint32_t link : {9u, 2u}) {
-            std::string message = address_message(AF_INET, link, last);
-            ASSERT_EQ(collect_address(&tables, header_of(message)), 0);
-        }
-        whole += "10.1.0." + std::to_string(last) + "/24 ";
+TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
+    kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde"),
+                       link_message(3, "br0", "\2abcde"), address_message(AF_INET, 1, 9)};
+    std::string all;
+    for (char number = 120; number >= 20; --number) {
+        kernel_messages.push_back(address_message(AF_INET, 2, number));
+        all += (all.empty() ? "10.1.0." : ",10.1.0.") + std::to_string(number) + "/24";
     }
-    sort_addresses(&tables);
-    char text[address_line_size];
-    print_selected_addrinfo(tables, 2, text);
-    EXPECT_EQ(text, whole.substr(0, 1023));
+    kernel_messages.push_back(address_message(AF_INET, 1, 8));
+    update_tarnnetif_info("br0", 0, IFU_TYPE, number_value(IFT_BRIDGE));
+    read_single_ifconfioctl(TARNNET_READ_IPV4, 0);
+    EXPECT_EQ(line_of(*find_tarnnetif_info("vnix0", 0, IFT_ETHERNET)),
+              "vnix0 2 [" + all.substr(0, 1023) + "] []");
+    const tarnnetif_info* vnic0 = find_tarnnetif_info("vnic0", 0, IFT_VNIC);
+    EXPECT_EQ(line_of(*vnic0), "vnic0 32 [10.1.0.9/24,10.1.0.8/24] []");
+    EXPECT_STREQ(vnic0->hwaddr, "02:61:62:63:64:65");
+    EXPECT_NE(find_tarnnetif_info("br0", 0, IFT_BRIDGE), nullptr) << "keeps its kind";
 }
 
 }  // namespace

@@ -100,10 +100,13 @@ protected:
             std::filesystem::create_directories(std::filesystem::path(*path).parent_path());
         }
         host.read_tables = give_messages;
+        state.vlan_naming = VLAN_RAW_NO_PAD;
+        state.suse = false;
     }
     ~MadeUpHost() override {
         purge_all_generations();
         EXPECT_EQ(netinfo.trash, nullptr) << "a result was not released";
+        EXPECT_EQ(next_fd(), next_fd_) << "a descriptor was left open";
         kernel_messages.clear();
         state.host = host_source();
         std::filesystem::remove_all(root_);
@@ -149,6 +152,9 @@ protected:
     }
 
 private:
+    static int next_fd() { return owned_fd(dup(STDERR_FILENO)).get(); }
+
+    const int next_fd_ = next_fd();
     std::string root_;
     std::deque<std::string> paths_;  // which stay where they are
 };

@@ -57,6 +57,13 @@ TEST_F(Records, AreMadeGenericAndChangeInPlaceWhileNobodyHoldsThem) {
     EXPECT_DEATH(update_last_tarnnetif_info(IFU_STATE, number_value(1)), "touched last");
 }
 
+TEST_F(Records, AreLookedUpByKindsInAnOrder) {
+    set("dup0", IFU_TYPE, IFT_BRIDGE);
+    tarnnetif_info* other = create_tarnnetif_info("dup0", 0, nullptr);
+    EXPECT_EQ(update_tarnnetif_info_by_ptr(other, IFU_TYPE, number_value(IFT_ETHERNET)), other);
+    EXPECT_EQ(set("dup0", IFU_STATE, 1), other);
+}
+
 // What a holder sees must not change under it.
 TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
     tarnnetif_info* old = set("eth0", IFU_HWADDR, "00:01");

@@ -11,12 +11,6 @@ constexpr const char* mac_text = "00:11:22:33:44:55";
 
 class FindSysconfig : public MadeUpHost {
 protected:
-    FindSysconfig() : working_dir_(std::filesystem::current_path()) {}
-    ~FindSysconfig() override {
-        std::filesystem::current_path(working_dir_);
-        state.suse = false;
-    }
-
     static std::string found(const char* name, const char* hwaddr = mac_text,
                              uint32_t kind = IFT_ETHERNET) {
         const owned_text path = find_sysconfig(name, kind, hwaddr);
@@ -25,9 +19,6 @@ protected:
 
     const std::string scripts_ = std::string(state.host.scripts_dir) + "/ifcfg-";
     const std::string network_ = std::string(state.host.network_dir) + "/ifcfg-";
-
-private:
-    const std::filesystem::path working_dir_;
 };
 
 TEST(IfcfgLine, AsksForDhcpAndNamesADevice) {
@@ -55,14 +46,19 @@ TEST_F(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
     EXPECT_EQ(found("eth1"), scripts_ + "wan");
     EXPECT_EQ(found("eth4"), "none") << "of another name";
     // Files of the same names elsewhere are what is read, whatever they are.
-    write("elsewhere/ifcfg-wan", "# wan\nDEVICE=eth8 \nDEVICE=eth9");
+    const std::string longest_line(65535, '#');
+    write("elsewhere/ifcfg-wan", longest_line + "DEVICE=eth8 \nDEVICE=eth9");
     std::filesystem::current_path("elsewhere");
     ASSERT_EQ(mkfifo("ifcfg-eth0", 0600), 0);
+    EXPECT_EQ(found("eth8"), scripts_ + "wan");
     EXPECT_EQ(found("eth9"), scripts_ + "wan");
+    std::filesystem::current_path("/");
 }
 
 TEST_F(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
-    state.suse = true;
+    write(state.host.suse_release, "");
+    state.init_code = TARNNET_ERR_STATE;
+    ASSERT_EQ(init_libtarnnet_state(), 0);
     const std::string by_mac = network_ + mac_text;
     EXPECT_EQ(found("eth0"), "none");
     write(by_mac, "");

@@ -1,0 +1,38 @@
+// Recordings, and everything that is made of them.
+#include <variant>
+
+#include "fuzz/support.h"
+#include "plan/explanation.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text = fuzz::text_of(data, size);
+    const Kiln::Result<Recording> result = parse_recording(text);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
+        fuzz::require(!reason->text.empty(), "what is refused has a reason");
+        return 0;
+    }
+    const auto& recording = std::get<Recording>(result);
+    fuzz::require(recording.whole_size <= size && text[recording.whole_size - 1] == '\n',
+                  "only whole lines are taken");
+    std::string again = header_line(recording.header);
+    for (const RecordedPass& pass : recording.passes) {
+        again += pass_line(pass);
+    }
+    if (recording.summary) {
+        again += summary_line(*recording.summary);
+    }
+    const Kiln::Result<Recording> reread = parse_recording(again);
+    fuzz::require(std::holds_alternative<Recording>(reread), "what was read can be written");
+    fuzz::require(std::get<Recording>(reread).passes.size() == recording.passes.size(),
+                  "no pass is lost");
+
+    const std::vector<NamedRecording> recordings = {{"a", recording}, {"b", recording}};
+    const Kiln::Result<CombinedScan> scan = combine(recordings);
+    if (const auto* found = std::get_if<CombinedScan>(&scan)) {
+        const Explanation explanation = explain(recordings, *found, ConfigScales());
+        fuzz::require(explanation.counts.size() == sample_field_count, "every count is told");
+        fuzz::require(explanation.coverage.grade >= 1 && explanation.coverage.grade <= 5,
+                      "coverage has a grade");
+    }
+    return 0;
+}

@@ -1,0 +1,30 @@
+// What the commands share: their statuses, messages, results and factors.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "calc/container_config.h"
+
+enum ExitStatus : int {
+    status_done = 0,
+    status_flawed = 1,  // done, but something is wrong with the subject; it has been said
+    status_usage = 2,
+    status_io = 3,  // something cannot be read or written
+};
+
+// One line on standard error, behind the program's name. What a terminal would act on is escaped.
+void say(const std::string& text);
+
+// Writes to the file (made with mode 0600), or to standard output when the path is empty. Returns
+// false after saying why.
+bool write_result(const std::string& path, const std::string& text);
+
+// The two factors, as texts until they are read.
+struct ScaleOptions {
+    std::optional<std::string> memory;
+    std::optional<std::string> disk;
+};
+
+// Stores those that were given. Returns false after saying what is wrong with one.
+bool read_scales(const ScaleOptions& options, ConfigScales& scales);

@@ -1,0 +1,246 @@
+// What the check of a host notices.
+#include "plan/host_check.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "calc/sample.h"
+#include "plan/host_hazards.h"
+#include "plan/output_shapes.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t ps_step = 0;
+constexpr std::size_t ls_step = 3;
+constexpr std::size_t ipcs_step = 5;
+constexpr std::size_t iptables_step = 7;
+constexpr std::size_t df_step = 9;
+
+const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
+
+TEST(OutputShapes, WhatTheParsersCannotRead) {
+    struct Case {
+        std::size_t step;
+        std::string out;
+        std::string err;
+        std::string objection;
+    };
+    const Case cases[] = {
+        {ps_step, "143\n", "", ""},
+        {ps_step, "  143\n", "ps: not found\n", "it says \"ps: not found\""},
+        {ps_step, "143 lines\n", "", "where a number should be"},
+        {ps_step, "", "", "where a number should be"},
+        {ls_step, "512\n", "ls: cannot access '/proc/9/fd/3'\n", ""},
+        {ls_step, "0\n", "sh: ls: Argument list too long\n", "Argument list too long"},
+        {ipcs_step, "pages allocated 12\n", "", ""},
+        {ipcs_step, "pages allocated\n", "", "how many pages"},
+        {ipcs_step, "------ Shared Memory\n", "", "how many pages"},
+        {df_step, df_header + "/dev/a 100 20 80 20% /\ntmpfs 9 0 9 0% /run\n", "", ""},
+        {df_step, df_header + "/dev/mapper/long\n 100 20 80 20% /\n", "", "\"/dev/mapper/long\""},
+        {df_step, df_header + "/dev/a 100 - 80 20% /\n", "", "is not the third word"},
+        {df_step, "Filesystem Type 1K-blocks Used Available Use% Mounted on\n", "", "third column"},
+        {df_step, "", "", "prints nothing"},
+    };
+    for (const Case& test : cases) {
+        const std::string objection = shape_objection(test.step, test.out, test.err);
+        EXPECT_EQ(objection.empty(), test.objection.empty()) << test.out << objection;
+        EXPECT_NE(objection.find(test.objection), std::string::npos) << objection;
+    }
+}
+
+class MadeUpHost : public testing::Test {
+protected:
+    MadeUpHost() {
+        char name[] = "/tmp/plan_test.XXXXXX";
+        folder_ = mkdtemp(name);
+        host_.paths.proc = folder_ + "/proc";
+        host_.paths.mtab = folder_ + "/mtab";
+        host_.paths.detect_script = folder_ + "/detect/script";
+        put("/proc/net/tcp", 1);
+        put("/mtab", 0);
+        fs::create_directories(folder_ + "/bin");
+        for (const char* program : {"ps", "wc", "cat", "ls", "iptables", "ip", "df"}) {
+            std::ofstream(folder_ + "/bin/" + program) << "";
+            chmod((folder_ + "/bin/" + program).c_str(), 0755);
+        }
+        host_.run = [this](const std::string& command, std::string& out, std::string& err) {
+            out = command.rfind("df", 0) == 0 ? df_header : "7\n";
+            out = command.find("ipcs") != std::string::npos ? "pages allocated 7\n" : out;
+            if (command == hanging_) {
+                pause();
+            }
+            const auto failure = failures_.find(command);
+            err = failure == failures_.end() ? "" : failure->second;
+            return err.empty() ? 0 : 1;
+        };
+        const char* path = getenv("PATH");
+        path_ = path == nullptr ? "" : path;
+        setenv("PATH", (folder_ + "/bin").c_str(), 1);
+    }
+    ~MadeUpHost() override {
+        setenv("PATH", path_.c_str(), 1);
+        fs::remove_all(folder_);
+    }
+
+    void put(const std::string& name, int lines) const {
+        fs::create_directories(fs::path(folder_ + name).parent_path());
+        std::ofstream file(folder_ + name);
+        for (int i = 0; i < lines; ++i) {
+            file << "line\n";
+        }
+    }
+
+    // The findings but those that come from who runs the test, and where.
+    static CheckFindings own(CheckFindings findings) {
+        const auto end = std::remove_if(findings.begin(), findings.end(), [](const auto& finding) {
+            return finding.text.find("you are not root") != std::string::npos ||
+                   finding.text.find("belongs to user") != std::string::npos;
+        });
+        findings.erase(end, findings.end());
+        return findings;
+    }
+
+    static void expect(const CheckFindings& findings, const std::string& text) {
+        for (const CheckFinding& finding : findings) {
+            if (finding.text.find(text) != std::string::npos) {
+                EXPECT_FALSE(finding.remedy.empty());
+                return;
+            }
+        }
+        ADD_FAILURE() << "not found: " << text;
+    }
+
+    Host host_;
+    std::string folder_;
+    std::string path_;
+    std::map<std::string, std::string> failures_;
+    std::string hanging_;
+};
+
+TEST_F(MadeUpHost, NothingIsFoundOnAGoodOne) {
+    const HostCheck check = check_host(host_);
+    if (!check.steps.at(12).succeeded) {
+        GTEST_SKIP() << "the machine has no network interface";
+    }
+    EXPECT_TRUE(check.run_succeeds());
+    for (const CheckFinding& finding : own(check.findings)) {
+        ADD_FAILURE() << finding.text;
+    }
+    ASSERT_EQ(check.steps.size(), 17U);
+    EXPECT_EQ(check.steps[0].result, "numproc 7");
+    EXPECT_EQ(check.steps[4].lines.front(), "PRIVVMPAGES");
+    EXPECT_EQ(check.steps[9].lines, std::vector<std::string>{"DISKSPACE"});
+}
+
+TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
+    for (std::size_t step = 0; step < sample_steps.size(); ++step) {
+        if (sample_steps[step].command == nullptr) {
+            continue;
+        }
+        failures_ = {{sample_steps[step].command, "it does not want to\n"}};
+        const HostCheck check = check_host(host_);
+        EXPECT_EQ(check.run_succeeds(), sample_steps[step].forgiven) << step;
+        EXPECT_EQ(check.steps[step].result, "Error running '" +
+                                                std::string(sample_steps[step].command) +
+                                                "':\nit does not want to\n");
+        EXPECT_EQ(own(check.findings).empty(), !sample_steps[step].forgiven);
+    }
+    failures_.clear();
+    fs::remove(folder_ + "/mtab");
+    fs::remove_all(folder_ + "/proc");
+    const HostCheck check = check_host(host_);
+    EXPECT_EQ(check.steps[4].result,
+              "Error opening " + host_.paths.proc + ": No such file or directory");
+    EXPECT_EQ(check.steps[11].result,
+              "Error opening '" + host_.paths.mtab + "': No such file or directory");
+}
+
+TEST_F(MadeUpHost, AStepThatHangsIsLeft) {
+    hanging_ = sample_steps[iptables_step].command;
+    const HostCheck check = check_host(host_, 1);
+    EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
+    EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
+    EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
+}
+
+TEST_F(MadeUpHost, WhatIsMissingInAPipeline) {
+    fs::remove(folder_ + "/bin/ps");
+    fs::remove(folder_ + "/bin/ip");
+    const HostCheck check = check_host(host_);
+    EXPECT_TRUE(check.run_succeeds());
+    expect(check.findings, "ps is missing: NUMPROC, AVNUMPROC, NUMFILE");
+    expect(check.findings, "ip is missing: NUMIPTENT");
+}
+
+TEST_F(MadeUpHost, SocketsThatNothingCounts) {
+    put("/proc/net/tcp6", 301);
+    EXPECT_TRUE(socket_hazards(host_).empty()) << "the floor is enough for them";
+    put("/proc/net/tcp", 101);
+    expect(socket_hazards(host_), "the 300 TCP sockets of IPv6; only 100");
+    put("/proc/net/tcp", 9001);
+    EXPECT_TRUE(socket_hazards(host_).empty()) << "too few to matter";
+    put("/proc/net/raw6", 500);
+    expect(socket_hazards(host_), "499 UDP and raw sockets");
+}
+
+TEST_F(MadeUpHost, DescriptorsAsArguments) {
+    put("/proc/1/fd/0", 0);
+    fs::create_directories(folder_ + "/proc/1/fd/1");
+    for (int i = 0; i < 5; ++i) {
+        put("/proc/1/fd/1/" + std::to_string(i), 0);
+    }
+    const DescriptorArguments listed = list_descriptors(host_);
+    EXPECT_EQ(listed.count, 2U);
+    EXPECT_EQ(listed.bytes, 2 * (folder_.size() + sizeof("/proc/1/fd/0") + sizeof(char*)));
+    EXPECT_EQ(listed.directories, 1U);
+    EXPECT_EQ(listed.listed_lines, 7U);
+
+    EXPECT_TRUE(descriptor_hazards({750, 10, 0, 0}, 1000).empty());
+    expect(descriptor_hazards({751, 10, 0, 0}, 1000), "take 751 bytes, a command gets 1000");
+    EXPECT_TRUE(descriptor_hazards({1, 8000, 1, 1313}, 1000).empty()) << "below the floor of 9312";
+    expect(descriptor_hazards({1, 8000, 1, 1314}, 1000), "1 descriptors are of directories");
+    EXPECT_TRUE(descriptor_hazards({1, 100001, 1, 10000}, 1000).empty()) << "a tenth";
+}
+
+TEST_F(MadeUpHost, FoldersThatOthersMayWrite) {
+    const std::string open_folder = folder_ + "/open";
+    fs::create_directories(open_folder);
+    chmod(open_folder.c_str(), 0777);
+    const std::string path = folder_ + "/bin:" + open_folder + ":/nonexistent:relative:";
+    const CheckFindings findings = own(search_path_hazards(path));
+    ASSERT_EQ(findings.size(), 3U);
+    expect(findings, open_folder + ", which may be written by others");
+    expect(findings, "PATH has relative");
+    expect(findings, "an empty word");
+
+    const std::string script = open_folder + "/a//script";
+    put("/open/a/script", 1);
+    expect(script_hazards(script), open_folder + ", on the way");
+    if (geteuid() == 0) {
+        chmod(open_folder.c_str(), 01777);
+        EXPECT_TRUE(script_hazards(script).empty()) << "sticky, and the rest is root's";
+        ASSERT_EQ(chown(script.c_str(), 65534, 65534), 0);
+        expect(script_hazards(script), "belongs to user 65534");
+    }
+    EXPECT_TRUE(script_hazards(open_folder + "/a/none").empty());
+}
+
+TEST_F(MadeUpHost, TheMountThatMakesDfFail) {
+    std::ofstream(folder_ + "/mtab") << "proc " << folder_ << " proc rw 0 0\n"
+                                     << "host:/x " << folder_ << "/gone fuse.sshfs rw 0 0\n";
+    failures_ = {{"df -i -l", "df: failed\n"}};
+    const HostCheck check = check_host(host_);
+    expect(check.findings, folder_ + "/gone (fuse.sshfs) makes df fail: No such file");
+    EXPECT_EQ(own(check.findings).size(), 1U);
+}
+
+}  // namespace

@@ -1,0 +1,281 @@
+// The file behind a recording, the recorder on a made-up host, and what they stand on.
+#include "plan/recorder.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+#include "plan/bounded_task.h"
+#include "tests/plan/recordings.h"
+
+namespace {
+
+using Existing = RecordFile::Existing;
+
+std::string text_of(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+class RecordingFile : public testing::Test {
+protected:
+    RecordingFile() {
+        char name[] = "/tmp/plan_test.XXXXXX";
+        folder_ = mkdtemp(name);
+        path_ = folder_ + "/r";
+    }
+    ~RecordingFile() override {
+        for (const char* name : {"/r", "/link", "/target"}) {
+            unlink((folder_ + name).c_str());
+        }
+        rmdir(folder_.c_str());
+    }
+
+    void put(const std::string& text) const { std::ofstream(path_) << text; }
+
+    // Why it cannot be opened; empty when it can.
+    std::string refusal(Existing existing) const {
+        const Kiln::Result<RecordFile> opened = RecordFile::open(path_, existing);
+        const auto* reason = std::get_if<Kiln::Reason>(&opened);
+        return reason == nullptr ? "" : reason->text;
+    }
+
+    std::string folder_;
+    std::string path_;
+};
+
+TEST_F(RecordingFile, IsMadeForItsOwnerAndKeptFromOthers) {
+    const mode_t mask = umask(0);
+    EXPECT_EQ(refusal(Existing::append), "") << "made where there is none";
+    umask(mask);
+    struct stat info {};
+    ASSERT_EQ(stat(path_.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777U, 0600U);
+    EXPECT_NE(refusal(Existing::refuse).find("exists"), std::string::npos);
+    put("old");
+    EXPECT_EQ(refusal(Existing::append), "");
+    EXPECT_EQ(text_of(path_), "old");
+    EXPECT_EQ(refusal(Existing::replace), "");
+    EXPECT_EQ(text_of(path_), "");
+}
+
+TEST_F(RecordingFile, IsNeverReachedThroughALink) {
+    const std::string target = folder_ + "/target";
+    for (const bool symbolic : {true, false}) {
+        std::ofstream(target) << "kept";
+        ASSERT_EQ((symbolic ? symlink : link)(target.c_str(), path_.c_str()), 0);
+        for (const Existing existing : {Existing::refuse, Existing::append, Existing::replace}) {
+            EXPECT_NE(refusal(existing), "");
+        }
+        EXPECT_EQ(text_of(target), "kept");
+        unlink(path_.c_str());
+    }
+    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+    EXPECT_NE(refusal(Existing::append).find("no regular file"), std::string::npos);
+}
+
+TEST_F(RecordingFile, IsOneRecordersAtATime) {
+    const Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
+    ASSERT_TRUE(std::holds_alternative<RecordFile>(opened));
+    const BoundedTask other =
+        run_bounded([&] { return refusal(Existing::append); }, 10, no_wake_fd);
+    EXPECT_NE(other.text.find("somebody is recording"), std::string::npos);
+}
+
+TEST_F(RecordingFile, KeepsNoPartOfALineThatDoesNotFit) {
+    const auto write_too_much = [&] {
+        signal(SIGXFSZ, SIG_IGN);
+        Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
+        auto& file = std::get<RecordFile>(opened);
+        file.append("first line\n");
+        const rlimit limit = {20, 20};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        return file.append("second, which is longer\n");
+    };
+    const BoundedTask task = run_bounded(write_too_much, 10, no_wake_fd);
+    EXPECT_EQ(task.text, "it cannot be written: File too large");
+    EXPECT_EQ(text_of(path_), "first line\n");
+}
+
+TEST(BoundedTask, EndsAsItsTaskDoes) {
+    const BoundedTask done = run_bounded(
+        [] {
+            std::fputs("said", stderr);
+            return std::string("result");
+        },
+        10, no_wake_fd);
+    EXPECT_EQ(done.end, BoundedTask::End::finished);
+    EXPECT_EQ(done.text, "result");
+    EXPECT_EQ(done.messages, "said");
+    const auto die = []() -> std::string { _exit(3); };
+    EXPECT_EQ(run_bounded(die, 10, no_wake_fd).end, BoundedTask::End::died);
+    const auto hang = []() -> std::string {
+        for (;;) {
+            pause();
+        }
+    };
+    EXPECT_EQ(run_bounded(hang, 1, no_wake_fd).end, BoundedTask::End::too_long);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], "", 1), 1);
+    EXPECT_EQ(run_bounded(hang, 10, ends[0]).end, BoundedTask::End::stopped);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+std::int64_t wall_now = 0;
+std::chrono::steady_clock::time_point steady_now;
+
+TEST(ForwardClock, NeverGoesBack) {
+    const auto pass = [](std::int64_t steady_ms, std::int64_t wall_ms) {
+        steady_now += std::chrono::milliseconds(steady_ms);
+        wall_now += wall_ms;
+    };
+    wall_now = 1000000;
+    ForwardClock clock(
+        500, [] { return wall_now; }, [] { return steady_now; });
+    EXPECT_EQ(clock.now_ms(), 1000000);
+    pass(60000, 60000);
+    EXPECT_EQ(clock.now_ms(), 1060000);
+    pass(60000, 3660000);  // an hour ahead
+    EXPECT_EQ(clock.now_ms(), 4720000);
+    pass(60000, -3540000);  // and back
+    EXPECT_EQ(clock.now_ms(), 4780000);
+    pass(60000, 60000);
+    EXPECT_EQ(clock.now_ms(), 4840000);
+    ForwardClock behind(
+        9000000, [] { return wall_now; }, [] { return steady_now; });
+    pass(1000, 1000);
+    EXPECT_EQ(behind.now_ms(), 9001000) << "a recording's last line is later than the clock";
+}
+
+// A host on which every command prints 7.
+class MadeUpRecorder : public RecordingFile {
+protected:
+    MadeUpRecorder() {
+        host_.paths.proc = folder_;  // no processes
+        host_.paths.mtab = "/dev/null";
+        host_.paths.detect_script = "/nonexistent";
+        host_.run = [this](const std::string& command, std::string& out, std::string& err) {
+            out = command.rfind("df", 0) == 0 ? "header\n/dev/a 9 7 2\n" : "pages allocated 7\n";
+            out = command.find("wc") != std::string::npos ? "7\n" : out;
+            err = failing_ == command ? "no more\n" : "";
+            return failing_ == command ? 1 : 0;
+        };
+        host_.host_name = [] { return std::optional<std::string>("box"); };
+    }
+
+    // What went wrong, or an empty text.
+    std::string record(ScanSpans spans, Existing existing = Existing::append) {
+        Kiln::Result<RecordFile> opened = RecordFile::open(path_, existing);
+        const StopSignals stop;
+        Recorder recorder(std::get<RecordFile>(opened), host_, stop);
+        try {
+            recorder.record(spans);
+        } catch (const RecordTrouble& trouble) {
+            return trouble.what();
+        }
+        flawed_ = recorder.flawed();
+        return {};
+    }
+
+    Recording recording() const {
+        Kiln::Result<Recording> result = parse_recording(text_of(path_));
+        if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
+            ADD_FAILURE() << reason->text;
+            return {};
+        }
+        return std::get<Recording>(result);
+    }
+
+    Host host_;
+    std::string failing_;
+    bool flawed_ = false;
+};
+
+TEST_F(MadeUpRecorder, TakesAPassAndTheStepsOfOnce) {
+    EXPECT_EQ(record({0, 0}), "");
+    const Recording made = recording();
+    ASSERT_EQ(made.passes.size(), 1U);
+    EXPECT_EQ(made.passes[0].counts.numproc, 7);
+    EXPECT_EQ(made.passes[0].counts.numiptent, 14);
+    EXPECT_EQ(made.passes[0].counts.diskinodes, 7);
+    ASSERT_TRUE(made.summary_is_last);
+    EXPECT_EQ(made.summary->findings.hostname, "box");
+    EXPECT_EQ(made.summary->findings.notes.warnings.size(), 1U) << "no detection script";
+    // It is over: nothing more to do.
+    const std::string text = text_of(path_);
+    EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(text_of(path_), text);
+}
+
+TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
+    failing_ = "df -k -l";
+    EXPECT_EQ(record({1, 1}), "");
+    EXPECT_TRUE(flawed_);
+    const Recording made = recording();
+    ASSERT_GE(made.passes.size(), 2U);
+    EXPECT_EQ(made.passes[1].number, 2);
+    EXPECT_EQ(made.passes[1].failure, "Error running 'df -k -l':\nno more\n");
+    EXPECT_EQ(made.passes[1].taken.to_ulong(), 0x1FFU) << "all but the two of the disk";
+}
+
+TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
+    RecordingHeader header = header_of("box", {1000, 500});
+    header.start = ForwardClock::wall_ms() / 1000 - 1000;
+    header.machine = "";
+    EXPECT_EQ(record({0, 0}), "");
+    header.machine = recording().header.machine;
+    header.page_size = recording().header.page_size;
+
+    // Over, but without its last line; the torn one is cut off.
+    const std::string lines = header_line(header) + pass_line(pass_of(1, 0, 1));
+    put(lines + "{\"pass\":2,\"at_ms\":");
+    EXPECT_EQ(record({1000, 500}), "");
+    Recording made = recording();
+    EXPECT_EQ(made.passes.size(), 1U);
+    EXPECT_TRUE(made.summary_is_last);
+    EXPECT_EQ(text_of(path_).substr(0, lines.size()), lines);
+
+    // The same watched for a second more, from the first start.
+    header.start = ForwardClock::wall_ms() / 1000 - 999;
+    put(header_line(header) + pass_line(pass_of(1, 0, 1)) + summary_line(summary_of(2)));
+    EXPECT_EQ(record({1000, 500}), "");
+    made = recording();
+    ASSERT_EQ(made.passes.size(), 3U) << "one at once, one at the end";
+    EXPECT_EQ(made.passes[1].number, 2);
+    EXPECT_GE(made.passes[1].at_ms, 999000);
+    EXPECT_EQ(made.continuations.size(), 1U);
+
+    // Killed before the first line was whole.
+    put(header_line(header).substr(0, 30));
+    EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(recording().passes.size(), 1U);
+}
+
+TEST_F(MadeUpRecorder, GoesOnWithNoOther) {
+    const auto refused = [&](const std::string& text) {
+        put(text);
+        const std::string reason = record({0, 0});
+        EXPECT_EQ(text_of(path_), text) << "nothing is changed";
+        return reason;
+    };
+    EXPECT_EQ(record({0, 0}), "");
+    const RecordingHeader here = recording().header;
+    RecordingHeader other = here;
+    other.host = "other";
+    EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
+    other = here;
+    other.page_size = 512;
+    EXPECT_NE(refused(header_line(other) + "{\"torn").find("pages"), std::string::npos);
+    EXPECT_NE(refused(header_line(here) + "rubbish\n").find("line 2"), std::string::npos);
+    EXPECT_NE(refused("precious text without an end").find("no recording"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,176 @@
+// The lines of a recording: what is written comes back, and damage is noticed.
+#include "plan/recording.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "plan/explanation.h"
+#include "tests/plan/recordings.h"
+
+namespace {
+
+const std::string hostile("\"><script>\n\0\x1b[2J\xff\xc3", 18);
+
+RecordedPass failed_pass() {
+    RecordedPass pass = pass_of(2, 10, 7);
+    pass.taken = 3;  // the first two counts
+    pass.counts.numtcpsock = -1;
+    pass.failure = "Error running 'ls':\n" + hostile;
+    return pass;
+}
+
+Summary full_summary() {
+    Summary summary = summary_of(20);
+    Findings& findings = summary.findings;
+    summary.interrupted = true;
+    findings.quotaugidlimit = -5;
+    findings.ifaces.push_back({2, "eth0" + hostile, {"10.0.0.1", "fe80::1"}, true});
+    findings.distribution = hostile;
+    findings.hostname = hostile;
+    findings.ns_attrs = {{"10.0.0.53"}, {"a.example", hostile}};
+    findings.notes = {{{4, "reiserfs"}}, {{false, "/proc/*"}, {true, hostile}}};
+    findings.nfs_found = true;
+    findings.reiserfs_found = true;
+    findings.failures = {{OneShotStep::mounts, hostile}};
+    findings.messages = "Error: " + hostile;
+    return summary;
+}
+
+std::string small_recording() {
+    return header_line(header_of(hostile)) + pass_line(pass_of(1, 0, 120)) +
+           pass_line(failed_pass()) + summary_line(full_summary()) +
+           continuation_line({15000, "1.1", "6.2.0", {200, 20}}) + pass_line(pass_of(3, 30, 121));
+}
+
+Recording parsed(const std::string& text) {
+    Kiln::Result<Recording> result = parse_recording(text);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
+        ADD_FAILURE() << reason->text;
+        return {};
+    }
+    return std::get<Recording>(result);
+}
+
+TEST(Recording, WhatIsWrittenComesBack) {
+    const std::string text = small_recording();
+    const Recording recording = parsed(text);
+    EXPECT_EQ(recording.header.host, hostile);
+    EXPECT_EQ(recording.header.start, 1773324300);
+    EXPECT_EQ(recording.spans().time, 200) << "the newest";
+    EXPECT_FALSE(recording.torn);
+    EXPECT_FALSE(recording.summary_is_last) << "a pass came after it";
+    EXPECT_EQ(recording.last_ms(), 30000);
+    // As everything is in the lines, equal lines are equal values.
+    ASSERT_EQ(recording.passes.size(), 3U);
+    EXPECT_EQ(recording.passes[1].failure, failed_pass().failure);
+    EXPECT_EQ(recording.passes[1].taken.count(), 2U);
+    ASSERT_TRUE(recording.summary);
+    std::string again = header_line(recording.header) + pass_line(recording.passes[0]) +
+                        pass_line(recording.passes[1]) + summary_line(*recording.summary) +
+                        continuation_line(recording.continuations.at(0)) +
+                        pass_line(recording.passes[2]);
+    EXPECT_EQ(again, text);
+    const Findings& findings = recording.summary->findings;
+    EXPECT_EQ(findings.ifaces.at(0).ip_addresses.at(1), "fe80::1");
+    EXPECT_EQ(findings.notes.excludes.at(1).path, hostile);
+    EXPECT_EQ(findings.failures.at(0).step, OneShotStep::mounts);
+}
+
+// The text as the manual shows it, so that the format does not change unnoticed.
+TEST(Recording, TheFormatOfItsLines) {
+    EXPECT_EQ(
+        header_line(header_of("web1")),
+        "{\"recording_format\":1,\"version\":\"1.0\",\"host\":\"web1\",\"machine\":\"x86_64\","
+        "\"kernel\":\"6.1.0\",\"page_size\":4096,\"start\":\"2026-03-12T14:05:00Z\","
+        "\"scan_time\":100,\"scan_period\":10}\n");
+    RecordedPass pass = failed_pass();
+    pass.failure = "\xff";
+    EXPECT_EQ(pass_line(pass),
+              "{\"pass\":2,\"at_ms\":10000,\"took_ms\":0,\"counts\":{\"numproc\":7,"
+              "\"numtcpsock\":-1},\"failed\":{\"hex\":\"ff\"}}\n");
+}
+
+TEST(Recording, LaterProgramsMayAddLinesAndMembers) {
+    std::string text = small_recording();
+    text.insert(text.find("{\"pass\""), "{\"later\":[1,2]}\n");
+    text.insert(text.find("\"pass\""), "\"later\":null,");
+    EXPECT_EQ(parsed(text).passes.size(), 3U);
+}
+
+TEST(Recording, DamageIsNamedWithItsLine) {
+    const std::string header = header_line(header_of("box"));
+    const auto with = [](std::string line, const std::string& old, const std::string& now) {
+        line.replace(line.find(old), old.size(), now);
+        return line;
+    };
+    const std::string pass = pass_line(pass_of(1, 0, 1));
+    const std::pair<std::string, const char*> cases[] = {
+        {"", "its first line was never written"},
+        {"{\"recording_for", "its first line was never written"},
+        {"no recording", "line 1: this is no recording"},
+        {"root:x:0:0::/root:/bin/sh\n", "line 1: this is not JSON"},
+        {"[]\n", "line 1: this is no recording"},
+        {with(header, ":1,", ":2,"), "line 1: the format is another one than 1"},
+        {with(header, "4096", "0"), "line 1: \"page_size\" is not a whole number"},
+        {with(header, "-03-", "-13-"), "line 1: \"start\" is not a time"},
+        {header + "{}}\n", "line 2: this is not JSON"},
+        {header + "7\n", "line 2: this is no JSON object"},
+        {header + pass + with(pass, "\"pass\":1", "\"pass\":0"), "line 3: \"pass\" is not"},
+        {header + with(pass, "\"numproc\":1", "\"numproc\":2147483648"), "\"numproc\" is not"},
+        {header + with(pass, "\"numproc\":1", "\"numproc\":1.5"), "\"numproc\" is not"},
+        {header + with(pass, "\"numproc\":1,", ""), "a count is missing"},
+        {header + with(pass, "\"at_ms\":0", "\"at_ms\":-1"), "\"at_ms\" is not"},
+        {header + with(pass, "at_ms", "at"), "\"at_ms\" is missing"},
+        {header + "{\"findings\":{},\"at_ms\":1,\"interrupted\":false}\n", "is missing"},
+        {with(header, "\"box\"", "{\"hex\":\"f\"}"), "half a byte"},
+        {with(header, "\"box\"", "{\"hex\":\"fg\"}"), "something else than digits"},
+    };
+    for (const auto& [text, reason] : cases) {
+        const Kiln::Result<Recording> result = parse_recording(text);
+        ASSERT_TRUE(std::holds_alternative<Kiln::Reason>(result)) << text;
+        EXPECT_NE(std::get<Kiln::Reason>(result).text.find(reason), std::string::npos)
+            << std::get<Kiln::Reason>(result).text << " for " << text;
+    }
+}
+
+// Everything that the commands make of a recording.
+void use(const Kiln::Result<Recording>& result) {
+    if (const auto* recording = std::get_if<Recording>(&result)) {
+        const std::vector<NamedRecording> recordings = {{"a.rec", *recording}};
+        const Kiln::Result<CombinedScan> scan = combine(recordings);
+        if (const auto* found = std::get_if<CombinedScan>(&scan)) {
+            explain(recordings, *found, ConfigScales());
+        }
+    }
+}
+
+TEST(Recording, CutAnywhereItKeepsTheWholeLines) {
+    const std::string text = small_recording();
+    for (std::size_t size = 0; size < text.size(); ++size) {
+        const std::string part = text.substr(0, size);
+        const auto lines = static_cast<std::size_t>(std::count(part.begin(), part.end(), '\n'));
+        const Kiln::Result<Recording> result = parse_recording(part);
+        ASSERT_EQ(std::holds_alternative<Recording>(result), lines > 0) << size;
+        use(result);
+        if (lines > 0) {
+            const auto& recording = std::get<Recording>(result);
+            EXPECT_EQ(recording.passes.size(), lines < 3 ? lines - 1 : lines < 6 ? 2U : 3U);
+            EXPECT_EQ(recording.torn, part.back() != '\n');
+            EXPECT_EQ(recording.whole_size, part.rfind('\n') + 1);
+        }
+    }
+}
+
+TEST(Recording, AnyByteMayBeChanged) {
+    const std::string text = small_recording();
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        for (const char byte : {'\0', '\n', '"', '9', '-', '{', '\xff'}) {
+            std::string changed = text;
+            changed[at] = byte;
+            use(parse_recording(changed));
+        }
+    }
+}
+
+}  // namespace
