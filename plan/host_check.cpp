@@ -38,15 +38,12 @@ constexpr const char* failure_name = "failure";
 constexpr const char* found_name = "found";
 constexpr const char* objection_name = "objection";
 
-// The fields that a step fills: one, or the two of the memory scan.
 std::vector<SampleField> fields_of(std::size_t step) {
-    const SampleStep& row = sample_steps[step];
+    const TakenCounts counts = counts_of_step(step);
     std::vector<SampleField> fields;
-    for (const SampleField& field : sample_fields) {
-        const bool of_memory_scan =
-            field.count == &SampleCounts::privvmpages || field.count == &SampleCounts::lockedpages;
-        if (row.command == nullptr ? of_memory_scan : field.count == row.count) {
-            fields.push_back(field);
+    for (std::size_t i = 0; i < sample_fields.size(); ++i) {
+        if (counts.test(i)) {
+            fields.push_back(sample_fields[i]);
         }
     }
     return fields;

@@ -32,6 +32,19 @@ bool lives_on(const ConfigLine& line, const std::string& count) {
 
 }  // namespace
 
+TakenCounts counts_of_step(std::size_t step) {
+    const SampleStep& row = sample_steps[step];
+    const bool is_memory_scan = row.command == nullptr;
+    TakenCounts counts;
+    for (std::size_t i = 0; i < sample_fields.size(); ++i) {
+        const auto count = sample_fields[i].count;
+        const bool of_memory_scan =
+            count == &SampleCounts::privvmpages || count == &SampleCounts::lockedpages;
+        counts.set(i, is_memory_scan ? of_memory_scan : count == row.count);
+    }
+    return counts;
+}
+
 std::optional<OneShotStep> step_behind(const std::string& line) {
     for (const StepLine& row : step_lines) {
         if (row.line == line) {

@@ -1,4 +1,5 @@
-// Which lines of the configuration live on which count and on which of the steps taken once.
+// Which counts a step of a pass fills, and which lines of the configuration live on which count and
+// on which of the steps taken once.
 #pragma once
 
 #include <optional>
@@ -6,6 +7,9 @@
 #include <vector>
 
 #include "plan/recording.h"
+
+// `step` is one of sample_steps.
+TakenCounts counts_of_step(std::size_t step);
 
 // The step that gives a line its text or number; nothing for a line made from counts.
 std::optional<OneShotStep> step_behind(const std::string& line);

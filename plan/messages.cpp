@@ -10,6 +10,7 @@
 #include "calc/arguments.h"
 #include "kiln/files.h"
 #include "kiln/owners.h"
+#include "kiln/strings.h"
 #include "plan/printable.h"
 
 namespace {
@@ -49,7 +50,9 @@ bool read_scales(const ScaleOptions& options, ConfigScales& scales) {
 }
 
 void say(const std::string& text) {
-    const std::string line = "tarnhwplan: " + printable(text) + "\n";
+    const std::vector<std::string> lines = Kiln::split("\n", text, 0);
+    const std::string words = Kiln::join(" ", lines.begin(), lines.end());
+    const std::string line = "tarnhwplan: " + printable(words) + "\n";
     static_cast<void>(Kiln::write_all(STDERR_FILENO, line.data(), line.size()));
 }
 

@@ -1,6 +1,7 @@
 #include "plan/one_shot_steps.h"
 
 #include <nlohmann/json.hpp>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -84,8 +85,14 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
         tasks[static_cast<std::size_t>(step)](host, findings);
         return findings_to_json(findings).dump();
     };
-    const BoundedTask task = run_bounded(take, limit_seconds, wake_fd);
     StepOutcome outcome;
+    BoundedTask task;
+    try {
+        task = run_bounded(take, limit_seconds, wake_fd);
+    } catch (const std::system_error& error) {
+        outcome.findings.failures.push_back({step, error.what()});
+        return outcome;
+    }
     outcome.took_ms = task.took_ms;
     outcome.stopped = task.end == BoundedTask::End::stopped;
     if (task.end == BoundedTask::End::finished) {

@@ -1,12 +1,10 @@
 // tarnhwplan record: takes the calculator's passes and keeps every one of them.
 #include <cerrno>
-#include <chrono>
 #include <memory>
 #include <utility>
 #include <variant>
 
 #include "calc/arguments.h"
-#include "kiln/runscript.h"
 #include "plan/commands.h"
 #include "plan/recorder.h"
 
@@ -39,24 +37,6 @@ bool read_spans(const Options& options, ScanSpans& spans) {
         return false;
     }
     return true;
-}
-
-// The host with its commands within limits: they end with the recording, and none holds it for
-// ever.
-Host host_until(const StopSignals& stop) {
-    Kiln::RunLimits limits;
-    limits.stop_fd = stop.wake_fd();
-    limits.time = std::chrono::seconds(patient_limit_seconds);
-    limits.linger = std::chrono::seconds(patient_limit_seconds);
-    Host host;
-    host.run = [limits](const std::string& command, std::string& out, std::string& err) {
-        const Kiln::CommandEnd end = Kiln::run_command(command, out, err, limits);
-        if (end.how == Kiln::CommandEnd::timed_out) {
-            err += "it took longer than " + std::to_string(patient_limit_seconds) + " s\n";
-        }
-        return end.status;
-    };
-    return host;
 }
 
 int run(const Options& options) {

@@ -4,15 +4,20 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <variant>
 
 #include "calc/scan_clock.h"
 #include "kiln/files.h"
+#include "kiln/runscript.h"
+#include "plan/line_sources.h"
 #include "plan/messages.h"
 #include "plan/one_shot_steps.h"
 
 namespace {
 
+// A command that takes longer does not come back at all.
+constexpr int patient_limit_seconds = 600;
 // When somebody wants us to end. All steps together stay below the 90 s that a service manager
 // waits.
 constexpr int hurried_limit_seconds = 10;
@@ -31,27 +36,31 @@ RecordingHeader describe(const Host& host, ScanSpans spans, std::int64_t now_sec
     return header;
 }
 
-// Where a step of a pass puts what it finds.
-TakenCounts counts_of(const SampleStep& step) {
-    TakenCounts counts;
-    for (std::size_t i = 0; i < sample_fields.size(); ++i) {
-        const auto count = sample_fields[i].count;
-        const bool of_memory_scan =
-            count == &SampleCounts::privvmpages || count == &SampleCounts::lockedpages;
-        counts.set(i, step.command == nullptr ? of_memory_scan : count == step.count);
-    }
-    return counts;
-}
-
 TakenCounts taken_before(std::size_t failed_step) {
     TakenCounts taken;
     for (std::size_t step = 0; step < failed_step; ++step) {
-        taken |= counts_of(sample_steps[step]);
+        taken |= counts_of_step(step);
     }
     return taken;
 }
 
 }  // namespace
+
+Host host_until(const StopSignals& stop) {
+    Kiln::RunLimits limits;
+    limits.stop_fd = stop.wake_fd();
+    limits.time = std::chrono::seconds(patient_limit_seconds);
+    limits.linger = std::chrono::seconds(patient_limit_seconds);
+    Host host;
+    host.run = [limits](const std::string& command, std::string& out, std::string& err) {
+        const Kiln::CommandEnd end = Kiln::run_command(command, out, err, limits);
+        if (end.how == Kiln::CommandEnd::timed_out) {
+            err += "it took longer than " + std::to_string(patient_limit_seconds) + " s\n";
+        }
+        return end.status;
+    };
+    return host;
+}
 
 Recorder::Recorder(RecordFile& file, const Host& host, const StopSignals& stop)
     : file_(file), host_(host), stop_(stop), progress_line_(STDERR_FILENO) {}
@@ -59,6 +68,7 @@ Recorder::Recorder(RecordFile& file, const Host& host, const StopSignals& stop)
 void Recorder::append(const std::string& lines) {
     const std::string trouble = file_.append(lines);
     if (!trouble.empty()) {
+        hide_progress();
         throw RecordTrouble(trouble);
     }
 }
@@ -70,10 +80,14 @@ void Recorder::cut(std::uint64_t size) {
     }
 }
 
-void Recorder::complain(const std::string& text) {
+void Recorder::hide_progress() {
     if (shows_progress_) {
         progress_line_.finished();
     }
+}
+
+void Recorder::complain(const std::string& text) {
+    hide_progress();
     say(text);
     flawed_ = true;
 }
@@ -85,9 +99,7 @@ void Recorder::record(ScanSpans spans) {
     if (wants_passes_) {
         take_passes();
     }
-    if (shows_progress_) {
-        progress_line_.finished();
-    }
+    hide_progress();
     if (wants_summary_) {
         take_steps();
     }

@@ -19,12 +19,13 @@ struct RecordTrouble : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A command that takes longer does not come back at all.
-constexpr int patient_limit_seconds = 600;
+// The host with its commands within limits: they end when `stop`, which stays the caller's, has
+// been asked for, and none of them lasts for ever.
+Host host_until(const StopSignals& stop);
 
 class Recorder {
 public:
-    // All stay the caller's. The host's commands end when `stop` has been asked for.
+    // All stay the caller's.
     Recorder(RecordFile& file, const Host& host, const StopSignals& stop);
 
     // Records for the spans, counted from the start of the recording that the file holds, if it
@@ -43,6 +44,7 @@ private:
     bool take_pass();
     void wait(std::int32_t seconds);
     void tell(std::int64_t next_pass_seconds);
+    void hide_progress();
     void take_steps();
     void append(const std::string& lines);
     void cut(std::uint64_t size);

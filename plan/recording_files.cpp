@@ -1,15 +1,44 @@
 #include "plan/recording_files.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <utility>
 #include <variant>
 
-#include "kiln/files.h"
+#include "kiln/owners.h"
 #include "plan/messages.h"
+
+namespace {
+
+// Returns 0 or the system error number. Unlike the calculator's sources a recording may come
+// through a pipe.
+int read_whole(const std::string& path, std::string& text) {
+    const Kiln::Descriptor fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd) {
+        return errno;
+    }
+    char bytes[65536];
+    for (;;) {
+        const ssize_t got = read(fd.get(), bytes, sizeof(bytes));
+        if (got == 0) {
+            return 0;
+        }
+        if (got > 0) {
+            text.append(bytes, static_cast<std::size_t>(got));
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+}
+
+}  // namespace
 
 Kiln::Result<NamedRecording> read_recording(const std::string& path) {
     std::string text;
-    if (const int error = Kiln::get_file(path, text)) {
+    if (const int error = read_whole(path, text)) {
         return Kiln::Reason{path + " cannot be read: " + std::strerror(error)};
     }
     Kiln::Result<Recording> parsed = parse_recording(text);

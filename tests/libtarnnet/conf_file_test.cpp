@@ -46,7 +46,7 @@ TEST_F(ConfFile, FillsTheListsAndTheRecords) {
           "VNID_br0=\"old\"\nVNID_br0=\"net0\"\nVNID_abcdefghijklmnopqr=\"cut\"\n"
           "IFLST_br0=\"  eth0 eth1  an-interface-too-long \"\n"
           "IFLST_abcdefghijklmnopqr=\"eth5\"\n"
-          "VLAN_eth1=\"10 10  20\"\nVLAN_eth1=\"20 4094\"\n"
+          "VLAN_eth1=\"10 10  20\"\nVLAN_eth2=\"10\"\nVLAN_eth1=\"20 4094\"\n"
           "ADDR_eth1=\"2001:db8:1111:2222:3333::1 2001:db8:1111:2222:4444::1\"\n"
           "ADDR_eth2=\"\"\nADDR_eth3=10.0.0.9\n" +
               whole_buffer + "ADDR_eth6=\"10.0.0.6\"\nADDR_eth7=\"10.0.0.7\"");
@@ -58,8 +58,11 @@ TEST_F(ConfFile, FillsTheListsAndTheRecords) {
     EXPECT_STREQ(net->master, "eth0") << "no line before the network's own counts";
     EXPECT_EQ(oldest_first(net->slaves, &slave_iface::name), (Lines{"eth1", "an-interface-to"}));
     EXPECT_STREQ(cut->master, "") << "the whole name is not the one stored";
-    EXPECT_EQ(oldest_first((*configured.vlans.begin()).vlans, &vlan_entry::name),
-              (Lines{"eth1.10", "eth1.20", "eth1.4094"}));
+    Lines vlans;
+    for (vlan_set& set : configured.vlans)
+        for (vlan_entry& vlan : set.vlans)
+            vlans.push_back(vlan.name);
+    EXPECT_EQ(vlans, (Lines{"eth2.10", "eth1.4094", "eth1.20", "eth1.10"})) << "newest first";
     EXPECT_EQ(oldest_first(configured.iface_addrs, &iface_addr_set::ifname),
               (Lines{"eth1", "eth2", "eth6", "eth7"}));
     iface_addr_set* oldest = nullptr;

@@ -96,6 +96,14 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     std::filesystem::remove_all(state.host.interfaces);
     EXPECT_EQ(inventory(), (Lines{eth0, "vme1 2 [] []", far0}));
     EXPECT_EQ(inventory(0), (Lines{"eth0 2 [] [dhcp]", "vme1 2 [] []"})) << "nothing asked for";
+
+    state.host.read_tables = [](uint32_t flags, link_tables* tables) {
+        return give_messages(flags, tables) - 1;
+    };
+    write(std::string(state.host.scripts_dir) + "/ifcfg-far0", "BOOTPROTO=dhcp\n");
+    EXPECT_EQ(inventory(), Lines{"far0 1 [] [dhcp]"}) << "nothing of a live read that failed";
+    EXPECT_EQ(inventory(TARNNET_EVERYTHING, 0, 12), Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp]"})
+        << "without the live read, what is configured and marked is of one generation";
 }
 
 TEST_F(MadeUpHost, IsReadByAThreadWithASmallStack) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
 
 #include "made_up_host.h"
 
@@ -149,12 +150,16 @@ TEST_F(MadeUpHost, LogsADeficitOfAttributesWhereTheWalkStops) {
 
 TEST(RtnlSocket, AsksTheKernelWithABodyOfTheCallers) {
     rtnl_sock sock;
-    ASSERT_EQ(rtnl_open(&sock, 0), 0);
+    ASSERT_EQ(rtnl_open(&sock, RTMGRP_NOTIFY), 0);
+    EXPECT_EQ(sock.local_addr.nl_groups, unsigned{RTMGRP_NOTIFY});
+    const uint32_t start = sock.seq;
+    EXPECT_NEAR(start, static_cast<double>(time(nullptr)), 60);
     ifinfomsg body = {};
     Seen seen;
     EXPECT_EQ(rtnl_dump_request(&sock, RTM_GETLINK, &body, sizeof(body)), 32);
     EXPECT_EQ(rtnl_dump_filter(&sock, see, &seen, nullptr, nullptr), 0);
     EXPECT_GE(seen.types.size(), 1u);
+    EXPECT_TRUE(sock.seq == start + 1 && sock.dump_seq == start + 1);
     rtnl_close(&sock);
 }
 

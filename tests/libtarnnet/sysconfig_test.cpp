@@ -67,9 +67,10 @@ TEST_F(FindSysconfig, OnSuseGoesByTheHardwareAddress) {
     EXPECT_EQ(found("eth0", mac_text, IFT_VLAN), "none");
     EXPECT_EQ(found("eth0", nullptr), "none");
     write(network_ + "wlan-id-" + mac_text, "");
-    write(network_ + "eth-id-" + mac_text, "");
-    EXPECT_EQ(found("eth0"), network_ + "eth-id-" + mac_text);
-    EXPECT_EQ(found("en0"), "none");
+    for (const char* alike : {"eth-bus-", "eth-id-"})
+        write(network_ + alike + mac_text, "");
+    EXPECT_EQ(found("eth0"), network_ + "eth-bus-" + mac_text) << "the first one";
+    EXPECT_EQ(found("cfg0"), "none") << "sought behind the prefix";
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ std::vector<std::string> missing_names(const CombinedScan& scan) {
     return names;
 }
 
-// 1: 100. 2: 100 + (300 - 100) / 2 = 200. 3: 200 + (300 - 200) / 3 = 233.3. In the order of time, the
-// numbers running on over all recordings.
+// 1: 100. 2: 100 + (300 - 100) / 2 = 200. 3: 200 + (300 - 200) / 3 = 233.3. In the order of time,
+// the numbers running on over all recordings.
 TEST(CombinedScan, TheAverageIsThatOfOneLongScan) {
     NamedRecording later = recording_of({300, 200});
     later.recording.header.start += 50;

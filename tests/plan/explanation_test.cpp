@@ -67,8 +67,7 @@ TEST(Explanation, OpenFilesForSocketsAreDerived) {
     named.recording.passes[0].counts.numtcpsock = 20000;
     const LineStory line = line_of({named}, "NUMFILE");
     EXPECT_EQ(line.basis, Basis::derived);
-    EXPECT_EQ(line.made_from,
-              (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
+    EXPECT_EQ(line.made_from, (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
     EXPECT_EQ(line_of({named}, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
     EXPECT_EQ(line_of({named}, "NUMPTY").basis, Basis::fixed);
     EXPECT_EQ(line_of({named}, "HOSTNAME").basis, Basis::finding);

@@ -149,17 +149,19 @@ TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
         failures_ = {{sample_steps[step].command, "it does not want to\n"}};
         const HostCheck check = check_host(host_);
         EXPECT_EQ(check.run_succeeds(), sample_steps[step].forgiven) << step;
-        EXPECT_EQ(check.steps[step].result,
-                  "Error running '" + std::string(sample_steps[step].command) +
-                      "':\nit does not want to\n");
+        EXPECT_EQ(check.steps[step].result, "Error running '" +
+                                                std::string(sample_steps[step].command) +
+                                                "':\nit does not want to\n");
         EXPECT_EQ(own(check.findings).empty(), !sample_steps[step].forgiven);
     }
     failures_.clear();
     fs::remove(folder_ + "/mtab");
     fs::remove_all(folder_ + "/proc");
     const HostCheck check = check_host(host_);
-    EXPECT_EQ(check.steps[4].result, "Error opening /proc: No such file or directory");
-    EXPECT_EQ(check.steps[11].result, "Error opening '/etc/mtab': No such file or directory");
+    EXPECT_EQ(check.steps[4].result,
+              "Error opening " + host_.paths.proc + ": No such file or directory");
+    EXPECT_EQ(check.steps[11].result,
+              "Error opening '" + host_.paths.mtab + "': No such file or directory");
 }
 
 TEST_F(MadeUpHost, AStepThatHangsIsLeft) {

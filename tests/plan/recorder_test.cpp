@@ -83,7 +83,8 @@ TEST_F(RecordingFile, IsNeverReachedThroughALink) {
 TEST_F(RecordingFile, IsOneRecordersAtATime) {
     const Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
     ASSERT_TRUE(std::holds_alternative<RecordFile>(opened));
-    const BoundedTask other = run_bounded([&] { return refusal(Existing::append); }, 10, no_wake_fd);
+    const BoundedTask other =
+        run_bounded([&] { return refusal(Existing::append); }, 10, no_wake_fd);
     EXPECT_NE(other.text.find("somebody is recording"), std::string::npos);
 }
 
@@ -137,7 +138,8 @@ TEST(ForwardClock, NeverGoesBack) {
         wall_now += wall_ms;
     };
     wall_now = 1000000;
-    ForwardClock clock(500, [] { return wall_now; }, [] { return steady_now; });
+    ForwardClock clock(
+        500, [] { return wall_now; }, [] { return steady_now; });
     EXPECT_EQ(clock.now_ms(), 1000000);
     pass(60000, 60000);
     EXPECT_EQ(clock.now_ms(), 1060000);
@@ -147,7 +149,8 @@ TEST(ForwardClock, NeverGoesBack) {
     EXPECT_EQ(clock.now_ms(), 4780000);
     pass(60000, 60000);
     EXPECT_EQ(clock.now_ms(), 4840000);
-    ForwardClock behind(9000000, [] { return wall_now; }, [] { return steady_now; });
+    ForwardClock behind(
+        9000000, [] { return wall_now; }, [] { return steady_now; });
     pass(1000, 1000);
     EXPECT_EQ(behind.now_ms(), 9001000) << "a recording's last line is later than the clock";
 }

@@ -79,10 +79,11 @@ TEST(Recording, WhatIsWrittenComesBack) {
 
 // The text as the manual shows it, so that the format does not change unnoticed.
 TEST(Recording, TheFormatOfItsLines) {
-    EXPECT_EQ(header_line(header_of("web1")),
-              "{\"recording_format\":1,\"version\":\"1.0\",\"host\":\"web1\",\"machine\":\"x86_64\","
-              "\"kernel\":\"6.1.0\",\"page_size\":4096,\"start\":\"2026-03-12T14:05:00Z\","
-              "\"scan_time\":100,\"scan_period\":10}\n");
+    EXPECT_EQ(
+        header_line(header_of("web1")),
+        "{\"recording_format\":1,\"version\":\"1.0\",\"host\":\"web1\",\"machine\":\"x86_64\","
+        "\"kernel\":\"6.1.0\",\"page_size\":4096,\"start\":\"2026-03-12T14:05:00Z\","
+        "\"scan_time\":100,\"scan_period\":10}\n");
     RecordedPass pass = failed_pass();
     pass.failure = "\xff";
     EXPECT_EQ(pass_line(pass),
