@@ -108,7 +108,8 @@ void add_remarks(const std::vector<Sighting>& sightings, CountStory& story) {
     story.may_grow = !story.remarks.empty();
     if (most <= story.median * steady_ratio) {
         story.remarks.emplace_back("it varies little");
-    } else if (most >= story.median * jumping_ratio && most - story.median >= jumping_least) {
+    } else if (most >= story.median * jumping_ratio &&
+               std::int64_t{most} - story.median >= jumping_least) {
         story.remarks.push_back("it jumps: half of the time at most " +
                                 std::to_string(story.median));
     }

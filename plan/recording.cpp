@@ -14,7 +14,7 @@ using nlohmann::json;
 using namespace recording_names;
 
 constexpr std::int32_t most_int32 = std::numeric_limits<std::int32_t>::max();
-constexpr std::int64_t most_milliseconds = std::int64_t{1} << 52;  // what a double can hold as well
+constexpr std::int64_t most_milliseconds = std::int64_t{1} << 41;  // longer than any scan time
 
 std::int64_t milliseconds_member(const json& object, const char* name) {
     return number_member(object, name, 0, most_milliseconds);
