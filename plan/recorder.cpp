@@ -154,14 +154,15 @@ void Recorder::check_same_host(const RecordingHeader& header) const {
     }
 }
 
+// A pause begins where the pass ended: the disk that takes the line does not put the next one off.
 void Recorder::take_passes() {
     ScanSchedule schedule = make_schedule(start_, spans_.time, spans_.period);
     while (take_pass()) {
-        const std::int32_t pause = next_sleep(schedule, clock_.now_ms() / 1000);
+        const std::int32_t pause = next_sleep(schedule, pass_end_ms_ / 1000);
         if (pause < 0) {
             return;
         }
-        wait(pause);
+        wait_until(pass_end_ + std::chrono::seconds(pause));
         if (stop_.count() > 0) {
             return;
         }
@@ -174,14 +175,14 @@ bool Recorder::take_pass() {
     RecordedPass pass;
     pass.number = passes_done_ + 1;
     pass.at_ms = since_start_ms();
-    const auto begin = std::chrono::steady_clock::now();
+    const auto begin = SteadyClock::now();
     const Sample sample = take_sample(host_);
     if (stop_.count() > 0) {
         return false;
     }
-    pass.took_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                       std::chrono::steady_clock::now() - begin)
-                       .count();
+    pass_end_ = SteadyClock::now();
+    pass_end_ms_ = clock_.now_ms();
+    pass.took_ms = std::chrono::duration_cast<std::chrono::milliseconds>(pass_end_ - begin).count();
     pass.counts = sample.counts;
     pass.taken = taken_before(sample.failure ? sample.failure->step : sample_steps.size());
     if (sample.failure) {
@@ -193,14 +194,14 @@ bool Recorder::take_pass() {
     return true;
 }
 
-// Sleeps until the next pass is due or a signal comes; awake once a second to show how far it is.
-void Recorder::wait(std::int32_t seconds) {
-    using SteadyClock = std::chrono::steady_clock;
-    const auto end = SteadyClock::now() + std::chrono::seconds(seconds);
+// Or until a signal comes; awake once a second to show how far it is.
+void Recorder::wait_until(SteadyClock::time_point end) {
+    using std::chrono::ceil;
     for (auto now = SteadyClock::now(); now < end && stop_.count() == 0; now = SteadyClock::now()) {
-        const auto left = std::chrono::ceil<std::chrono::seconds>(end - now).count();
-        tell(left);
-        stop_.sleep(shows_progress_ ? 1 : static_cast<int>(left));
+        tell(ceil<std::chrono::seconds>(end - now).count());
+        const auto left = ceil<std::chrono::milliseconds>(end - now);
+        const std::chrono::milliseconds slice = std::chrono::seconds(1);
+        stop_.sleep(shows_progress_ ? std::min(left, slice) : left);
     }
 }
 

@@ -2,6 +2,7 @@
 // begins.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -37,12 +38,14 @@ public:
     bool flawed() const { return flawed_; }
 
 private:
+    using SteadyClock = std::chrono::steady_clock;
+
     void begin(ScanSpans spans);
     void go_on(const Recording& recording, ScanSpans spans);
     void check_same_host(const RecordingHeader& header) const;
     void take_passes();
     bool take_pass();
-    void wait(std::int32_t seconds);
+    void wait_until(SteadyClock::time_point end);
     void tell(std::int64_t next_pass_seconds);
     void hide_progress();
     void take_steps();
@@ -60,6 +63,8 @@ private:
     std::int64_t start_ = 0;  // seconds since the epoch
     ScanSpans spans_;
     std::int32_t passes_done_ = 0;
+    SteadyClock::time_point pass_end_;
+    std::int64_t pass_end_ms_ = 0;  // since the epoch
     bool wants_passes_ = true;
     bool wants_summary_ = true;
     bool flawed_ = false;

@@ -63,9 +63,9 @@ void StopSignals::acknowledge() const {
     }
 }
 
-void StopSignals::sleep(int seconds) const {
+void StopSignals::sleep(std::chrono::milliseconds time) const {
     using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::seconds(seconds);
+    const auto end = Clock::now() + time;
     for (auto now = Clock::now(); now < end; now = Clock::now()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
         // One more, since a wait may end a little early.

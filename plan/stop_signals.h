@@ -1,6 +1,7 @@
 // The signals that ask a recorder to end, noticed even while it sleeps.
 #pragma once
 
+#include <chrono>
 #include <csignal>
 
 #include "kiln/owners.h"
@@ -23,7 +24,7 @@ public:
     void acknowledge() const;
 
     // Sleeps until the time is over or a signal comes.
-    void sleep(int seconds) const;
+    void sleep(std::chrono::milliseconds time) const;
 
 private:
     static constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
