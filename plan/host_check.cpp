@@ -214,7 +214,7 @@ void Checker::check_one_shot_step(OneShotStep step) {
     checked.succeeded = outcome.findings.failures.empty();
     checked.result = checked.succeeded ? findings_text(step, outcome.findings)
                                        : outcome.findings.failures.front().text;
-    for (std::string message : Kiln::split("\n", outcome.findings.messages, 0)) {
+    for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
         check_.findings.push_back(
             {checked.what + ": " + message, step == OneShotStep::quotas
                                                 ? "see why, or switch the quotas of the mount off"
