@@ -55,7 +55,7 @@ struct Parsed {
     std::string out_path;
 };
 
-Parsed parse(std::vector<std::string> args, Parsed parsed = {}) {
+Parsed parse(std::vector<std::string> args, Parsed parsed = Parsed()) {
     args.insert(args.begin(), "tarnhwcalc");
     std::vector<char*> argv;
     for (std::string& arg : args) {

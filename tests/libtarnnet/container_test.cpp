@@ -34,8 +34,8 @@ void tarnctl_free_env_ids(tarnctl_env_ids* list) {
     delete list;
 }
 
-int tarnctl_get_env_ids_by_state(tarnctl_env_ids* list, uint32_t state) {
-    EXPECT_EQ(state, 4u);
+int tarnctl_get_env_ids_by_state(tarnctl_env_ids* list, uint32_t wanted_state) {
+    EXPECT_EQ(wanted_state, 4u);
     for (const uint32_t veid : containers)
         list->ids[list->count++] = veid;
     return 0;

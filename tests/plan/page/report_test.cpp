@@ -60,6 +60,7 @@ TEST(Printable, NothingMovesTheTerminal) {
         {"\xff\xc0\xaf", "\\xff\\xc0\\xaf"},                    // no UTF-8, and "/" in two bytes
         {"\xed\xa0\x80\xe2\x82", "\\xed\\xa0\\x80\\xe2\\x82"},  // half a pair, half a character
         {"\xe0\x80\x9b\xf4\x90\x80\x80", "\\xe0\\x80\\x9b\\xf4\\x90\\x80\\x80"},
+        {"\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},  // three bytes written as four
         {std::string("\0", 1), "\\x00"},
     };
     for (const auto& [text, shown] : rows) {
@@ -85,7 +86,9 @@ ReportServer done_server(const char* name) {
 
 ReportFleet sample_fleet() {
     ReportFleet fleet;
-    fleet.servers = {done_server("web1"), done_server("=cmd|' /C calc'!A0"),
+    fleet.servers = {done_server("w\xc3\xa4"
+                                 "b1"),
+                     done_server("=cmd|' /C calc'!A0"),
                      failed_server(hostile, "no, \"really\"\x1b")};
     fleet.servers[0].warnings = {"+watch longer", "two"};
     return fleet;
@@ -96,20 +99,28 @@ TEST(Tables, ForASpreadsheet) {
     const std::string csv = csv_table(sample_fleet());
     EXPECT_EQ(
         csv.substr(csv.find('\n') + 1),
-        "web1,done,," + numbers +
+        "w\xc3\xa4"
+        "b1,done,," +
+            numbers +
             "2,'+watch longer; two\r\n"
             "'=cmd|' /C calc'!A0,done,," +
             numbers +
             "0,\r\n"
             "\"\"\"><script>alert(1)</script>\",failed,\"no, \"\"really\"\"\\x1b\",,,,,,,,,0,\r\n");
     EXPECT_EQ(std::count(csv.begin(), csv.begin() + static_cast<long>(csv.find('\r')), ','), 12);
+    for (const char* formula : {"+1", "-1", "@SUM(A1)"}) {
+        EXPECT_NE(
+            csv_table({"", "", "", {done_server(formula)}}).find(std::string("\n'") + formula),
+            std::string::npos);
+    }
 }
 
 TEST(Tables, ForATerminal) {
     EXPECT_EQ(text_table(sample_fleet()),
               "SERVER                       STATE    MEMORY     DISK  PROCESSES  DESCRIPTORS  "
               "COVERAGE  WARNINGS\n"
-              "web1                         done    3.0 GiB  2.0 GiB        288        11174  "
+              "w\xc3\xa4"
+              "b1                         done    3.0 GiB  2.0 GiB        288        11174  "
               "complete         2\n"
               "    +watch longer\n"
               "    two\n"

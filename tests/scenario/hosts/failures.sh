@@ -24,7 +24,7 @@ run 0
 # A process list that may be searched but not read stops the memory scan; without a search path there is no shell.
 chmod 711 /proc
 chmod 666 "$stage/calls"
-wrapper=(setpriv --reuid 65534 --regid 65534 --clear-groups)
+wrapper=(chroot --userspec=65534:65534 --groups= --skip-chdir /)
 run 3
 wrapper=(env -u PATH)
 run 2
