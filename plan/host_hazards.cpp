@@ -48,6 +48,20 @@ void add_folder_hazard(const std::string& folder, CheckFindings& findings) {
     }
 }
 
+// Of the script or of something above it. A link's own mode says nothing; in a sticky folder nobody
+// else can put root's own entry away.
+void add_script_hazard(const std::string& path, struct stat info, CheckFindings& findings) {
+    if (S_ISLNK(info.st_mode) || (S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0)) {
+        info.st_mode &= ~static_cast<mode_t>(S_IWGRP | S_IWOTH);
+    }
+    const std::string trouble = shared_with(info);
+    if (!trouble.empty()) {
+        findings.push_back(
+            {path + ", on the way to the detection script that a run executes, " + trouble,
+             "chown -h root " + path + "; chmod go-w " + path});
+    }
+}
+
 // With the empty words: one at the beginning or the end is the working directory as well.
 std::vector<std::string> folders_of(const std::string& path) {
     return Kiln::split(":", path, -1);
@@ -207,14 +221,7 @@ CheckFindings script_hazards(const std::string& script) {
         if (path.back() == '/' || lstat(path.c_str(), &info) != 0) {
             continue;
         }
-        // In a sticky folder nobody else can put root's own entry away.
-        const bool is_sticky = S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0;
-        const std::string trouble = shared_with(info);
-        if (!trouble.empty() && !S_ISLNK(info.st_mode) && !(is_sticky && info.st_uid == 0)) {
-            findings.push_back(
-                {path + ", on the way to the detection script that a run executes, " + trouble,
-                 "chown root " + path + "; chmod go-w " + path});
-        }
+        add_script_hazard(path, info, findings);
     }
     return findings;
 }

@@ -228,6 +228,11 @@ TEST_F(MadeUpHost, FoldersThatOthersMayWrite) {
     if (geteuid() == 0) {
         chmod(open_folder.c_str(), 01777);
         EXPECT_TRUE(script_hazards(script).empty()) << "sticky, and the rest is root's";
+        const std::string link = folder_ + "/link";
+        fs::create_symlink(open_folder, link);
+        EXPECT_TRUE(script_hazards(link + "/a/script").empty());
+        ASSERT_EQ(lchown(link.c_str(), 65534, 65534), 0);
+        expect(script_hazards(link + "/a/script"), link + ", on the way");
         ASSERT_EQ(chown(script.c_str(), 65534, 65534), 0);
         expect(script_hazards(script), "belongs to user 65534");
     }
