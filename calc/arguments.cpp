@@ -26,12 +26,12 @@ std::int32_t unit_seconds(char letter) {
 
 }  // namespace
 
-int parse_time(const char* spec, int* seconds) {
+int parse_time(const char* span, int* seconds) {
     *seconds = 0;
     std::int32_t total = 0;
-    while (*spec != '\0') {
+    while (*span != '\0') {
         char* end = nullptr;
-        const auto number = static_cast<std::int32_t>(std::strtoll(spec, &end, 10));
+        const auto number = static_cast<std::int32_t>(std::strtoll(span, &end, 10));
         if (errno != 0) {  // be it left by earlier code, as the header says
             return -1;
         }
@@ -40,7 +40,7 @@ int parse_time(const char* spec, int* seconds) {
             return -1;
         }
         total = Kiln::wrap_add(total, Kiln::wrap_mul(number, unit));
-        spec = end + 1;
+        span = end + 1;
     }
     if (total < 0) {
         return -1;
