@@ -151,6 +151,10 @@ owned_text find_sysconfig(const char* name, uint32_t kind, const char* hwaddr) {
 }
 
 int check_sysconf() {
+    // Most hosts have neither folder: nothing is looked for then, not once for each interface.
+    if (access(state.host.scripts_dir, F_OK) != 0 && access(state.host.network_dir, F_OK) != 0) {
+        return 0;
+    }
     const tarnnet_filter host = {IFT_ALL, nullptr, nullptr, nullptr, 0, 0};
     const owned_result snapshot(get_cached_info(&host));
     if (!snapshot) {
