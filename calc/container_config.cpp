@@ -3,7 +3,6 @@
 // clamped. Change none of them.
 #include "calc/container_config.h"
 
-#include <algorithm>
 #include <cfloat>
 #include <utility>
 
@@ -81,11 +80,36 @@ std::string joined(const std::vector<std::string>& list) {
     return Kiln::join(" ", list.begin(), list.end());
 }
 
+// The low 32 bits of a product or a sum, and whether that lost something.
+struct Cut {
+    std::int32_t value;
+    bool wrapped;
+};
+
+Cut cut(std::int64_t exact) {
+    const auto value = static_cast<std::int32_t>(static_cast<std::uint32_t>(exact));
+    return {value, value != exact};
+}
+
 // A barrier and a limit.
 struct Pair {
     std::int32_t barrier;
     std::int32_t limit;
+    bool wrapped = false;
 };
+
+Pair alike(Cut both) {
+    return {both.value, both.value, both.wrapped};
+}
+
+// The bytes of buffers that so many sockets need.
+Pair socket_buffers(std::int32_t sockets) {
+    const Cut bytes = cut(std::int64_t{sockets} * socket_buffer_bytes);
+    const auto all = static_cast<float>(bytes.value);
+    const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
+    const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
+    return {truncate_to_int32(barrier), truncate_to_int32(all), bytes.wrapped};
+}
 
 std::int32_t scaled(std::int32_t value, Factor factor, ConfigScales scales) {
     switch (factor) {
@@ -115,24 +139,23 @@ private:
 
     void adjust();
     void adjust_count(const CountRule& rule);
-    std::int32_t cut(std::int64_t exact, const char* line);
-    Pair socket_buffers(std::int32_t sockets, const char* line);
 
     void add(const char* name, Pair pair, Sources sources, double reserve = no_margin);
     void add_count(const char* name, const CountRule& rule);
     void add_count_with_margin(const char* name, const CountRule& rule);
-    void add_fixed(const char* name, std::uint64_t barrier, std::uint64_t limit);
-    void add_number(const char* name, std::uint64_t value, Sources sources = {});
+    void add_wide(const char* name, std::uint64_t barrier, std::uint64_t limit);
+    void add_number(const char* name, std::uint64_t value);
     void add_text(const char* name, std::string text);
 
     void add_process_lines();
-    void raise_file_count();
+    bool raise_file_count();
     void add_kernel_memory_lines();
     void add_socket_buffer_lines();
     void add_page_lines();
     void add_count_lines();
     void add_disk_lines();
-    void add_memory_limit_line();
+    void add_share_and_quota_lines();
+    void add_memory_limit_lines();
     void add_identity_lines();
 
     void need(float bytes) { kmem_total_ += bytes; }
@@ -144,18 +167,10 @@ private:
     const ConfigScales scales_;
     const std::int32_t page_size_;
     float kmem_total_ = 0.0F;
+    bool kmem_wrapped_ = false;
+    bool quota_wrapped_ = false;
     std::vector<ConfigLine> lines_;
-    std::vector<std::string> wrapped_lines_;
 };
-
-// The low 32 bits; a value that lost something is remembered with its line.
-std::int32_t Computation::cut(std::int64_t exact, const char* line) {
-    const auto value = static_cast<std::int32_t>(static_cast<std::uint32_t>(exact));
-    if (value != exact) {
-        wrapped_lines_.emplace_back(line);
-    }
-    return value;
-}
 
 void Computation::adjust_count(const CountRule& rule) {
     std::int32_t& count = p_.*rule.measured;
@@ -170,7 +185,7 @@ void Computation::adjust() {
         adjust_count(*rule);
     }
     if (p_.quotaugidlimit != 0) {
-        cut(std::int64_t{p_.quotaugidlimit} * 2, "QUOTAUGIDLIMIT");
+        quota_wrapped_ = cut(std::int64_t{p_.quotaugidlimit} * 2).wrapped;
         adjust_count(quotaugidlimit_rule);
     }
     p_.avnumproc = scales_.memory * p_.avnumproc;
@@ -178,14 +193,6 @@ void Computation::adjust() {
     if (average_floor > p_.avnumproc) {  // a NaN stays
         p_.avnumproc = average_floor;
     }
-}
-
-// The bytes of buffers that so many sockets need.
-Pair Computation::socket_buffers(std::int32_t sockets, const char* line) {
-    const auto all = static_cast<float>(cut(std::int64_t{sockets} * socket_buffer_bytes, line));
-    const double reserve = static_cast<double>(sockets) * socket_reserve_kib * negative_kib;
-    const auto barrier = static_cast<float>(static_cast<double>(all) + reserve);
-    return {truncate_to_int32(barrier), truncate_to_int32(all)};
 }
 
 void Computation::add(const char* name, Pair pair, Sources sources, double reserve) {
@@ -196,7 +203,7 @@ void Computation::add(const char* name, Pair pair, Sources sources, double reser
                       {},
                       std::move(sources),
                       reserve,
-                      false});
+                      pair.wrapped});
 }
 
 void Computation::add_count(const char* name, const CountRule& rule) {
@@ -209,13 +216,12 @@ void Computation::add_count_with_margin(const char* name, const CountRule& rule)
     add(name, {value, with_margin(value)}, {&rule}, margin);
 }
 
-void Computation::add_fixed(const char* name, std::uint64_t barrier, std::uint64_t limit) {
+void Computation::add_wide(const char* name, std::uint64_t barrier, std::uint64_t limit) {
     lines_.push_back({name, ConfigLine::Kind::pair, barrier, limit, {}, {}, no_margin, false});
 }
 
-void Computation::add_number(const char* name, std::uint64_t value, Sources sources) {
-    lines_.push_back(
-        {name, ConfigLine::Kind::number, value, value, {}, std::move(sources), no_margin, false});
+void Computation::add_number(const char* name, std::uint64_t value) {
+    lines_.push_back({name, ConfigLine::Kind::number, value, value, {}, {}, no_margin, false});
 }
 
 void Computation::add_text(const char* name, std::string text) {
@@ -229,37 +235,39 @@ void Computation::add_process_lines() {
     add_count("NUMTCPSOCK", numtcpsock_rule);
     add_count("NUMOTHERSOCK", numothersock_rule);
     add_count("NUMPTY", numpty_rule);
-    raise_file_count();
-    add("NUMFILE", {p_.numfile, p_.numfile},
+    const bool wrapped = raise_file_count();
+    add("NUMFILE", {p_.numfile, p_.numfile, wrapped},
         {&numfile_rule, &numtcpsock_rule, &numothersock_rule, &numpty_rule, &avnumproc_rule});
 }
 
-// Every socket and terminal is an open file, and every process has some.
-void Computation::raise_file_count() {
-    const std::int32_t descriptors =
-        cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty, "NUMFILE");
-    raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors)));
+// Every socket and terminal is an open file, and every process has some. Whether their sum wrapped.
+bool Computation::raise_file_count() {
+    const Cut descriptors = cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty);
+    raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors.value)));
     raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
+    return descriptors.wrapped;
 }
 
 void Computation::add_kernel_memory_lines() {
-    p_.dcachesize = with_margin(cut(p_.numfile * dentry_bytes_per_file, "DCACHESIZE"));
-    add("DCACHESIZE", {p_.dcachesize, p_.dcachesize}, {&numfile_rule}, margin);
+    const Cut dentries = cut(p_.numfile * dentry_bytes_per_file);
+    p_.dcachesize = with_margin(dentries.value);
+    add("DCACHESIZE", alike({p_.dcachesize, dentries.wrapped}), {&numfile_rule}, margin);
 
-    const auto bytes =
-        static_cast<float>(cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize, "KMEMSIZE"));
-    const std::int32_t kmemsize = truncate_to_int32(bytes);
-    add("KMEMSIZE", {kmemsize, kmemsize}, {&numproc_rule, &numfile_rule});
+    const Cut bytes = cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize);
+    const std::int32_t kmemsize = truncate_to_int32(static_cast<float>(bytes.value));
+    add("KMEMSIZE", alike({kmemsize, bytes.wrapped}), {&numproc_rule, &numfile_rule});
     kmem_total_ = static_cast<float>(kmemsize);
 }
 
 void Computation::add_socket_buffer_lines() {
-    add("TCPSNDBUF", socket_buffers(p_.numtcpsock, "TCPSNDBUF"), {&numtcpsock_rule});
-    const Pair tcp = socket_buffers(p_.numtcpsock, "TCPRCVBUF");
+    const Pair tcp = socket_buffers(p_.numtcpsock);
+    add("TCPSNDBUF", tcp, {&numtcpsock_rule});
     add("TCPRCVBUF", tcp, {&numtcpsock_rule});
-    need(static_cast<float>(cut(std::int64_t{2} * tcp.limit, "SLMMEMORYLIMIT")));
+    const Cut twice = cut(std::int64_t{2} * tcp.limit);
+    need(static_cast<float>(twice.value));
+    kmem_wrapped_ = twice.wrapped;
 
-    const Pair other = socket_buffers(p_.numothersock, "OTHERSOCKBUF");
+    const Pair other = socket_buffers(p_.numothersock);
     add("OTHERSOCKBUF", other, {&numothersock_rule});
     need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
 
@@ -281,39 +289,39 @@ void Computation::add_page_lines() {
 
     raise_to(p_.shmpages, shmpages_written_floor);
     add_count("SHMPAGES", shmpages_rule);
-    add_fixed("PHYSPAGES", 0, physpages_limit);
+    add_wide("PHYSPAGES", 0, physpages_limit);
 }
 
 void Computation::add_count_lines() {
     add_count_with_margin("NUMFLOCK", numflock_rule);
-    add_fixed("NUMSIGINFO", numsiginfo, numsiginfo);
+    add_wide("NUMSIGINFO", numsiginfo, numsiginfo);
     add_count("NUMIPTENT", numiptent_rule);
 }
 
 void Computation::add_disk_lines() {
     add_count_with_margin("DISKSPACE", diskspace_rule);
     add_count_with_margin("DISKINODES", diskinodes_rule);
-    add_number("CPUUNITS", cpuunits);
-    add_number("QUOTATIME", quotatime);
-    add_number("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit), {&quotaugidlimit_rule});
 }
 
-void Computation::add_memory_limit_line() {
+void Computation::add_share_and_quota_lines() {
+    add_number("CPUUNITS", cpuunits);
+    add_number("QUOTATIME", quotatime);
+    add_number("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit));
+    lines_.back().sources = {&quotaugidlimit_rule};
+    lines_.back().wrapped = quota_wrapped_;
+}
+
+void Computation::add_memory_limit_lines() {
     kmem_total_ = scales_.memory * kmem_total_;
     // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one page
     // below 2^64.
     const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
-    lines_.push_back({"SLMMEMORYLIMIT",
-                      ConfigLine::Kind::pair,
-                      memory_limit,
-                      memory_limit,
-                      {},
-                      {&privvmpages_rule, &lockedpages_rule, &numproc_rule, &numfile_rule,
-                       &numtcpsock_rule, &numothersock_rule},
-                      no_margin,
-                      false});
+    add_wide("SLMMEMORYLIMIT", memory_limit, memory_limit);
+    lines_.back().sources = {&privvmpages_rule, &lockedpages_rule, &numproc_rule,
+                             &numfile_rule,     &numtcpsock_rule,  &numothersock_rule};
+    lines_.back().wrapped = kmem_wrapped_;
     add_text("SLMMODE", "all");
 }
 
@@ -334,12 +342,9 @@ std::vector<ConfigLine> Computation::run() {
     add_page_lines();
     add_count_lines();
     add_disk_lines();
-    add_memory_limit_line();
+    add_share_and_quota_lines();
+    add_memory_limit_lines();
     add_identity_lines();
-    for (ConfigLine& line : lines_) {
-        const auto& names = wrapped_lines_;
-        line.wrapped = std::find(names.begin(), names.end(), line.name) != names.end();
-    }
     return std::move(lines_);
 }
 

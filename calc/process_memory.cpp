@@ -5,18 +5,15 @@
 #include <string_view>
 
 #include "kiln/numbers.h"
+#include "kiln/strings.h"
 
 namespace {
 
-bool is_blank(char c) {
-    return c == ' ' || c == '\t';
-}
-
 // The part of the line from its value on: behind the first run of blanks. Empty without a value.
 std::string_view value_of(std::string_view line) {
-    const auto* const blank = std::find_if(line.begin(), line.end(), is_blank);
-    const auto* const value = std::find_if_not(blank, line.end(), is_blank);
-    line.remove_prefix(static_cast<std::size_t>(value - line.begin()));
+    std::size_t pos = line.find_first_of(Kiln::blanks_in_line);
+    pos = line.find_first_not_of(Kiln::blanks_in_line, pos);  // a search from npos finds nothing
+    line.remove_prefix(std::min(pos, line.size()));
     return line;
 }
 
