@@ -1,13 +1,16 @@
 #include "kiln/caller_exec.h"
 
+#include <fcntl.h>
 #include <sys/ptrace.h>
 
 #include "kiln/error.h"
+#include "kiln/files.h"
 #include "kiln/sig_mask.h"
 #include "tests/kiln/kiln_support.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Environment = std::list<std::string>;
 using Kiln::CtoDynaBuf;
@@ -87,7 +90,7 @@ TEST(CallerExec, StopOnExitWaitsForTheChildAndForNobodyElse) {
     Looker looker;
     Caller deserted("echo x; sleep 20 & exit 4", {"", true});
     EXPECT_EQ(deserted.call_with(nullptr, &looker, nullptr), 4);
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(10));
+    EXPECT_LT(Clock::now() - start, 10s);
     CtoDynaBuf out;  // of more than a pipe holds, in spite of a false sign of the child's end
     Caller healthy("kill -CHLD $PPID; sleep 0.1; head -c 200000 /dev/zero || exit 5", {"", true});
     EXPECT_EQ(healthy.call_with(nullptr, &out, nullptr), 0);
@@ -129,7 +132,7 @@ TEST(CallerExec, AnExitBeforeTheWaitIsNotFoundByTheTimeOut) {
         caller.before_loop = await_end<WEXITED | WNOWAIT>;
         EXPECT_EQ(caller.call_with(nullptr, nullptr, nullptr), 3);
     }
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));  // each time-out takes one
+    EXPECT_LT(Clock::now() - start, 5s);  // each time-out takes one
     CtoDynaBuf out;
     Caller robbed("echo x; exit 3");
     robbed.before_loop = await_end<WEXITED>;
@@ -147,6 +150,52 @@ TEST(CallerExec, AStopOfATracedChildIsNotItsEnd) {
         soon([](int) { ptrace(PTRACE_DETACH, traced, nullptr, nullptr); });
     };
     EXPECT_EQ(caller.call_with(nullptr, nullptr, nullptr), 3);
+}
+
+TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
+    // Limit, whether to drain; result, bytes kept, bytes copied up to here.
+    const std::tuple<unsigned long, bool, long, std::size_t, off_t> cases[] = {
+        {4097, false, 4096, 4096, 4096},
+        {4096, false, 0, 4096, 4096},  // just full, though nothing was dropped
+        {10, true, 4096, 10, 8192},
+    };
+    const Kiln::File tee(std::tmpfile());
+    const Kiln::Descriptor zeros(open("/dev/zero", O_RDONLY));
+    pollfd entry = {zeros.get(), 0, 0};
+    for (const auto& [limit, drain, result, kept, copied] : cases) {
+        Kiln::CtoDynaBuf buffer(limit, drain, &entry, fileno(tee.get()));
+        EXPECT_EQ(buffer.process(), result) << limit;
+        EXPECT_EQ(buffer.buffer.size(), kept) << limit;
+        EXPECT_EQ(lseek(fileno(tee.get()), 0, SEEK_CUR), copied) << limit;
+    }
+    const int unwritable = dup(zeros.get());
+    Kiln::CtoDynaBuf buffer(~0UL, false, &entry, unwritable);
+    EXPECT_EQ(buffer.process(), 4096);
+    EXPECT_EQ(buffer.tee_fd, -1);
+    EXPECT_EQ(close(unwritable), -1);
+    EXPECT_EQ(Kiln::CtoStaticBuf(&entry).process(), 0);
+}
+
+int ends[2] = {-1, -1};
+
+TEST(WriteAll, GoesOnAfterInterruptedAndPartialWritesAndTellsWhatIsLeft) {
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string full(65536, 'x');  // what a pipe holds
+    char text[65537] = "";
+    for (const std::size_t already : {full.size(), std::size_t{0}}) {
+        EXPECT_EQ(Kiln::write_all(ends[1], full.data(), already), 0U);
+        soon([](int) {
+            char room[65536];
+            EXPECT_EQ(read(ends[0], room, sizeof room), 65536);
+        });
+        const std::string more = full.substr(already) + "yz";
+        EXPECT_EQ(Kiln::write_all(ends[1], more.data(), more.size()), 0U);
+        EXPECT_EQ(read(ends[0], text, sizeof text), 2);
+        EXPECT_STREQ(text, "yz");
+    }
+    Kiln::setFDNonblock(ends[1]);
+    EXPECT_EQ(Kiln::write_all(ends[1], (full + full).data(), 2 * full.size()), full.size());
+    EXPECT_EQ(errno, EAGAIN);
 }
 
 }  // namespace

@@ -20,17 +20,16 @@ TEST(Error, ComposesDomainMessageAndDetailAndCutsThem) {
 }
 
 struct Log : testing::Test {
-    Log() { folder = mkdtemp(folder.data()); }
     ~Log() override {
         log_state() = {};
         std::filesystem::remove_all(folder);
     }
     std::string folder = testing::TempDir() + "kiln test.XXXXXX";
+    const std::string path = std::string(mkdtemp(folder.data())) + "/log";
     std::string text = "old\n";
 };
 
 TEST_F(Log, LevelsDecideWhatReachesConsoleAndFile) {
-    const std::string path = folder + "/log";
     std::ofstream(path) << text;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
@@ -65,7 +64,6 @@ TEST_F(Log, NothingWaitsForAFifoAndTheLogIsNotForOthersToWrite) {
     EXPECT_EQ(log_set_file(fifo.c_str()), -1);
     EXPECT_EQ(get_last_error(), "unable to open log file: " + fifo + ": No such device or address");
     umask(0);
-    const std::string path = folder + "/log";
     EXPECT_EQ(log_set_file(path.c_str()), 0);
     EXPECT_EQ(errno, EPERM);
     struct stat status = {};

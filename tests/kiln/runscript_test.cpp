@@ -20,6 +20,8 @@ extern "C" int kill(pid_t pid, int signal_number) noexcept {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 // "status out|err"
 std::string ran(const std::string& command) {
     std::string out = "old", err = "old";
@@ -101,16 +103,14 @@ std::string outcome(const char* command, const Kiln::RunLimits& limits) {
     std::string out = "old", err = "old";
     const Kiln::CommandEnd end = Kiln::run_command(command, out, err, limits);
     const char* const names[] = {"exited", "stopped", "timed out", "failed"};
-    const bool late = std::chrono::steady_clock::now() - start > std::chrono::seconds(10);
+    const bool late = std::chrono::steady_clock::now() - start > 10s;
     return names[end.how] + (" " + std::to_string(end.status)) + (end.left_behind ? " left" : "") +
            " " + out + "|" + err + (late ? " late" : "");
 }
 
-using std::chrono::milliseconds;
-
 TEST(RunCommand, WaitsForTheCommandAndALittleForOthers) {
-    const Kiln::RunLimits patient = {-1, std::nullopt, std::chrono::seconds(20)};
-    const Kiln::RunLimits impatient = {-1, std::nullopt, milliseconds(0)};
+    const Kiln::RunLimits patient = {-1, std::nullopt, 20s};
+    const Kiln::RunLimits impatient = {-1, std::nullopt, 0s};
     EXPECT_EQ(outcome("echo b >&2; exec >&- 2>&-; sleep 0.1; exit 255", patient),
               "exited 255 |b\n");
     // The group is the command's own, and a false sign is no end.
@@ -125,14 +125,14 @@ TEST(RunCommand, KillsTheWholeGroupAtTheTimeLimit) {
         prctl(PR_SET_CHILD_SUBREAPER, 1);  // what the command leaves is ours to wait for
         const long before = open_descriptors();
         const char* const command = "trap '' TERM; echo x; sleep 20 & sleep 20 & wait";
-        EXPECT_EQ(outcome(command, {-1, milliseconds(700)}), "timed out -1 x\n|");
+        EXPECT_EQ(outcome(command, {-1, 700ms}), "timed out -1 x\n|");
         for (int status = 0, sleeper = 0; sleeper < 2; ++sleeper) {
             EXPECT_TRUE(wait(&status) > 0 && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
         }
         EXPECT_EQ(open_descriptors(), before);
     });
     kills = false;
-    EXPECT_EQ(outcome("exec sleep 20", {-1, milliseconds(10)}), "timed out -1 left |");
+    EXPECT_EQ(outcome("exec sleep 20", {-1, 10ms}), "timed out -1 left |");
     kills = true;
 }
 
@@ -140,7 +140,7 @@ int stop[2] = {-1, -1};
 
 TEST(RunCommand, StopsAtOnceWhenTheDescriptorSaysSo) {
     ASSERT_EQ(pipe(stop), 0);
-    const Kiln::RunLimits limits = {stop[0], std::chrono::seconds(20), std::chrono::seconds(20)};
+    const Kiln::RunLimits limits = {stop[0], 20s, 20s};
     EXPECT_EQ(outcome("exit 3", limits), "exited 3 |");
     std::signal(SIGALRM, [](int) { EXPECT_EQ(write(stop[1], "x", 1), 1); });
     EXPECT_EQ(outcome("echo x; kill -ALRM $PPID; exec sleep 20", limits), "stopped -1 x\n|");
