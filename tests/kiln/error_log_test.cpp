@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <fstream>
 #include <regex>
 
 #include "kiln/error.h"
@@ -18,52 +19,43 @@ TEST(Error, ComposesDomainMessageAndDetailAndCutsThem) {
     EXPECT_EQ(std::string(longest.what()), prefix + std::string(4095 - prefix.size(), 'x'));
 }
 
-std::string without_times(const std::string& text) {
-    return std::regex_replace(text, std::regex("[0-9]{10,} "), "TIME ");
-}
+struct Log : testing::Test {
+    ~Log() override {
+        log_state() = {};
+        std::filesystem::remove_all(folder);
+    }
+    std::string folder = testing::TempDir() + "kiln test.XXXXXX";
+    const std::string path = std::string(mkdtemp(folder.data())) + "/log";
+    std::string text = "old\n";
+};
 
-// What `action` prints: standard output, and behind a "|" standard error.
-template <class Action>
-std::string printed(const Action& action) {
+TEST_F(Log, LevelsDecideWhatReachesConsoleAndFile) {
+    std::ofstream(path) << text;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    action();
-    const std::string out = testing::internal::GetCapturedStdout();
-    return without_times(out + "|" + testing::internal::GetCapturedStderr());
-}
-
-TEST(Log, LevelsDecideWhatReachesConsoleAndFile) {
-    const Folder folder;
-    const std::string path = folder.put("log", "old\n");
-    std::string text;
-    const auto action = [&] {
-        EXPECT_EQ(log_set_file(path.c_str()), 0);
-        EXPECT_EQ(log_set_level(0), 3);
-        EXPECT_EQ(err(5, ENOENT, "open %d", 3), 5);
-        log(0, "plain"), log(3, "detail"), log(4, "too detailed");
-        EXPECT_EQ(log_set_quiet(1), 0);
-        log(-1, "quiet");
-        log_state().enabled = 0;
-        log(-1, "disabled");
-        EXPECT_EQ(Kiln::get_file(path, text), 0);  // each line is there at once
-    };
-    EXPECT_EQ(printed(action), "plain\nTIME detail\n|Error: open 3: No such file or directory\n");
+    EXPECT_EQ(log_set_file(path.c_str()), 0);
+    EXPECT_EQ(log_set_level(0), 3);
+    EXPECT_EQ(err(5, ENOENT, "open %d", 3), 5);
+    log(0, "plain"), log(3, "detail"), log(4, "too detailed");
+    EXPECT_EQ(log_set_quiet(1), 0);
+    log(-1, "quiet");
+    log_state().enabled = 0;
+    log(-1, "disabled");
     EXPECT_STREQ(get_last_error(), "disabled");
-    EXPECT_EQ(
-        without_times(text),
-        "old\nTIME Error: open 3: No such file or directory\nTIME plain\nTIME Error: quiet\n");
-    log_state() = {};
+    EXPECT_EQ(Kiln::get_file(path, text), 0);  // each line is there at once
+    text += "|" + testing::internal::GetCapturedStdout();
+    text += "|" + testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::regex_replace(text, std::regex("[0-9]{10,} "), "TIME "),
+              "old\nTIME Error: open 3: No such file or directory\nTIME plain\nTIME Error: quiet\n"
+              "|plain\nTIME detail\n|Error: open 3: No such file or directory\n");
 }
 
-TEST(Files, NothingWaitsForAFifoAndTheLogIsNotForOthersToWrite) {
-    const Folder folder;
-    const std::string fifo = folder.path + "/fifo";
-    const std::string log = folder.path + "/log";
+TEST_F(Log, NothingWaitsForAFifoAndTheLogIsNotForOthersToWrite) {
+    const std::string fifo = folder + "/fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    std::string text = "old";
     EXPECT_EQ(Kiln::get_file(fifo, text), EOPNOTSUPP);
-    EXPECT_EQ(text, "old");
-    EXPECT_EQ(Kiln::get_file(folder.path, text), EISDIR);
+    EXPECT_EQ(text, "old\n");
+    EXPECT_EQ(Kiln::get_file(folder, text), EISDIR);
     EXPECT_EQ(Kiln::get_file("/dev/null", text), 0);
     EXPECT_EQ(text, "");
 
@@ -72,15 +64,14 @@ TEST(Files, NothingWaitsForAFifoAndTheLogIsNotForOthersToWrite) {
     EXPECT_EQ(log_set_file(fifo.c_str()), -1);
     EXPECT_EQ(get_last_error(), "unable to open log file: " + fifo + ": No such device or address");
     umask(0);
-    EXPECT_EQ(log_set_file(log.c_str()), 0);
+    EXPECT_EQ(log_set_file(path.c_str()), 0);
     EXPECT_EQ(errno, EPERM);
     struct stat status = {};
-    EXPECT_EQ(stat(log.c_str(), &status), 0);
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0644U);
-    log_state() = {};
 }
 
-TEST(Log, LongMessagesAreCutAndAFullDeviceChangesNoErrno) {
+TEST_F(Log, LongMessagesAreCutAndAFullDeviceChangesNoErrno) {
     log_set_quiet(1);
     log_set_file("/dev/full");
     errno = EPERM;
@@ -90,7 +81,6 @@ TEST(Log, LongMessagesAreCutAndAFullDeviceChangesNoErrno) {
         EXPECT_EQ(get_last_error(), std::string(std::min<std::size_t>(length, 4095), 'm') + tail);
     }
     EXPECT_EQ(errno, EPERM);
-    log_state() = {};
 }
 
 }  // namespace

@@ -1,86 +1,63 @@
 #include "kiln/runscript.h"
 
-#include <dlfcn.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
 #include "kiln/close_descriptors.h"
 #include "kiln/file_size_signal.h"
+#include "kiln/owners.h"
 #include "kiln/paths.h"
 #include "kiln/sig_mask.h"
 #include "tests/kiln/kiln_support.h"
 
-namespace {
-
-// How many of these calls still succeed; below 0 for any number.
-int pipes_left = -1;
-int sigactions_left = -1;
-
-}  // namespace
+static bool kills = true;
 
 // The runner's calls come here instead of to the C library.
-extern "C" int pipe2(int fds[2], int flags) noexcept {
-    errno = ENFILE;
-    return pipes_left-- == 0 ? -1 : static_cast<int>(syscall(SYS_pipe2, fds, flags));
-}
-extern "C" int sigaction(int number, const struct sigaction* action,
-                         struct sigaction* old) noexcept {
-    static auto* const real =
-        reinterpret_cast<int (*)(int, const struct sigaction*, struct sigaction*)>(
-            dlsym(RTLD_NEXT, "sigaction"));
-    errno = EPERM;
-    return sigactions_left-- == 0 ? -1 : real(number, action, old);
+extern "C" int kill(pid_t pid, int signal_number) noexcept {
+    return kills ? static_cast<int>(syscall(SYS_kill, pid, signal_number)) : 0;
 }
 
 namespace {
 
-// Whether the command ends with this status and writes this and nothing else.
-bool gives(const std::string& command, int status, const std::string& out, const std::string& err) {
-    std::string actual_out = "old";
-    std::string actual_err = "old";
-    return runscript(command, actual_out, actual_err) == status && actual_out == out &&
-           actual_err == err;
+using namespace std::chrono_literals;
+
+// "status out|err"
+std::string ran(const std::string& command) {
+    std::string out = "old", err = "old";
+    const std::string status = std::to_string(runscript(command, out, err));
+    return status + " " + out + "|" + err;
 }
 
 TEST(Runscript, GivesStatusAndBothOutputsOfThatCommandOnly) {
-    const std::size_t much = 5000000;
-    const std::tuple<const char*, int, std::string, std::string> cases[] = {
-        {"exit 255", 255, "", ""},
-        {"kill -9 $$", -1, "", ""},
-        {"read line || echo closed", 0, "closed\n", ""},
-        // The caller waits for whoever holds an output open.
-        {"(sleep 0.3; echo late) & exit 2", 2, "late\n", ""},
-        // The outputs end before the command does, and a lone signal is no sign of its end.
-        {"kill -CHLD $PPID; exec >&- 2>&-; sleep 0.2; exit 7", 7, "", ""},
-        {"head -c 5000000 /dev/zero & yes '' | head -c 5000000 >&2; wait; exit 6", 6,
-         std::string(much, '\0'), std::string(much, '\n')},
-    };
-    const auto before = open_descriptors();
-    for (const auto& [command, status, out, err] : cases) {
-        EXPECT_TRUE(gives(command, status, out, err)) << command;
-    }
+    const long before = open_descriptors();
+    EXPECT_EQ(ran("exit 255"), "255 |");
+    // The outputs end before the command does, and a lone signal is no sign of its end.
+    EXPECT_EQ(ran("kill -CHLD $PPID; exec >&- 2>&-; sleep 0.2; exit 7"), "7 |");
+    const std::string much(5000000, '\n');
+    EXPECT_TRUE(ran("yes '' | head -c 5000000 & yes '' | head -c 5000000 >&2; wait; exit 6") ==
+                "6 " + much + "|" + much);
     EXPECT_EQ(open_descriptors(), before);
-    EXPECT_FALSE(has_children());
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
 TEST(Runscript, NeitherMissingNorExtraDescriptorsReachTheCommand) {
     for (int closed = 0; closed < 8; ++closed) {
-        EXPECT_TRUE(in_helper_process([closed] {
+        in_own_process([closed] {
             dup2(2, 200);
             for (int fd = 0; fd < 3; ++fd) {
                 close((closed & (1 << fd)) != 0 ? fd : -1);
             }
-            const auto before = open_descriptors();
+            const long before = open_descriptors();
             // 0 is the directory that ls itself has opened.
-            return gives("echo a; echo b >&2; read x || exit 4", 4, "a\n", "b\n") &&
-                   gives("ls /proc/self/fd", 0, "0\n1\n2\n", "") && open_descriptors() == before;
-        })) << "closed descriptors "
-            << closed;
+            EXPECT_EQ(ran("ls /proc/self/fd; echo b >&2; read x || exit 4"), "4 0\n1\n2\n|b\n");
+            EXPECT_EQ(open_descriptors(), before);
+        });
     }
 }
 
 TEST(Runscript, RestoresTheSignalStateItFoundAndGivesItToTheCommand) {
-    EXPECT_TRUE(in_helper_process([] {
+    in_own_process([] {
         const auto custom = [](int) {};
         std::signal(SIGCHLD, SIG_IGN);
         std::signal(SIGPIPE, custom);
@@ -90,36 +67,88 @@ TEST(Runscript, RestoresTheSignalStateItFoundAndGivesItToTheCommand) {
         Kiln::SigMask mask(std::vector<int>{SIGCHLD});
         mask.block();
         const std::string blocked = mask.dump();
-        return gives("echo x; exit 3", 3, "x\n", "") &&  // although children are ignored
-               gives("kill -XFSZ $$", -1, "", "") && mask.dump() == blocked &&
-               std::signal(SIGCHLD, SIG_DFL) == SIG_IGN &&
-               std::signal(SIGPIPE, SIG_DFL) == custom && std::signal(SIGXFSZ, SIG_DFL) == SIG_IGN;
-    }));
-    EXPECT_TRUE(in_helper_process([] {
+        EXPECT_EQ(ran("echo x; exit 3"), "3 x\n|");  // although children are ignored
+        EXPECT_EQ(ran("kill -PIPE $$") + ran("kill -XFSZ $$"), "-1 |-1 |");
+        EXPECT_EQ(mask.dump(), blocked);
+        EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), SIG_IGN);
+        EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), custom);
+        EXPECT_EQ(std::signal(SIGXFSZ, SIG_DFL), SIG_IGN);
+    });
+    in_own_process([] {
         std::signal(SIGXFSZ, SIG_IGN);  // by whoever started us
-        const bool kept = gives("kill -XFSZ $$", 0, "", "");
+        EXPECT_EQ(ran("kill -XFSZ $$"), "0 |");
         Kiln::ignore_file_size_signal();
-        return gives("kill -XFSZ $$", 0, "", "") && kept;
-    }));
+        EXPECT_EQ(ran("kill -XFSZ $$"), "0 |");
+    });
 }
 
 TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {
-    EXPECT_TRUE(in_helper_process([] {
-        const auto fails = [](const char* reason) {
-            return gives("true", -1, "", std::string("[Caller] Generic error. ") + reason);
-        };
+    in_own_process([] {
+        const std::string caller = "-1 |[Caller] Generic error. ";
         dup2(dup(2), 500);
         Kiln::close_descriptors_one_by_one(3, Kiln::Paths().own_descriptors);
-        pipes_left = 1;
-        bool fine = fails("Can't create pipe for callee's 2 fd: Too many open files in system");
-        sigactions_left = 1;  // without a handler the child's end would never be noticed
-        fine = fails("Can't handle signal 17: Operation not permitted") && fine;
-        fine = open_descriptors() == std::set<std::string>{"0", "1", "2", "3"} && fine;
-        const rlimit none = {0, 0};
+        const rlimit none = {0, 0}, five = {5, 5};  // 3 and 4 are one pipe
         setrlimit(RLIMIT_NPROC, &none);
-        const bool bound = getuid() != 0 || setuid(65534) == 0;  // root is not
-        return fails("Fork returned: Resource temporarily unavailable") && bound && fine;
-    }));
+        EXPECT_TRUE(getuid() != 0 || setuid(65534) == 0);  // root is not bound
+        EXPECT_EQ(ran(""), caller + "Fork returned: Resource temporarily unavailable");
+        setrlimit(RLIMIT_NOFILE, &five);
+        EXPECT_EQ(ran(""), caller + "Can't create pipe for callee's 2 fd: Too many open files");
+        EXPECT_EQ(open_descriptors(), 4);
+    });
+}
+
+// "how status out|err", and "late" when somebody's sleep of 20 seconds was waited for.
+std::string outcome(const char* command, const Kiln::RunLimits& limits) {
+    const auto start = std::chrono::steady_clock::now();
+    std::string out = "old", err = "old";
+    const Kiln::CommandEnd end = Kiln::run_command(command, out, err, limits);
+    const char* const names[] = {"exited", "stopped", "timed out", "failed"};
+    const bool late = std::chrono::steady_clock::now() - start > 10s;
+    return names[end.how] + (" " + std::to_string(end.status)) + (end.left_behind ? " left" : "") +
+           " " + out + "|" + err + (late ? " late" : "");
+}
+
+TEST(RunCommand, WaitsForTheCommandAndALittleForOthers) {
+    const Kiln::RunLimits patient = {-1, std::nullopt, 20s};
+    const Kiln::RunLimits impatient = {-1, std::nullopt, 0s};
+    EXPECT_EQ(outcome("echo b >&2; exec >&- 2>&-; sleep 0.1; exit 255", patient),
+              "exited 255 |b\n");
+    // The group is the command's own, and a false sign is no end.
+    EXPECT_EQ(outcome("kill -CHLD $PPID; sleep 0.1; echo x; kill -9 0", patient), "exited -1 x\n|");
+    EXPECT_EQ(outcome("(sleep 0.1; echo y) & echo x; exit 2", patient), "exited 2 x\ny\n|");
+    // All that it has written itself is there, though others hold the outputs on.
+    EXPECT_EQ(outcome("sleep 20 & printf '%65536d' 1; exit 3", impatient).size(), 10 + 65536U);
+}
+
+TEST(RunCommand, KillsTheWholeGroupAtTheTimeLimit) {
+    in_own_process([] {
+        prctl(PR_SET_CHILD_SUBREAPER, 1);  // what the command leaves is ours to wait for
+        const long before = open_descriptors();
+        const char* const command = "trap '' TERM; echo x; sleep 20 & sleep 20 & wait";
+        EXPECT_EQ(outcome(command, {-1, 700ms}), "timed out -1 x\n|");
+        for (int status = 0, sleeper = 0; sleeper < 2; ++sleeper) {
+            EXPECT_TRUE(wait(&status) > 0 && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+        }
+        EXPECT_EQ(open_descriptors(), before);
+    });
+    kills = false;
+    EXPECT_EQ(outcome("exec sleep 20", {-1, 10ms}), "timed out -1 left |");
+    kills = true;
+}
+
+int stop[2] = {-1, -1};
+
+TEST(RunCommand, StopsAtOnceWhenTheDescriptorSaysSo) {
+    ASSERT_EQ(pipe(stop), 0);
+    const Kiln::RunLimits limits = {stop[0], 20s, 20s};
+    EXPECT_EQ(outcome("exit 3", limits), "exited 3 |");
+    std::signal(SIGALRM, [](int) { EXPECT_EQ(write(stop[1], "x", 1), 1); });
+    EXPECT_EQ(outcome("echo x; kill -ALRM $PPID; exec sleep 20", limits), "stopped -1 x\n|");
+    EXPECT_EQ(outcome("exec sleep 20", limits), "stopped -1 |");  // from the start
+    char flag = 0;
+    EXPECT_EQ(read(stop[0], &flag, 1), 1);
+    EXPECT_EQ(outcome("(sleep 0.2; kill -ALRM $PPID; sleep 20) & exit 0", limits),
+              "stopped -1 |");  // others hold the outputs
 }
 
 }  // namespace

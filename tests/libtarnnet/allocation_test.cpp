@@ -13,19 +13,15 @@
 // There only in a build with the address sanitizer.
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 
-namespace {
+static int calls = 0;
+static int failing_call = 0;  // counted from 1
 
-int calls = 0;
-int failing_call = 0;  // counted from 1
-
-bool fails() {
+static bool fails() {
     if (++calls != failing_call)
         return false;
     errno = ENOMEM;
     return true;
 }
-
-}  // namespace
 
 #define MAY_FAIL(type, name, failure, parameters, arguments)  \
     extern "C" type __real_##name parameters;                 \
@@ -63,11 +59,10 @@ Lines counted_inventory() {
 }
 
 TEST_F(MadeUpHost, HasFilesThatAreReadWholeOrNotAtAll) {
-    const std::string line(99, 'x');
-    std::string text;
+    std::string text = "last";
     while (text.size() < 9000)
-        text += line + "\n";
-    write(state.host.vlans, text + "last");
+        text.insert(0, std::string(99, 'x') + "\n");
+    write(state.host.vlans, text);
     for (failing_call = 1;; ++failing_call) {
         calls = 0;
         text_file file(state.host.vlans);
@@ -76,7 +71,7 @@ TEST_F(MadeUpHost, HasFilesThatAreReadWholeOrNotAtAll) {
             found += next;
         if (calls < failing_call) {
             EXPECT_TRUE(file.is_read());
-            EXPECT_EQ(found, text + "last");
+            EXPECT_EQ(found, text);
             break;
         }
         ASSERT_TRUE(!file.is_read() && found.empty()) << "call " << failing_call;

@@ -10,12 +10,7 @@
 
 struct tarnctl_conf {};
 
-namespace {
-
-const std::set<uint32_t> containers = {3, 101, 102};
-int still_given_out = 0;
-
-}  // namespace
+static const std::set<uint32_t> containers = {3, 101, 102};
 
 extern "C" {
 
@@ -24,12 +19,10 @@ int tarnctl_open(void) {
 }
 
 tarnctl_env_ids* tarnctl_alloc_env_ids(void) {
-    ++still_given_out;
     return new tarnctl_env_ids{new uint32_t[containers.size()], 0};
 }
 
 void tarnctl_free_env_ids(tarnctl_env_ids* list) {
-    --still_given_out;
     delete[] list->ids;
     delete list;
 }
@@ -47,14 +40,13 @@ int tarnctl_get_env_conf_path(uint32_t veid, char* path, size_t size) {
     return containers.count(veid) == 0 ? -1 : 0;
 }
 
+// What is handed out is new each time, so that the leak check sees what is not given back.
 tarnctl_conf* tarnctl_conf_open(const char* /*path*/) {
-    ++still_given_out;
-    static tarnctl_conf conf;
-    return &conf;
+    return new tarnctl_conf;
 }
 
-void tarnctl_conf_close(tarnctl_conf* /*conf*/) {
-    --still_given_out;
+void tarnctl_conf_close(tarnctl_conf* conf) {
+    delete conf;
 }
 
 int tarnctl_conf_parse(tarnctl_conf* /*conf*/) {
@@ -62,13 +54,11 @@ int tarnctl_conf_parse(tarnctl_conf* /*conf*/) {
 }
 
 tarnctl_env_param* tarnctl_conf_get_env_param(tarnctl_conf* /*conf*/) {
-    ++still_given_out;
-    static tarnctl_env_param param = {"/containers/root"};
-    return &param;
+    return new tarnctl_env_param{"/containers/root"};
 }
 
-void tarnctl_free_env_param(tarnctl_env_param* /*param*/) {
-    --still_given_out;
+void tarnctl_free_env_param(tarnctl_env_param* param) {
+    delete param;
 }
 
 pid_t tarnctl_env_exec_fn_async(uint32_t veid, const char* root, int (*function)(void* argument),
@@ -105,7 +95,6 @@ TEST_F(MadeUpHost, HasContainersReadFromWithinOneByOneOrInAWideRangeByTheirState
     EXPECT_EQ(inventory(0, 0, 0), Lines{"eth0 2 [] []"});
     EXPECT_EQ(inventory(0, 9, 8), Lines{});
     EXPECT_EQ(inventory(0, ~0u - 1, ~0u), Lines{});
-    EXPECT_EQ(still_given_out, 0);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "every child was waited for";
 }
 

@@ -12,12 +12,8 @@
 #include "log.h"
 #include "made_up_host.h"
 
-namespace {
-
-int flock_error = 0;    // of every call, or 0
-int interruptions = 0;  // of the next calls, before all else
-
-}  // namespace
+static int flock_error = 0;    // of every call, or 0
+static int interruptions = 0;  // of the next calls, before all else
 
 extern "C" int __real_flock(int fd, int operation);
 extern "C" int __wrap_flock(int fd, int operation) {
@@ -31,16 +27,11 @@ namespace {
 
 class Lock : public MadeUpHost {
 protected:
-    Lock() { umask(0); }
-    ~Lock() override {
-        flock_error = 0;
-        umask(022);
-    }
+    Lock() { umask(0), flock_error = 0; }
 
     static bool free_within_process() {
         int value = -1;
-        sem_getvalue(&state.semaphore, &value);
-        return value == 1;
+        return sem_getvalue(&state.semaphore, &value) == 0 && value == 1;
     }
 
     // Whether another process could lock the file in that way now.
@@ -68,8 +59,7 @@ TEST_F(Lock, IsLoggedAsOneStampedLineForEachMessageCutTo1023Characters) {
     EXPECT_EQ(errno, ERANGE);
     const owned_fd reader(open(state.host.log_file, O_RDONLY | O_NONBLOCK));
     tarnnetlog("not for a reader");
-    char byte;
-    EXPECT_EQ(read(reader.get(), &byte, 1), 0);
+    EXPECT_EQ(read(reader.get(), &stamp, 1), 0);
 }
 
 TEST_F(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
@@ -110,11 +100,6 @@ TEST_F(Lock, ThatIsRefusedLeavesNothingHeldUnlessItsFileCannotBeOpened) {
     ASSERT_EQ(symlink(elsewhere.c_str(), state.host.lock_file), 0);
     EXPECT_EQ(grab_shared_tarnnetlock(0), 6) << "no link is followed";
     EXPECT_FALSE(std::filesystem::exists(elsewhere));
-    EXPECT_FALSE(free_within_process());
-    release_tarnnetlock();
-    ASSERT_EQ(unlink(state.host.lock_file), 0);
-    std::filesystem::create_directory(state.host.lock_file);
-    EXPECT_EQ(grab_excl_tarnnetlock(), 6);
     EXPECT_FALSE(free_within_process());
     release_tarnnetlock();
 }

@@ -135,7 +135,7 @@ protected:
               "ADDR_far0=\"10.9.0.1 10.9.0.2\"\n");
         write(std::string(state.host.scripts_dir) + "/ifcfg-eth0", "BOOTPROTO=dhcp\n");
         write(state.host.pair_devices,
-              "Version: 1.0\n"
+              "  Version:   1.0\n"
               "00:18:51:0C:7A:01   veth101.0 00:18:51:0C:7A:02  eth0     101 allow\n"
               "too few fields\n"
               "m veth102.0 m eth1 102");
@@ -143,15 +143,14 @@ protected:
               "Version: 1.0\nvme1\n\nvme2" + std::string(300, ' ') + "more\n");
         write(state.host.vlans,
               "VLAN Dev name    | VLAN ID\n"
-              "Name-Type: VLAN_NAME_TYPE_PLUS_VID\n"
+              " Name-Type : VLAN_NAME_TYPE_PLUS_VID rest\nName-Types: WORD\n"
               "eth0.10        | 10  | eth0\n"
               "eth0.20        | 20\n");
-        for (const char* file :
-             {"br0/bridge/x", "br0/brif/veth101.0", "br1/bridge/x", "notbr/bridge"})
-            write(std::string(state.host.interfaces) + "/" + file, "");
+        const std::string interfaces = std::string(state.host.interfaces) + "/";
+        for (const char* file : {"br0/bridge/x", "br0/brif/veth101.0", "br1/bridge/x", "no/bridge"})
+            write(interfaces + file, "");
     }
 
-private:
     static int next_fd() { return owned_fd(dup(STDERR_FILENO)).get(); }
 
     const int next_fd_ = next_fd();
@@ -187,8 +186,6 @@ inline std::string line_of(const tarnnetif_info& record) {
 
 inline Lines lines_of(const tarnnet_info* result) {
     Lines lines;
-    if (result == nullptr)
-        return {"none"};
     for (tarnnetif_info** record = result->records; *record != nullptr; ++record)
         lines.push_back(line_of(**record));
     return lines;

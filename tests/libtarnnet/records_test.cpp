@@ -16,14 +16,6 @@ std::string names(const tarnnet_filter& filter = {IFT_ALL, nullptr, nullptr, nul
     return found;
 }
 
-tarnnetif_info* set(const char* name, uint32_t code, uint32_t number) {
-    return update_tarnnetif_info(name, 0, code, number_value(number));
-}
-
-tarnnetif_info* set(const char* name, uint32_t code, const char* text) {
-    return update_tarnnetif_info(name, 0, code, text_value(text));
-}
-
 // Nobody's record is left over from the test before.
 class Records : public testing::Test {
 protected:
@@ -33,13 +25,17 @@ protected:
         purge_all_generations();
         EXPECT_EQ(netinfo.trash, nullptr);
     }
+    static tarnnetif_info* set(const char* name, uint32_t code, uint32_t number) {
+        return update_tarnnetif_info(name, 0, code, number_value(number));
+    }
+    static tarnnetif_info* set(const char* name, uint32_t code, const char* text) {
+        return update_tarnnetif_info(name, 0, code, text_value(text));
+    }
     // Every active record is held from here on, and a new generation begins.
     void hold() {
         held_ = get_cached_info(nullptr);
         use_origin(0, origin_live);
     }
-
-private:
     tarnnet_info* held_ = nullptr;
 };
 
@@ -158,8 +154,7 @@ TEST_F(Records, AreFilteredHoweverManyThereAre) {
     std::string expected = names();
     for (char name[] = "more0"; name[4] < '0' + 40; ++name[4]) {
         set(name, IFU_STATE, 1);
-        expected.insert(0, std::string(name) + " ");
-        EXPECT_EQ(names(), expected);
+        EXPECT_EQ(names(), expected.insert(0, std::string(name) + " "));
     }
 }
 

@@ -1,13 +1,15 @@
-// The netlink layer, fed with datagrams through a socket pair, and against the kernel itself.
+// The netlink layer, fed with datagrams through a socket pair, and what the live read takes from
+// the messages.
 #include "rtnl.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
 
 #include "made_up_host.h"
+#include "netinfo/link_facts.h"
+#include "netinfo/live_read.h"
 
 namespace {
 
@@ -38,27 +40,22 @@ int see(const sockaddr_nl*, nlmsghdr* message, void* argument) {
 
 class RtnlDump : public MadeUpHost {
 protected:
-    void SetUp() override {
-        int ends[2];
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, ends), 0);
-        sock_.fd = ends[0];
-        kernel_ = ends[1];
+    RtnlDump() {
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, ends_), 0);
+        sock_.fd = ends_[0];
         sock_.local_addr.nl_pid = our_port;
         sock_.dump_seq = our_dump_seq;
     }
-    void TearDown() override {
-        rtnl_close(&sock_);
-        close(kernel_);
-    }
+    ~RtnlDump() override { rtnl_close(&sock_), close(ends_[1]); }
     int dump(const std::vector<std::string>& datagrams, rtnl_filter_fn junk = nullptr) {
         for (const std::string& datagram : datagrams)
-            EXPECT_GE(::send(kernel_, datagram.data(), datagram.size(), 0), 0);
+            EXPECT_GE(::send(ends_[1], datagram.data(), datagram.size(), 0), 0);
         return rtnl_dump_filter(&sock_, see, &seen_, junk, &junk_);
     }
 
     const std::string done_ = message(NLMSG_DONE, "1234") + message(RTM_NEWNEIGH);
     rtnl_sock sock_ = {};
-    int kernel_ = -1;
+    int ends_[2] = {-1, -1};
     Seen seen_;
     Seen junk_;
 };
@@ -80,14 +77,12 @@ TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
     const rtnl_receivers nobody = {see, &seen_, nullptr, nullptr};
     const message_bytes bytes = {reinterpret_cast<unsigned char*>(done.data()), done.size()};
     EXPECT_FALSE(rtnl_walk_datagram(&sock_, &stranger, bytes, &nobody).finished);
-}
-
-TEST_F(RtnlDump, ANegativeCallbackResultEndsTheDumpAtOnce) {
+    // A negative answer of a callback ends the dump at once.
     seen_.answer = -7;
     EXPECT_EQ(dump({message(link_type) + message(link_type)}), -7);
     junk_.answer = -5;
     EXPECT_EQ(dump({message(link_type, "", our_dump_seq + 1) + message(link_type)}, see), -5);
-    EXPECT_EQ(seen_.types, Types{link_type});
+    EXPECT_EQ(seen_.types.size(), 7u);
 }
 
 TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
@@ -148,19 +143,86 @@ TEST_F(MadeUpHost, LogsADeficitOfAttributesWhereTheWalkStops) {
               "!!!Deficit 8, rta_len=12\n!!!Deficit 8, rta_len=3\n!!!Deficit 2, rta_len=7\n");
 }
 
-TEST(RtnlSocket, AsksTheKernelWithABodyOfTheCallers) {
-    rtnl_sock sock;
-    ASSERT_EQ(rtnl_open(&sock, RTMGRP_NOTIFY), 0);
-    EXPECT_EQ(sock.local_addr.nl_groups, unsigned{RTMGRP_NOTIFY});
-    const uint32_t start = sock.seq;
-    EXPECT_NEAR(start, static_cast<double>(time(nullptr)), 60);
-    ifinfomsg body = {};
-    Seen seen;
-    EXPECT_EQ(rtnl_dump_request(&sock, RTM_GETLINK, &body, sizeof(body)), 32);
-    EXPECT_EQ(rtnl_dump_filter(&sock, see, &seen, nullptr, nullptr), 0);
-    EXPECT_GE(seen.types.size(), 1u);
-    EXPECT_TRUE(sock.seq == start + 1 && sock.dump_seq == start + 1);
-    rtnl_close(&sock);
+std::string link_of_type(uint16_t hardware, const std::vector<Attribute>& attributes) {
+    return make_message(RTM_NEWLINK, ifinfomsg{0, 0, hardware, 7, 0x1003, 0}, attributes);
+}
+
+TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
+    const std::string name(40, 'n');
+    link_entry link = {};
+    for (const uint16_t type : std::vector<uint16_t>{0, 1, 2, 6, 512, 3, 32, 65534, 778}) {
+        std::string of = link_of_type(type, {{IFLA_IFNAME, name}, {IFLA_ADDRESS, "ABCDEFGH"}});
+        ASSERT_TRUE(parse_link(header_of(of), &link));
+        const bool shown = type <= 2 || type == 6 || type == 512;
+        EXPECT_STREQ(link.hwaddr, shown ? "41:42:43:44:45:46:4" : "") << type;
+    }
+    EXPECT_EQ(link.name, name.substr(0, 15));
+    EXPECT_TRUE(link.flags == 0x1003 && link.index == 7);
+    for (std::string none : {link_of_type(772, {{IFLA_IFNAME, "lo"}}), link_of_type(1, {}),
+                             make_message(RTM_DELLINK, ifinfomsg{}, {{IFLA_IFNAME, name}})})
+        EXPECT_FALSE(parse_link(header_of(none), &link));
+}
+
+TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
+    const std::string near("\12\0\0\1", 4);
+    const std::string far = "\300\250\377\144";
+    const std::string near6("\375\0\0\0\0\0\0\0\0\0\0\0\0\0\0\1", 16);
+    const std::string alike6("\375\0\0\0\0\0\0\0\0\0\0\0\0\0\0\2", 16);
+    const std::string far6("\376\200\0\0\0\0\0\0\0\0\0\0\0\0\0\2", 16);
+    // The last one is empty when the message is ignored.
+    const std::tuple<unsigned char, unsigned char, std::vector<Attribute>, const char*> cases[] = {
+        {AF_INET, 24, {{IFA_ADDRESS, near}, {IFA_LOCAL, near}}, "10.0.0.1/24"},
+        {AF_INET, 8, {{IFA_LOCAL, far}}, "192.168.255.100/8"},
+        {AF_INET, 32, {{IFA_ADDRESS, {"\12\0\0\2", 4}}, {IFA_LOCAL, near}}, "10.0.0.1"},
+        {AF_INET6, 64, {{IFA_ADDRESS, near6}}, "fd00::1/64"},
+        {AF_INET6, 128, {{IFA_ADDRESS, far6}, {IFA_LOCAL, near6}}, "fd00::1"},
+        // Only four bytes are compared.
+        {AF_INET6, 128, {{IFA_ADDRESS, alike6}, {IFA_LOCAL, near6}}, "fd00::1/128"},
+        {AF_INET, 24, {}, ""},
+        {AF_INET6, 64, {{IFA_ADDRESS, near}}, ""},  // shorter than an address
+        {AF_UNSPEC, 24, {{IFA_LOCAL, near}}, ""},
+    };
+    for (const auto& [family, prefix, attributes, expected] : cases) {
+        address_entry entry = {};
+        const ifaddrmsg address = {family, prefix, 0, 0, 7};
+        std::string bytes = make_message(RTM_NEWADDR, address, attributes);
+        EXPECT_EQ(parse_address(header_of(bytes), &entry), *expected != '\0');
+        EXPECT_STREQ(entry.text, expected);
+        header_of(bytes)->nlmsg_type = RTM_DELADDR;
+        EXPECT_FALSE(parse_address(header_of(bytes), &entry));
+    }
+}
+
+// What is shorter than its structure is not looked at.
+TEST(Message, IsSeenAsAStructureWhenItIsLongEnoughOnly) {
+    std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
+    const message_bytes body = body_of(header_of(bytes));
+    EXPECT_NE(body.begin_with<ifinfomsg>(), nullptr);
+    EXPECT_EQ((message_bytes{body.start, sizeof(ifinfomsg) - 1}.begin_with<ifinfomsg>()), nullptr);
+    link_entry link = {};
+    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
+        header_of(bytes)->nlmsg_len = length;
+        EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;
+    }
+}
+
+TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
+    kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde"),
+                       link_message(3, "br0", "\2abcde"), address_message(AF_INET, 1, 9)};
+    std::string all;
+    for (char number = 120; number >= 20; --number) {
+        kernel_messages.push_back(address_message(AF_INET, 2, number));
+        all += (all.empty() ? "10.1.0." : ",10.1.0.") + std::to_string(number) + "/24";
+    }
+    kernel_messages.push_back(address_message(AF_INET, 1, 8));
+    update_tarnnetif_info("br0", 0, IFU_TYPE, number_value(IFT_BRIDGE));
+    read_single_ifconfioctl(TARNNET_READ_IPV4, 0);
+    EXPECT_EQ(line_of(*find_tarnnetif_info("vnix0", 0, IFT_ETHERNET)),
+              "vnix0 2 [" + all.substr(0, 1023) + "] []");
+    const tarnnetif_info* vnic0 = find_tarnnetif_info("vnic0", 0, IFT_VNIC);
+    EXPECT_EQ(line_of(*vnic0), "vnic0 32 [10.1.0.9/24,10.1.0.8/24] []");
+    EXPECT_STREQ(vnic0->hwaddr, "02:61:62:63:64:65");
+    EXPECT_NE(find_tarnnetif_info("br0", 0, IFT_BRIDGE), nullptr) << "keeps its kind";
 }
 
 }  // namespace
