@@ -16,9 +16,6 @@ namespace {
 const ScanProgress halfway = {1800, 3690, 65, 7};
 
 TEST(ProgressLine, FitsTheTerminal) {
-    ScanProgress late = halfway;
-    late.elapsed_seconds = 999999;
-    late.next_pass_seconds = 0;
     const std::tuple<ScanProgress, int, const char*> cases[] = {
         // 1800 of 3690 seconds fill 14 of 30 places.
         {halfway, 80, "[##############................] 30:00/1:01:30 passes 7 next 1:05"},
@@ -27,7 +24,9 @@ TEST(ProgressLine, FitsTheTerminal) {
         {halfway, 25, "30:00/1:01:30 #7 +1:05"},
         {halfway, 10, "30:00/1:0"},
         {halfway, 0, ""},
-        {late, 80, "[##############################] 1:01:30/1:01:30 passes 7 measuring"},
+        {{999999, 3690, 0, 7},
+         80,
+         "[##############################] 1:01:30/1:01:30 passes 7 measuring"},
     };
     for (const auto& [progress, columns, line] : cases) {
         EXPECT_EQ(format_progress(progress, columns), line);
