@@ -6,50 +6,41 @@
 #include <sys/ioctl.h>
 #include <termios.h>
 
-#include <csignal>
 #include <cstdlib>
+#include <tuple>
 
 #include "tests/support/in_child.h"
 
 namespace {
 
-ScanProgress halfway() {
-    ScanProgress progress;
-    progress.elapsed_seconds = 1800;
-    progress.total_seconds = 3690;
-    progress.next_pass_seconds = 65;
-    progress.passes_done = 7;
-    return progress;
-}
+const ScanProgress halfway = {1800, 3690, 65, 7};
 
 TEST(ProgressLine, FitsTheTerminal) {
-    // 1800 of 3690 seconds fill 14 of 30 places.
-    EXPECT_EQ(format_progress(halfway(), 80),
-              "[##############................] 30:00/1:01:30 passes 7 next 1:05");
-    // 22 numbers' characters leave 14 of the 39 columns for the bar: 1800*14/3690 = 6.
-    EXPECT_EQ(format_progress(halfway(), 40), "[######........] 30:00/1:01:30 #7 +1:05");
-    EXPECT_EQ(format_progress(halfway(), 25), "30:00/1:01:30 #7 +1:05");
-    EXPECT_EQ(format_progress(halfway(), 10), "30:00/1:0");
-    EXPECT_EQ(format_progress(halfway(), 0), "");
-    ScanProgress late = halfway();
-    late.elapsed_seconds = 999999;
-    late.next_pass_seconds = 0;
-    EXPECT_EQ(format_progress(late, 80),
-              "[##############################] 1:01:30/1:01:30 passes 7 measuring");
+    const std::tuple<ScanProgress, int, const char*> cases[] = {
+        // 1800 of 3690 seconds fill 14 of 30 places.
+        {halfway, 80, "[##############................] 30:00/1:01:30 passes 7 next 1:05"},
+        // 22 numbers' characters leave 14 of the 39 columns for the bar: 1800*14/3690 = 6.
+        {halfway, 40, "[######........] 30:00/1:01:30 #7 +1:05"},
+        {halfway, 25, "30:00/1:01:30 #7 +1:05"},
+        {halfway, 10, "30:00/1:0"},
+        {halfway, 0, ""},
+        {{999999, 3690, 0, 7},
+         80,
+         "[##############################] 1:01:30/1:01:30 passes 7 measuring"},
+    };
+    for (const auto& [progress, columns, line] : cases) {
+        EXPECT_EQ(format_progress(progress, columns), line);
+    }
 }
 
 class Terminal : public testing::Test {
 protected:
-    Terminal() : screen_(posix_openpt(O_RDWR | O_NOCTTY)) {
-        EXPECT_EQ(grantpt(screen_), 0);
-        EXPECT_EQ(unlockpt(screen_), 0);
-        terminal = open(ptsname(screen_), O_RDWR | O_NOCTTY);
-        EXPECT_GE(terminal, 0);
+    Terminal() {
+        EXPECT_EQ(grantpt(screen) + unlockpt(screen), 0);
+        terminal = open(ptsname(screen), O_RDWR | O_NOCTTY);
+        resize(80);
     }
-    ~Terminal() override {
-        close(terminal);
-        close(screen_);
-    }
+    ~Terminal() override { EXPECT_EQ(close(terminal) + close(screen), 0); }
     void resize(unsigned short columns) const {
         const winsize size = {24, columns, 0, 0};
         EXPECT_EQ(ioctl(terminal, TIOCSWINSZ, &size), 0);
@@ -58,75 +49,48 @@ protected:
     std::string seen() const {
         EXPECT_EQ(write(terminal, "$", 1), 1);
         std::string text;
-        char piece[512];
-        while (text.empty() || text.back() != '$') {
-            const ssize_t size = read(screen_, piece, sizeof piece);
-            if (size <= 0) {
-                break;
-            }
-            text.append(piece, static_cast<std::size_t>(size));
+        char c = 0;
+        while (read(screen, &c, 1) == 1 && c != '$') {
+            text += c;
         }
-        return text.substr(0, text.size() - 1);
+        return text;
     }
 
+    int screen = posix_openpt(O_RDWR | O_NOCTTY);
     int terminal = -1;
-
-private:
-    int screen_;
 };
 
 // On one that becomes narrower, as on one that stays, a line takes one row at most.
 TEST_F(Terminal, ShowsOneRowThatIsWiped) {
     ProgressLine line(terminal);
-    resize(80);
-    line.progress(halfway());
+    line.progress(halfway);
     resize(40);
-    line.progress(halfway());
+    line.progress(halfway);
     resize(30);
     line.finished();
-    EXPECT_EQ(seen(), "\r" + format_progress(halfway(), 80) + "\r" +
-                          format_progress(halfway(), 40) + "\r" + std::string(29, ' ') + "\r");
+    EXPECT_EQ(seen(), "\r" + format_progress(halfway, 80) + "\r" + format_progress(halfway, 40) +
+                          "\r" + std::string(29, ' ') + "\r");
 }
 
-// One that is held would hold the scan as well.
-TEST_F(Terminal, IsLeftAloneWhileItIsHeld) {
-    const auto draw_held = [&] {
+// One that is held would hold the scan as well; a job in the background must not draw over the
+// shell's prompt.
+TEST_F(Terminal, IsLeftAloneWhileItIsHeldAndFromTheBackground) {
+    const auto again = [](ProgressLine line) {
+        line.progress(halfway);
+        line.finished();
+        return 0;
+    };
+    const auto draw = [&] {
+        const bool own = setsid() != -1 && ioctl(terminal, TIOCSCTTY, 0) == 0;
         ProgressLine line(terminal);
-        resize(80);
-        line.progress(halfway());
+        line.progress(halfway);
         tcflow(terminal, TCOOFF);
-        line.progress(halfway());
-        line.finished();
-        return tcflow(terminal, TCOON);
+        again(line);
+        tcflow(terminal, TCOON);
+        return own ? in_child([&] { return setpgid(0, 0) + again(line); }) : 1;
     };
-    EXPECT_EQ(in_child(draw_held), 0) << "waited for the terminal";
-    EXPECT_EQ(seen(), "\r" + format_progress(halfway(), 80));
-}
-
-// A job in the background must not draw over the shell's prompt.
-TEST_F(Terminal, IsLeftAloneFromTheBackground) {
-    const auto draw_behind = [&] {
-        setsid();
-        if (ioctl(terminal, TIOCSCTTY, 0) != 0) {
-            return 1;
-        }
-        resize(80);
-        ProgressLine line(terminal);
-        line.progress(halfway());
-        signal(SIGTTOU, SIG_IGN);
-        const pid_t other = fork();
-        if (other == 0) {
-            pause();
-        }
-        setpgid(other, other);
-        const int handed_over = tcsetpgrp(terminal, other);
-        line.progress(halfway());
-        line.finished();
-        kill(other, SIGKILL);
-        return handed_over;
-    };
-    EXPECT_EQ(in_child(draw_behind), 0);
-    EXPECT_EQ(seen(), "\r" + format_progress(halfway(), 80));
+    EXPECT_EQ(in_child(draw), 0) << "waited for the terminal";
+    EXPECT_EQ(seen(), "\r" + format_progress(halfway, 80));
 }
 
 }  // namespace

@@ -1,24 +1,24 @@
-// One pass: the parsers of the commands' output, the memory scan, and what the profile keeps.
+// One pass: the parsers of the commands' output, the processes, what the profile keeps.
 #include "calc/sample.h"
 
 #include <dirent.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <tuple>
+#include <utility>
 #include <variant>
 
 #include "calc/memory_scan.h"
+#include "calc/process_memory.h"
 #include "calc/sample_parsers.h"
-#include "tests/calc/made_up_host.h"
+#include "tests/support/made_up_host.h"
 
 static int entries_left = -1;  // of those that the program's readdir() gives before it fails
 extern "C" dirent* __real_readdir(DIR* directory);
 extern "C" dirent* __wrap_readdir(DIR* directory) {
-    if (entries_left-- == 0) {
-        errno = EIO;
-        return nullptr;
-    }
-    return __real_readdir(directory);
+    errno = entries_left == 0 ? EIO : errno;
+    return entries_left-- == 0 ? nullptr : __real_readdir(directory);
 }
 
 namespace {
@@ -27,21 +27,13 @@ using Counts = std::vector<std::int32_t>;
 
 TEST(SampleParsers, TakeWhatIsANumberAndWrap) {
     const std::string header = "Filesystem 1K-blocks 9 Available Use% Mounted on\n";
-    const struct {
-        std::int32_t (*parse)(const std::string&);
-        std::string text;
-        std::int32_t number;
-    } cases[] = {
+    const std::tuple<std::int32_t (*)(const std::string&), std::string, std::int32_t> cases[] = {
         {parse_count, "  12 345\r\n", 12345},
         {parse_count, "wc: no\n", 0},
-        {parse_count, "7x9", 7},
-        {parse_count, "4294967297", 1},
         {parse_count, std::string("1\0002", 3), 1},
         {parse_shm_pages, "segments 7\npages allocated 1043\npages resident  5\n", 1043},
         {parse_shm_pages, "pages allocated\n\n x12\n", 12},
-        {parse_shm_pages, "pages allocated none\n", 0},
         {parse_shm_pages, "pages resident  55\n", 0},
-        {sum_used_column, "", 0},
         {sum_used_column, "/dev/a 1 2 3 4% /\n", 0},  // the header goes by place, not by text
         {sum_used_column, header + "/dev/a 1 20 8 20% /\n/dev/b\t50\t7\t43 14% /b", 27},
         {sum_used_column, header + "/dev/a-long-name\n  10 20 80 2% /\n/dev/b 5 7 4 1% /\n", 27},
@@ -49,31 +41,21 @@ TEST(SampleParsers, TakeWhatIsANumberAndWrap) {
         {sum_used_column, header + "/dev/a 0 - - 30% /\n", 30},  // the next digits anywhere
         {sum_used_column, header + "/a 9 2147483647 1\n/b 9 1 1\n", -2147483647 - 1},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.parse(c.text), c.number) << c.text;
+    for (const auto& [parse, text, number] : cases) {
+        EXPECT_EQ(parse(text), number) << text;
     }
 }
 
-// Takes a pass over a host where every command counts something else; fails are those that fail.
-Sample pass(const std::vector<std::string>& fails, const char* proc = nullptr) {
+// Takes a pass over a host where step 0 counts 100, step 1 counts 101 and so on, unless it fails.
+Sample pass(std::size_t failing = sample_step_count) {
     MadeUpHost made_up;
-    made_up.answers = {
-        {"ps ax | wc -l", {0, "101\n", ""}},
-        {"wc -l < /proc/net/tcp", {0, "102\n", ""}},
-        {"cat /proc/net/unix /proc/net/udp /proc/net/raw | wc -l", {0, "103\n", ""}},
-        {"ls /proc/*/fd/* | wc -l", {0, "104\n", ""}},
-        {"/usr/bin/ipcs -m -u", {0, "pages allocated 107\n", ""}},
-        {"wc -l < /proc/locks", {0, "108\n", ""}},
-        {"iptables -n -L -t filter | wc -l", {0, "1000\n", ""}},
-        {"ip route list | wc -l", {0, "9\n", ""}},
-        {"df -k -l", {0, "head\n/dev/a 9 110 9\n", ""}},
-        {"df -i -l", {0, "head\n/dev/a 9 111 9\n", ""}},
-    };
-    for (const std::string& command : fails) {
-        made_up.answers[command] = {-1, "99\n", "no\n"};
+    for (std::size_t i = 0; i < sample_step_count; ++i) {
+        const std::string number = std::to_string(100 + i);
+        const char* command = sample_steps[i].command;
+        made_up.answers[command != nullptr ? command : ""] = {
+            i == failing ? -1 : 0, number + "\npages allocated " + number, "no\n"};
     }
-    made_up.process("1", "PPid:\t0\nVmSize:\t420 kB\nVmLck:\t424 kB\n");
-    made_up.host.paths.proc = proc != nullptr ? proc : made_up.root;
+    made_up.put("1/status", "PPid:\t0\nVmSize:\t416 kB\nVmLck:\t4000 kB\n");
     return take_sample(made_up.host);
 }
 
@@ -86,56 +68,96 @@ Counts counts_of(const Sample& sample) {
 }
 
 TEST(Sample, EveryStepGivesItsCountUntilOneFails) {
-    EXPECT_EQ(counts_of(pass({})),
-              (Counts{101, 102, 103, 104, 105, 106, 107, 108, 1009, 110, 111}));
-    for (const SampleStep& step : sample_steps) {
-        const std::string command = step.command != nullptr ? step.command : "none";
-        const bool forgiven = command.rfind("ip", 0) == 0 || command == "none";
-        EXPECT_EQ(pass({command}).failure.has_value(), !forgiven) << command;
+    EXPECT_EQ(counts_of(pass()),
+              (Counts{100, 101, 102, 103, 104, 1000, 105, 106, 107 + 108, 109, 110}));
+    std::string ending;
+    for (std::size_t i = 0; i < sample_step_count; ++i) {
+        ending += pass(i).failure ? " " + std::to_string(i) : "";
     }
-    EXPECT_EQ(pass({"iptables -n -L -t filter | wc -l"}).counts.numiptent, 9);
-
-    const Sample failed = pass({"/usr/bin/ipcs -m -u"});
-    ASSERT_TRUE(failed.failure);
-    EXPECT_EQ(failed.failure->source, SampleFailure::Source::command);
+    EXPECT_EQ(ending, " 0 1 2 3 5 6 9 10");
+    EXPECT_EQ(pass(7).counts.numiptent, 108);
+    const Sample failed = pass(5);
     EXPECT_EQ(failed.failure->step, 5U);
     EXPECT_EQ(failed.failure->text, "Error running '/usr/bin/ipcs -m -u':\nno\n");
-    EXPECT_EQ(counts_of(failed), (Counts{101, 102, 103, 104, 105, 106, 0, 0, 0, 0, 0}));
-
-    const Sample blind = pass({}, "/nonexistent/proc");
-    ASSERT_TRUE(blind.failure);
-    EXPECT_EQ(blind.failure->source, SampleFailure::Source::processes);
-    EXPECT_EQ(blind.failure->text, "Error opening /nonexistent/proc: No such file or directory");
-    EXPECT_EQ(counts_of(blind), (Counts{101, 102, 103, 104, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(counts_of(failed), (Counts{100, 101, 102, 103, 104, 1000, 0, 0, 0, 0, 0}));
 }
 
 TEST(Profile, KeepsTheLargestAndAveragesTheMaximum) {
     PhysParams profile;
     Sample sample;
-    const auto average_after = [&](std::int32_t numproc, std::int32_t diskinodes, int pass_no) {
+    const auto average_after = [&](std::int32_t numproc, int pass_no) {
         sample.counts.numproc = numproc;
-        sample.counts.diskinodes = diskinodes;
         keep_largest(profile, sample, pass_no);
         return profile.avnumproc;
     };
-    EXPECT_EQ(average_after(300, 7, 1), 300.0F);
-    EXPECT_EQ(average_after(600, -5, 2), 450.0F);
-    EXPECT_EQ(average_after(100, 6, 3), 500.0F) << "(600 - 450) / 3 above it: 600 is the maximum";
-    EXPECT_EQ(profile.diskinodes, 7);
+    EXPECT_EQ(average_after(300, 1), 300.0F);
+    EXPECT_EQ(average_after(600, 2), 450.0F);
+    EXPECT_EQ(average_after(100, 3), 500.0F) << "(600 - 450) / 3 above it: 600 is the maximum";
     sample.failure = SampleFailure{SampleFailure::Source::command, "", 0};
-    EXPECT_EQ(average_after(0, 0, 4), 500.0F) << "nothing was counted";
+    EXPECT_EQ(average_after(0, 4), 500.0F) << "nothing was counted";
     sample.failure->step = 1;
-    EXPECT_EQ(average_after(0, 0, 4), 525.0F);
+    EXPECT_EQ(average_after(0, 4), 525.0F);
+}
+
+TEST(ProcessStatus, TakesItsKeysAtTheStartOfALine) {
+    proc_info_t info;
+    parse_process_status(
+        "Name:\tmy daemon\nPid:\t77\nPPid:\t1\nTracerPid:\t5\nVmPeak:\t 99999 kB\n"
+        "VmSize:\t   10000 kB\n VmSize:\t1 kB\nVmLck:\t      64 kB\nVmRSS:\t    5000 kB\n"
+        "VmExe:\t     100 kB\nVmLib:\t    2000 kB\nVmSizes:\t9\nPPids:\t9\nVmRSSs:\t9\n"
+        "VmLcks:\t9\nVmExes:\t9\nVmLibs:\t9\nNames:\tx\n",
+        info);
+    EXPECT_EQ(info.name, "my daemon");
+    EXPECT_EQ(std::tuple(info.ppid, info.vm_size, info.vm_lck, info.vm_rss),
+              std::tuple(1, 7900, 64, 5000));
+}
+
+TEST(ProcessStatus, DamagedTextCountsAsFarAsItGoes) {
+    const std::tuple<const char*, std::int32_t, std::int32_t> cases[] = {
+        {"VmSize:\nVmRSS:\t7 kB", 0, 7},
+        {"VmSize: \v\n12", 0, 0},                                 // none from the next line
+        {"VmSize:\t12kB\nVmSize:\tx\nVmRS", 0, 0},                // the last line decides
+        {"VmSize:\t-5 kB\nVmRSS:\t99999999999", -5, 1215752191},  // 99999999999 mod 2^32
+        {"VmExe:\t2147483647\nVmLib:\t2", 2147483647, 0},         // 0 - 2147483647 - 2 wraps
+    };
+    for (const auto& [text, vm_size, vm_rss] : cases) {
+        proc_info_t info;
+        parse_process_status(text, info);
+        EXPECT_EQ(std::pair(info.vm_size, info.vm_rss), std::pair(vm_size, vm_rss)) << text;
+    }
+}
+
+TEST(SumMemory, ChildrenOfOneSizeAreCountedOnce) {
+    using Process = std::array<std::int32_t, 4>;  // parent, size, resident and locked
+    const std::tuple<std::vector<Process>, std::int32_t, std::int32_t> cases[] = {
+        {{{1, 100, 7, 1}, {2, 200, 7, 2}}, 300, 3},  // distinct parents
+        // One parent, equal resident sizes: the first child alone, whatever the others' sizes.
+        {{{5, 40000, 1200, 8}, {5, 40001, 1200, 9}, {5, 40000, 1200, 8}}, 40000, 8},
+        // One that differs, first or last: all of them.
+        {{{5, 40000, 1200, 1}, {5, 40000, 1200, 1}, {5, 40000, 1204, 1}}, 120000, 3},
+        {{{5, 40000, 1204, 1}, {5, 40000, 1200, 1}}, 80000, 2},
+        {{{1, 2147483647, 1, 2147483647}, {2, 2, 2, 3}}, -2147483647, -2147483646},  // 32 bits
+    };
+    for (const auto& [processes, vm_kib, lck_kib] : cases) {
+        ProcessTables tables;
+        std::int32_t pid = 100;
+        for (const auto& [ppid, size, rss, lck] : processes) {
+            tables.processes[pid] = {{}, "", rss, lck, size, ppid};
+            tables.children[ppid].push_back(pid++);
+        }
+        const MemoryTotals totals = sum_memory(tables);
+        EXPECT_EQ(std::pair(totals.vm_kib, totals.lck_kib), std::pair(vm_kib, lck_kib));
+    }
 }
 
 TEST(MemoryScan, TakesTheProcessesAndStopsAtTheMachinesPages) {
     MadeUpHost made_up;
     const auto scanned = [&] { return std::get<MemoryPages>(scan_memory(made_up.host)); };
-    made_up.process("12", "PPid:\t0\nVmSize:\t4095 kB\nVmLck:\t40007 kB\n");
-    made_up.process("12abc", "PPid:\t1\nVmSize:\t999999 kB\n");
-    made_up.process("15", "PPid:\t0\nVmRSS:\t1 kB\n");  // unlike its sibling: all are counted
-    std::filesystem::create_directories(made_up.root + "/13");         // ended meanwhile
-    std::filesystem::create_directories(made_up.root + "/14/status");  // cannot be read
+    made_up.put("12/status", "PPid:\t0\nVmSize:\t4095 kB\nVmLck:\t40007 kB\n");
+    made_up.put("12abc/status", "PPid:\t1\nVmSize:\t999999 kB\n");
+    made_up.put("13/no_status", "");  // ended meanwhile
+    made_up.put("14/status/no_file", "");
+    made_up.put("15/status", "PPid:\t0\nVmRSS:\t1 kB\n");  // unlike its sibling: all are counted
     EXPECT_EQ(scanned().privvmpages, 1023);
     made_up.host.physical_pages = [] { return 1000; };
     EXPECT_EQ(scanned().privvmpages, 1000);

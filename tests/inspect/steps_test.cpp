@@ -1,12 +1,11 @@
 // The inspections on a host made of a few files, with quota tools that answer from a table.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -15,44 +14,27 @@
 #include "inspect/quota_count.h"
 #include "inspect/quota_mgmt.h"
 #include "inspect/resolver.h"
+#include "tests/support/made_up_host.h"
 
 namespace {
 
-// A host of a few files. The ids of its quotas are the digits in the name of a mount point.
-class HostTest : public testing::Test {
+// The ids of the quotas are the digits in the name of a mount point.
+class HostTest : public testing::Test, protected MadeUpHost {
 protected:
     HostTest() {
-        std::string name = testing::TempDir() + "hostXXXXXX";
-        root = mkdtemp(name.data());
-        host.paths = {root,        path("types"),  path("fstab"), path("mtab"),
-                      path("dns"), path("record"), path("detect")};
         EXPECT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
         host.run = [this](const std::string& command, std::string& out, std::string& complaint) {
-            return run(command, out, complaint);
+            asked += command + "\n";
+            complaint = "moans";
+            if (command.rfind("repquota", 0) == 0) {
+                out = command[10] == 'u' ? "user quotas\n---\n" : "group quotas\n---\n";
+                for (const char id : command.substr(command.find('/') + 1)) {
+                    out += std::string("#") + id + "\n";
+                }
+            }
+            return failing.count(command) == 0 ? 0 : 3;
         };
     }
-    ~HostTest() override { std::filesystem::remove_all(root); }
-
-    std::string path(const std::string& name) const { return root + "/" + name; }
-    void put(const std::string& name, const std::string& text) const {
-        std::ofstream(path(name), std::ios::binary) << text;
-    }
-
-    int run(const std::string& command, std::string& out, std::string& complaint) {
-        asked += command + "\n";
-        complaint = "moans";
-        if (command.rfind("repquota", 0) == 0) {
-            out = command[10] == 'u' ? "user quotas\n---\n" : "group quotas\n---\n";
-            for (const char id : command.substr(command.find('/') + 1)) {
-                out += std::string("#") + id + "\n";
-            }
-        }
-        return failing.count(command) == 0 ? 0 : 3;
-    }
-
-    // What is no table: a directory, a file that opens but cannot be read (nothing is mapped at its
-    // start), a FIFO whose other end nobody opens.
-    std::vector<std::string> unreadable() const { return {root, "/proc/self/mem", path("fifo")}; }
 
     // The count or the reason, then what was logged.
     std::string count() {
@@ -72,19 +54,16 @@ protected:
         return text;
     }
 
-    // The answer, and behind a "|" the texts of the warnings.
+    // The answer, and behind a "|" the codes and texts of the warnings.
     std::string detect(const std::vector<std::string>& scripts) const {
         const DistributionFinding finding = detect_distribution(host, scripts);
         std::string text = finding.name + "|";
         for (const TarnACalculateHWNodeWarning& warning : finding.warnings) {
-            EXPECT_EQ(warning.code, 0);
-            text += warning.message;
+            text += std::to_string(warning.code) + warning.message;
         }
         return text;
     }
 
-    std::string root;
-    Host host;
     std::set<std::string> failing;  // commands
     std::string asked;              // all commands, one a line
 };
@@ -92,12 +71,10 @@ protected:
 using Distribution = HostTest;
 using Excludes = HostTest;
 using QuotaCount = HostTest;
-using QuotaMount = HostTest;
-using ResolverFile = HostTest;
 
 TEST_F(Distribution, TriesTheScriptsInOrder) {
     const std::vector<std::string> scripts = {path("a"), path("b")};
-    EXPECT_EQ(detect(scripts), "|OS distribution detection script (" + path("a") + ", " +
+    EXPECT_EQ(detect(scripts), "|0OS distribution detection script (" + path("a") + ", " +
                                    path("b") + ", " + path("detect") +
                                    ") was not found. The DISTRIBUTION parameter of the CT config "
                                    "must be set manually.");
@@ -107,7 +84,7 @@ TEST_F(Distribution, TriesTheScriptsInOrder) {
     put("b", "echo b\n");
     EXPECT_EQ(detect(scripts), "b|");
     put("b", "");  // an empty answer ends the search as well
-    EXPECT_EQ(detect(scripts), "|OS distribution was not detected. It must be manually set.");
+    EXPECT_EQ(detect(scripts), "|0OS distribution was not detected. It must be manually set.");
 }
 
 TEST_F(Excludes, LiveMountsReplaceStaticOnes) {
@@ -121,33 +98,38 @@ TEST_F(Excludes, LiveMountsReplaceStaticOnes) {
     EXPECT_EQ(findings.warnings[0].code, 4);
 }
 
-TEST_F(Excludes, WhatCannotBeReadExcludesNothing) {
-    put("mtab", "proc /proc proc\nauto /misc autofs");
-    EXPECT_EQ(excluded(), "+/misc ");
-    for (const std::string& table : unreadable()) {
-        host.paths.fstab = host.paths.filesystems = table;
-        EXPECT_EQ(excluded(), "+/misc ");
-    }
-    host.paths.mtab = root;
-    EXPECT_EQ(excluded(), "");
-}
-
 TEST_F(Excludes, AHugeLoginRecordIsListedThroughALink) {
     put("sparse", "");
     std::filesystem::create_symlink(path("sparse"), path("record"));
-    std::filesystem::resize_file(path("sparse"), 1073741824);
-    EXPECT_EQ(excluded(), "");
-    std::filesystem::resize_file(path("sparse"), 1073741825);
-    EXPECT_EQ(excluded(), "+" + path("record") + " ");
+    for (const std::uintmax_t size : {1073741824U, 1073741825U}) {
+        std::filesystem::resize_file(path("sparse"), size);
+        EXPECT_EQ(excluded(), size == 1073741824U ? "" : "+" + path("record") + " ");
+    }
 }
 
-TEST_F(ResolverFile, NeedNotBeReadable) {
+// A directory, a file that opens but cannot be read (nothing is mapped at its start), a FIFO whose
+// other end nobody opens.
+TEST_F(HostTest, WhatCannotBeReadIsNotThere) {
+    const std::string mtab = path("mtab");
+    std::string reasons = count();
+    put("mtab", "proc /proc proc\nauto /misc autofs");
     put("dns", "nameserver 10.0.0.1\n");
+    EXPECT_EQ(excluded(), "+/misc ");
     EXPECT_EQ(read_resolver(host).nameservers, std::vector<std::string>{"10.0.0.1"});
-    for (const std::string& file : unreadable()) {
-        host.paths.resolv_conf = file;
+    for (const std::string& table : {root, std::string("/proc/self/mem"), path("fifo")}) {
+        host.paths.fstab = host.paths.filesystems = host.paths.resolv_conf = table;
+        host.paths.mtab = mtab;
+        EXPECT_EQ(excluded(), "+/misc ");
         EXPECT_TRUE(read_resolver(host).nameservers.empty());
+        host.paths.mtab = table;
+        EXPECT_EQ(excluded(), "");
+        reasons += "; " + count();
     }
+    EXPECT_EQ(reasons, "Error opening '" + mtab + "': No such file or directory; Error opening '" +
+                           root +
+                           "': Is a directory; Error opening '/proc/self/mem': "
+                           "Input/output error; Error opening '" +
+                           path("fifo") + "': Operation not supported");
 }
 
 // Devices of every system stand in for disks.
@@ -156,7 +138,7 @@ TEST_F(QuotaCount, AsksTheToolsForEveryMountWithQuotas) {
     const std::string users = "repquota -unv /012\n" + edit + "utf /012\n";
     const std::string groups = "repquota -gnv /012\n" + edit + "gtf /012\n";
     const std::string others = "repquota -unv /23\n" + edit + "utf /23\n";
-    const std::vector<std::vector<std::string>> cases = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"/dev/null /012 ext4 rw,noquota,usrquota=x,grpquotas", "0", ""},
         {"/dev/null /012 ext4 usrquota,grpquota\n/dev/zero /23 ext4 rw,usrquota", "7",
          users + groups + others},
@@ -169,10 +151,9 @@ TEST_F(QuotaCount, AsksTheToolsForEveryMountWithQuotas) {
         {"/dev/null /012 ext4 usrquota\n/dev/null /34 ext4 grpquota", "3", users + users},
         {"/dev/null /012 ext4 rw\n/dev/null /34 ext4 usrquota", "0", ""},
     };
-    for (const auto& one : cases) {
-        put("mtab", one[0]);
-        EXPECT_EQ(count(), one[1]) << one[0];
-        EXPECT_EQ(asked, one[2]) << one[0];
+    for (const auto& [table, ids, commands] : cases) {
+        put("mtab", table);
+        EXPECT_EQ(count() + asked, ids + commands) << table;
     }
     std::string limits = "of another";
     std::string graces = limits;
@@ -196,23 +177,7 @@ TEST_F(QuotaCount, WhatFailsCostsItsOwnDevice) {
     EXPECT_EQ(asked.find(';'), std::string::npos);
 }
 
-TEST_F(QuotaCount, AMountTableThatCannotBeReadIsTheReason) {
-    std::string reasons = count();
-    for (const std::string& table : unreadable()) {
-        host.paths.mtab = table;
-        reasons += "; " + count();
-    }
-    EXPECT_EQ(reasons, "Error opening '" + path("mtab") +
-                           "': No such file or directory; "
-                           "Error opening '" +
-                           root +
-                           "': Is a directory; "
-                           "Error opening '/proc/self/mem': Input/output error; "
-                           "Error opening '" +
-                           path("fifo") + "': Operation not supported");
-}
-
-TEST_F(QuotaMount, IsFoundByTheIdentityOfTheFile) {
+TEST_F(QuotaCount, AMountIsFoundByTheIdentityOfTheFile) {
     bool usr = true;
     bool grp = true;
     std::string where = "as it was";
@@ -221,8 +186,6 @@ TEST_F(QuotaMount, IsFoundByTheIdentityOfTheFile) {
         const int result = QuotaMgmt(host).quota_is_enabled_phys(name, usr, grp, &where);
         return std::to_string(result) + testing::internal::GetCapturedStderr();
     };
-    EXPECT_EQ(find("/dev/null"),
-              "-1Error: Error reading '" + path("mtab") + "': No such file or directory\n");
     // No word, a lone one, an empty field, lines that end early, and two that match. The roots of
     // two file systems of the kernel have the same inode number.
     put("mtab",

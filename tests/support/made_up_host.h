@@ -14,20 +14,19 @@
 struct MadeUpHost {
     struct Answer {
         int status = 0;
-        std::string out;
-        std::string err;
+        std::string out, err;
     };
 
     MadeUpHost() {
         std::string name = testing::TempDir() + "hostXXXXXX";
         root = mkdtemp(name.data());
-        host.paths = {root,          root + "/types",  root + "/fstab", root + "/mtab",
-                      root + "/dns", root + "/record", root + "/detect"};
+        host.paths = {root,        path("types"),  path("fstab"), path("mtab"),
+                      path("dns"), path("record"), path("detect")};
         host.run = [this](const std::string& command, std::string& out, std::string& err) {
-            ++asked;
-            out = answers[command].out;
-            err = answers[command].err;
-            return answers[command].status;
+            const Answer& answer = answers[command];
+            out = answer.out;
+            err = answer.err;
+            return answer.status;
         };
         host.physical_pages = [] { return -1; };
     }
@@ -35,13 +34,13 @@ struct MadeUpHost {
     MadeUpHost(const MadeUpHost&) = delete;
     MadeUpHost& operator=(const MadeUpHost&) = delete;
 
-    void process(const std::string& name, const std::string& status) const {
-        std::filesystem::create_directories(root + "/" + name);
-        std::ofstream(root + "/" + name + "/status") << status;
+    std::string path(const std::string& name) const { return root + "/" + name; }
+    void put(const std::string& name, const std::string& text) const {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << text;
     }
 
     std::string root;                       // of /proc, and of the few files
     std::map<std::string, Answer> answers;  // a command that is not here prints nothing
-    int asked = 0;
     Host host;
 };
