@@ -120,14 +120,6 @@ std::string explanation_text(const Explanation& explanation, const CombinedScan&
     return text;
 }
 
-ordered_json texts_json(const std::vector<std::string>& texts) {
-    ordered_json list = ordered_json::array();
-    for (const std::string& text : texts) {
-        list.push_back(text_to_json(text));
-    }
-    return list;
-}
-
 ordered_json peak_json(const Peak& peak) {
     return {{"value", peak.value},
             {"time", utc_text(peak.time_ms / 1000)},
@@ -154,8 +146,8 @@ ordered_json line_json(const LineStory& line) {
     object["floor"] = optional_json(line.floor);
     object["factor"] = line.factor ? ordered_json(factor_text(*line.factor)) : ordered_json();
     object["margin"] = line.margin ? ordered_json(factor_text(*line.margin)) : ordered_json();
-    object["made_from"] = texts_json(line.made_from);
-    object["remarks"] = texts_json(line.remarks);
+    object["made_from"] = texts_to_json(line.made_from);
+    object["remarks"] = texts_to_json(line.remarks);
     return object;
 }
 
@@ -169,7 +161,7 @@ ordered_json count_json(const CountStory& count) {
     object["peak"] = count.peak ? peak_json(*count.peak) : ordered_json();
     object["least"] = count.least;
     object["median"] = count.median;
-    object["remarks"] = texts_json(count.remarks);
+    object["remarks"] = texts_to_json(count.remarks);
     return object;
 }
 
@@ -183,15 +175,9 @@ std::string explanation_json(const Explanation& explanation, const CombinedScan&
     ordered_json object;
     object["host"] = text_to_json(scan.profile.hostname);
     object["coverage"] = coverage_json(explanation.coverage);
-    object["remarks"] = texts_json(explanation.remarks);
-    object["lines"] = ordered_json::array();
-    for (const LineStory& line : explanation.lines) {
-        object["lines"].push_back(line_json(line));
-    }
-    object["counts"] = ordered_json::array();
-    for (const CountStory& count : explanation.counts) {
-        object["counts"].push_back(count_json(count));
-    }
+    object["remarks"] = texts_to_json(explanation.remarks);
+    object["lines"] = list_to_json(explanation.lines, line_json);
+    object["counts"] = list_to_json(explanation.counts, count_json);
     return object.dump(2) + "\n";
 }
 
