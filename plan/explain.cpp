@@ -2,24 +2,19 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "kiln/strings.h"
-#include "plan/commands.h"
 #include "plan/explanation.h"
 #include "plan/json_text.h"
 #include "plan/printable.h"
-#include "plan/recording_files.h"
+#include "plan/recording_command.h"
 
 namespace {
 
 using nlohmann::ordered_json;
 
-struct Options {
-    ScaleOptions scales;
+struct Options : RecordingOptions {
     bool json = false;
-    std::string out_path;
-    std::vector<std::string> paths;
 };
 
 constexpr std::size_t name_width = 16;
@@ -182,18 +177,14 @@ std::string explanation_json(const Explanation& explanation, const CombinedScan&
 }
 
 int run(const Options& options) {
-    ConfigScales scales;
-    if (!read_scales(options.scales, scales)) {
-        return status_usage;
+    RecordedHost host;
+    if (const ExitStatus status = read_recorded_host(options, host)) {
+        return status;
     }
-    const std::optional<CombinedRecordings> read = read_and_combine(options.paths);
-    if (!read) {
-        return status_io;
-    }
-    const Explanation explanation = explain(read->recordings, read->scan, scales);
-    const std::string text =
-        options.json ? explanation_json(explanation, read->scan)
-                     : explanation_text(explanation, read->scan, read->recordings.size());
+    const Explanation explanation = explain(host.recordings, host.scan, host.scales);
+    const std::string text = options.json
+                                 ? explanation_json(explanation, host.scan)
+                                 : explanation_text(explanation, host.scan, host.recordings.size());
     if (!write_result(options.out_path, text)) {
         return status_io;
     }
@@ -206,9 +197,8 @@ Command add_explain(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("explain", "Say where each line of the configuration comes from");
     const auto options = std::make_shared<Options>();
-    add_scale_options(*app, options->scales);
+    add_recording_options(*app, *options);
     app->add_flag("--json", options->json, "Write JSON");
-    app->add_option("-o,--out", options->out_path, "Write to this file");
     app->add_option("recording", options->paths, "Recordings of one host")->required();
     return {app, [options] { return run(*options); }};
 }
