@@ -21,8 +21,16 @@ int refusal(int fd) {
     return S_ISFIFO(status.st_mode) ? EOPNOTSUPP : 0;
 }
 
-// Appends everything up to the end of the file. The size that the file system reports is not asked
-// for: under /proc it is 0.
+}  // namespace
+
+Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
+    int fd = -1;
+    do {
+        fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+    } while (fd < 0 && errno == EINTR);
+    return Descriptor(fd);
+}
+
 int append_rest(int fd, std::string& out) {
     char piece[piece_size];
     for (;;) {
@@ -36,16 +44,6 @@ int append_rest(int fd, std::string& out) {
             return errno;
         }
     }
-}
-
-}  // namespace
-
-Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
-    int fd = -1;
-    do {
-        fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
-    } while (fd < 0 && errno == EINTR);
-    return Descriptor(fd);
 }
 
 int get_file(const std::string& path, std::string& out) {

@@ -16,11 +16,14 @@ namespace Kiln {
 // written that nobody reads).
 Descriptor open_at_once(const std::string& path, int flags, mode_t mode = 0);
 
-// Reads the whole file, whatever size the file system reports for it. Returns 0 or the system error
-// number: EOPNOTSUPP for a FIFO, whose end is up to others, EAGAIN for a device that has nothing
-// yet. A file that cannot be opened, a FIFO among them, leaves `out` untouched; after a read error
-// `out` holds what had been read before.
+// Reads the whole file. Returns 0 or the system error number: EOPNOTSUPP for a FIFO, whose end is
+// up to others, EAGAIN for a device that has nothing yet. A file that cannot be opened, a FIFO
+// among them, leaves `out` untouched; after a read error `out` holds what had been read before.
 int get_file(const std::string& path, std::string& out);
+
+// Appends everything up to the end of the file, whatever size the file system reports for it: under
+// /proc that is 0. Returns 0 or the system error number; `out` keeps what had been read before.
+int append_rest(int fd, std::string& out);
 
 // Adds O_NONBLOCK to the status flags. Returns -1 with errno set on failure.
 int setFDNonblock(int fd);

@@ -119,6 +119,17 @@ bool reap(pid_t child) {
 
 }  // namespace
 
+std::string why_not_finished(const BoundedTask& task, int limit_seconds) {
+    switch (task.end) {
+        case BoundedTask::End::too_long:
+            return "no answer within " + std::to_string(limit_seconds) + " s; it was left";
+        case BoundedTask::End::stopped:
+            return "it was not waited for";
+        default:
+            return "it ended before its time";
+    }
+}
+
 BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seconds, int wake_fd) {
     Pipe result;
     Pipe messages;

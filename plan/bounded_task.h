@@ -14,6 +14,9 @@ struct BoundedTask {
     std::int64_t took_ms = 0;
 };
 
+// Why there is no text of a task that did not finish.
+std::string why_not_finished(const BoundedTask& task, int limit_seconds);
+
 constexpr int no_wake_fd = -1;
 
 // Does the task in a child for so many seconds at most, or until `wake_fd` can be read. A child

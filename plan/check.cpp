@@ -81,18 +81,15 @@ ordered_json step_json(const CheckedStep& step) {
     return object;
 }
 
+ordered_json finding_json(const CheckFinding& finding) {
+    return {{"text", text_to_json(finding.text)}, {"remedy", text_to_json(finding.remedy)}};
+}
+
 std::string check_json(const HostCheck& check) {
     ordered_json object;
     object["run_succeeds"] = check.run_succeeds();
-    object["steps"] = ordered_json::array();
-    for (const CheckedStep& step : check.steps) {
-        object["steps"].push_back(step_json(step));
-    }
-    object["findings"] = ordered_json::array();
-    for (const CheckFinding& finding : check.findings) {
-        object["findings"].push_back(
-            {{"text", text_to_json(finding.text)}, {"remedy", text_to_json(finding.remedy)}});
-    }
+    object["steps"] = list_to_json(check.steps, step_json);
+    object["findings"] = list_to_json(check.findings, finding_json);
     return object.dump(2) + "\n";
 }
 

@@ -19,5 +19,3 @@ Command add_compute(CLI::App& program);
 Command add_report(CLI::App& program);
 Command add_explain(CLI::App& program);
 Command add_metrics(CLI::App& program);
-
-void add_scale_options(CLI::App& app, ScaleOptions& options);

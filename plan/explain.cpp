@@ -2,24 +2,19 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "kiln/strings.h"
-#include "plan/commands.h"
 #include "plan/explanation.h"
 #include "plan/json_text.h"
 #include "plan/printable.h"
-#include "plan/recording_files.h"
+#include "plan/recording_command.h"
 
 namespace {
 
 using nlohmann::ordered_json;
 
-struct Options {
-    ScaleOptions scales;
+struct Options : RecordingOptions {
     bool json = false;
-    std::string out_path;
-    std::vector<std::string> paths;
 };
 
 constexpr std::size_t name_width = 16;
@@ -120,14 +115,6 @@ std::string explanation_text(const Explanation& explanation, const CombinedScan&
     return text;
 }
 
-ordered_json texts_json(const std::vector<std::string>& texts) {
-    ordered_json list = ordered_json::array();
-    for (const std::string& text : texts) {
-        list.push_back(text_to_json(text));
-    }
-    return list;
-}
-
 ordered_json peak_json(const Peak& peak) {
     return {{"value", peak.value},
             {"time", utc_text(peak.time_ms / 1000)},
@@ -154,8 +141,8 @@ ordered_json line_json(const LineStory& line) {
     object["floor"] = optional_json(line.floor);
     object["factor"] = line.factor ? ordered_json(factor_text(*line.factor)) : ordered_json();
     object["margin"] = line.margin ? ordered_json(factor_text(*line.margin)) : ordered_json();
-    object["made_from"] = texts_json(line.made_from);
-    object["remarks"] = texts_json(line.remarks);
+    object["made_from"] = texts_to_json(line.made_from);
+    object["remarks"] = texts_to_json(line.remarks);
     return object;
 }
 
@@ -169,7 +156,7 @@ ordered_json count_json(const CountStory& count) {
     object["peak"] = count.peak ? peak_json(*count.peak) : ordered_json();
     object["least"] = count.least;
     object["median"] = count.median;
-    object["remarks"] = texts_json(count.remarks);
+    object["remarks"] = texts_to_json(count.remarks);
     return object;
 }
 
@@ -183,31 +170,21 @@ std::string explanation_json(const Explanation& explanation, const CombinedScan&
     ordered_json object;
     object["host"] = text_to_json(scan.profile.hostname);
     object["coverage"] = coverage_json(explanation.coverage);
-    object["remarks"] = texts_json(explanation.remarks);
-    object["lines"] = ordered_json::array();
-    for (const LineStory& line : explanation.lines) {
-        object["lines"].push_back(line_json(line));
-    }
-    object["counts"] = ordered_json::array();
-    for (const CountStory& count : explanation.counts) {
-        object["counts"].push_back(count_json(count));
-    }
+    object["remarks"] = texts_to_json(explanation.remarks);
+    object["lines"] = list_to_json(explanation.lines, line_json);
+    object["counts"] = list_to_json(explanation.counts, count_json);
     return object.dump(2) + "\n";
 }
 
 int run(const Options& options) {
-    ConfigScales scales;
-    if (!read_scales(options.scales, scales)) {
-        return status_usage;
+    RecordedHost host;
+    if (const ExitStatus status = read_recorded_host(options, host)) {
+        return status;
     }
-    const std::optional<CombinedRecordings> read = read_and_combine(options.paths);
-    if (!read) {
-        return status_io;
-    }
-    const Explanation explanation = explain(read->recordings, read->scan, scales);
-    const std::string text =
-        options.json ? explanation_json(explanation, read->scan)
-                     : explanation_text(explanation, read->scan, read->recordings.size());
+    const Explanation explanation = explain(host.recordings, host.scan, host.scales);
+    const std::string text = options.json
+                                 ? explanation_json(explanation, host.scan)
+                                 : explanation_text(explanation, host.scan, host.recordings.size());
     if (!write_result(options.out_path, text)) {
         return status_io;
     }
@@ -220,9 +197,8 @@ Command add_explain(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("explain", "Say where each line of the configuration comes from");
     const auto options = std::make_shared<Options>();
-    add_scale_options(*app, options->scales);
+    add_recording_options(*app, *options);
     app->add_flag("--json", options->json, "Write JSON");
-    app->add_option("-o,--out", options->out_path, "Write to this file");
     app->add_option("recording", options->paths, "Recordings of one host")->required();
     return {app, [options] { return run(*options); }};
 }

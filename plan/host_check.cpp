@@ -20,10 +20,6 @@ namespace {
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-std::string too_long_text(int limit_seconds) {
-    return "no answer within " + std::to_string(limit_seconds) + " s; it was left";
-}
-
 void append(CheckFindings& findings, const CheckFindings& more) {
     findings.insert(findings.end(), more.begin(), more.end());
 }
@@ -31,6 +27,12 @@ void append(CheckFindings& findings, const CheckFindings& more) {
 std::string search_path() {
     const char* path = std::getenv("PATH");
     return path == nullptr ? "" : path;
+}
+
+// What Linux gives a command's arguments, whatever the limit of the stack promises.
+std::uint64_t argument_limit() {
+    constexpr std::uint64_t most_bytes = 6 * 1024 * 1024;
+    return std::min(static_cast<std::uint64_t>(sysconf(_SC_ARG_MAX)), most_bytes);
 }
 
 // Of the report that a child hands back.
@@ -182,7 +184,7 @@ void Checker::check_sample_step(std::size_t step) {
     if (task.end == BoundedTask::End::finished) {
         judge_sample_step(json::parse(task.text), row.forgiven, missing.empty(), checked);
     } else {
-        checked.result = too_long_text(limit_seconds_);
+        checked.result = why_not_finished(task, limit_seconds_);
     }
     append(check_.findings, missing);
     check_.steps.push_back(checked);
@@ -200,7 +202,9 @@ void Checker::judge_sample_step(const json& report, bool forgiven, bool is_compl
             {checked.command + ": " + objection, "see what it prints by hand"});
     }
     if (!checked.succeeded && forgiven) {
-        check_.findings.push_back({failure, "a run goes on without it; see why it fails"});
+        const std::vector<std::string> lines = Kiln::split("\n", failure, 0);
+        check_.findings.push_back({Kiln::join(" ", lines.begin(), lines.end()),
+                                   "a run goes on without it; see why it fails"});
     }
 }
 
@@ -239,8 +243,8 @@ void Checker::check_descriptors() {
         return;
     }
     const json numbers = json::parse(task.text);
-    append(check_.findings, descriptor_hazards({numbers[0], numbers[1], numbers[2], numbers[3]},
-                                               static_cast<std::uint64_t>(sysconf(_SC_ARG_MAX))));
+    append(check_.findings,
+           descriptor_hazards({numbers[0], numbers[1], numbers[2], numbers[3]}, argument_limit()));
 }
 
 // Where df fails, one of the mounts is why.

@@ -163,9 +163,8 @@ std::string ask_mount(const std::string& mount_point) {
 std::string mount_trouble(const std::string& mount_point, int limit_seconds) {
     const BoundedTask task =
         run_bounded([&] { return ask_mount(mount_point); }, limit_seconds, no_wake_fd);
-    return task.end == BoundedTask::End::finished
-               ? task.text
-               : "no answer within " + std::to_string(limit_seconds) + " s";
+    return task.end == BoundedTask::End::finished ? task.text
+                                                  : why_not_finished(task, limit_seconds);
 }
 
 }  // namespace

@@ -62,6 +62,10 @@ ordered_json text_to_json(const std::string& text) {
     return {{hex_member, to_hex(text)}};
 }
 
+ordered_json texts_to_json(const std::vector<std::string>& texts) {
+    return list_to_json(texts, text_to_json);
+}
+
 std::string text_from_json(const json& value) {
     if (value.is_string()) {
         return value.get<std::string>();

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr mode_t result_mode = 0600;
-
 bool write_to(int fd, const std::string& name, const std::string& text) {
     if (Kiln::write_all(fd, text.data(), text.size()) != 0) {
         say(name + " cannot be written: " + std::strerror(errno));
@@ -56,12 +54,11 @@ void say(const std::string& text) {
     static_cast<void>(Kiln::write_all(STDERR_FILENO, line.data(), line.size()));
 }
 
-bool write_result(const std::string& path, const std::string& text) {
+bool write_result(const std::string& path, const std::string& text, mode_t mode) {
     if (path.empty()) {
         return write_to(STDOUT_FILENO, "standard output", text);
     }
-    const Kiln::Descriptor fd(
-        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, result_mode));
+    const Kiln::Descriptor fd(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
     if (!fd) {
         say(path + " cannot be opened: " + std::strerror(errno));
         return false;

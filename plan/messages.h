@@ -1,6 +1,8 @@
 // What the commands share: their statuses, messages, results and factors.
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 
@@ -16,9 +18,9 @@ enum ExitStatus : int {
 // One line on standard error, behind the program's name. What a terminal would act on is escaped.
 void say(const std::string& text);
 
-// Writes to the file (made with mode 0600), or to standard output when the path is empty. Returns
-// false after saying why.
-bool write_result(const std::string& path, const std::string& text);
+// Writes to the file, which is made with the mode where there is none, or to standard output when
+// the path is empty. Returns false after saying why.
+bool write_result(const std::string& path, const std::string& text, mode_t mode = 0600);
 
 // The two factors, as texts until they are read.
 struct ScaleOptions {

@@ -2,17 +2,12 @@
 #include <cstdio>
 #include <memory>
 
-#include "plan/commands.h"
 #include "plan/coverage.h"
-#include "plan/recording_files.h"
+#include "plan/recording_command.h"
 
 namespace {
 
-struct Options {
-    ScaleOptions scales;
-    std::string out_path;
-    std::string path;
-};
+constexpr mode_t everybodys_mode = 0644;  // who collects it is seldom root
 
 std::string heading(const std::string& name, const char* help) {
     return "# HELP " + name + " " + help + "\n# TYPE " + name + " gauge\n";
@@ -86,28 +81,20 @@ std::string coverage_text(const Coverage& coverage) {
                   std::to_string(coverage.grade));
 }
 
-int run(const Options& options) {
-    ConfigScales scales;
-    if (!read_scales(options.scales, scales)) {
-        return status_usage;
+int run(const RecordingOptions& options) {
+    RecordedHost host;
+    if (const ExitStatus status = read_recorded_host(options, host)) {
+        return status;
     }
-    const std::optional<CombinedRecordings> read = read_and_combine({options.path});
-    if (!read) {
-        return status_io;
-    }
-    const Recording& recording = read->recordings.front().recording;
-    const ComputedConfig computed = compute_known_lines(read->scan, scales);
+    const Recording& recording = host.recordings.front().recording;
+    const ComputedConfig computed = compute_known_lines(host.scan, host.scales);
     const std::string text = pass_text(recording.header, recording.passes.back()) +
                              limits_text(computed.lines) +
-                             coverage_text(measure_coverage(read->recordings)) + "# EOF\n";
-    if (!write_result(options.out_path, text)) {
+                             coverage_text(measure_coverage(host.recordings)) + "# EOF\n";
+    if (!write_result(options.out_path, text, everybodys_mode)) {
         return status_io;
     }
-    const std::vector<std::string> flaws = find_flaws(read->recordings, read->scan, computed);
-    for (const std::string& flaw : flaws) {
-        say(flaw);
-    }
-    return flaws.empty() ? status_done : status_flawed;
+    return say_flaws(host, computed);
 }
 
 }  // namespace
@@ -115,9 +102,8 @@ int run(const Options& options) {
 Command add_metrics(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("metrics", "Print the last pass and the limits as OpenMetrics");
-    const auto options = std::make_shared<Options>();
-    add_scale_options(*app, options->scales);
-    app->add_option("-o,--out", options->out_path, "Write to this file");
-    app->add_option("recording", options->path, "The recording")->required();
+    const auto options = std::make_shared<RecordingOptions>();
+    add_recording_options(*app, *options);
+    app->add_option("recording", options->paths, "The recording")->required()->expected(1);
     return {app, [options] { return run(*options); }};
 }

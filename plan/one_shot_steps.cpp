@@ -61,17 +61,6 @@ constexpr void (*tasks[one_shot_step_count])(const Host&, Findings&) = {
     count_quotas,   list_interfaces,        ask_distribution,
     read_host_name, read_resolver_settings, read_mounts};
 
-std::string why_not_finished(const BoundedTask& task, int limit_seconds) {
-    switch (task.end) {
-        case BoundedTask::End::too_long:
-            return "it took longer than " + std::to_string(limit_seconds) + " s and was ended";
-        case BoundedTask::End::stopped:
-            return "it was not waited for";
-        default:
-            return "it ended before its time";
-    }
-}
-
 template <class Value>
 void append(std::vector<Value>& list, const std::vector<Value>& more) {
     list.insert(list.end(), more.begin(), more.end());

@@ -98,21 +98,13 @@ Kiln::Result<RecordFile> RecordFile::open(const std::string& path, Existing exis
     return file;
 }
 
-Kiln::Result<std::string> RecordFile::read() const {
-    std::string text(size_, '\0');
-    std::size_t have = 0;
-    while (have < text.size()) {
-        const ssize_t got =
-            pread(fd_.get(), &text[have], text.size() - have, static_cast<off_t>(have));
-        if (got < 0 && errno != EINTR) {
-            return Kiln::Reason{complaint("it cannot be read")};
-        }
-        if (got == 0) {
-            break;
-        }
-        have += got > 0 ? static_cast<std::size_t>(got) : 0;
+Kiln::Result<std::string> RecordFile::read() {
+    std::string text;
+    const bool at_begin = lseek(fd_.get(), 0, SEEK_SET) == 0;
+    if (const int error = at_begin ? Kiln::append_rest(fd_.get(), text) : errno) {
+        return Kiln::Reason{std::string("it cannot be read: ") + std::strerror(error)};
     }
-    text.resize(have);
+    size_ = text.size();
     return text;
 }
 

@@ -14,12 +14,11 @@ public:
 
     // Makes the file, with mode 0600, or opens an existing one where that is wanted: a regular file
     // under one name, never through a link. Nobody else can record into it as long as it is open.
-    // The reason names the file; the others
-    // leave that to the caller. A replaced file is empty.
+    // The reason names the file; the others leave that to the caller. A replaced file is empty.
     static Kiln::Result<RecordFile> open(const std::string& path, Existing existing);
 
-    // All of it.
-    Kiln::Result<std::string> read() const;
+    // All of it. What is appended comes behind it.
+    Kiln::Result<std::string> read();
 
     // Appends whole lines and waits until they are on the disk. Returns what went wrong, or an
     // empty text; then nothing of them stays in the file, if that can still be helped.

@@ -10,58 +10,23 @@ namespace {
 using nlohmann::ordered_json;
 using namespace recording_names;
 
-ordered_json texts_to_json(const std::vector<std::string>& texts) {
-    ordered_json list = ordered_json::array();
-    for (const std::string& text : texts) {
-        list.push_back(text_to_json(text));
-    }
-    return list;
+ordered_json interface_to_json(const NetIface& iface) {
+    return {{name_name, text_to_json(iface.ifname)},
+            {kind_name, iface.if_type},
+            {addresses_name, texts_to_json(iface.ip_addresses)},
+            {dhcp_name, iface.dhcp}};
 }
 
-ordered_json interfaces_to_json(const NetIfaceList& ifaces) {
-    ordered_json list = ordered_json::array();
-    for (const NetIface& iface : ifaces) {
-        ordered_json entry;
-        entry[name_name] = text_to_json(iface.ifname);
-        entry[kind_name] = iface.if_type;
-        entry[addresses_name] = texts_to_json(iface.ip_addresses);
-        entry[dhcp_name] = iface.dhcp;
-        list.push_back(std::move(entry));
-    }
-    return list;
+ordered_json warning_to_json(const TarnACalculateHWNodeWarning& warning) {
+    return {{code_name, warning.code}, {message_name, text_to_json(warning.message)}};
 }
 
-ordered_json warnings_to_json(const std::vector<TarnACalculateHWNodeWarning>& warnings) {
-    ordered_json list = ordered_json::array();
-    for (const TarnACalculateHWNodeWarning& warning : warnings) {
-        ordered_json entry;
-        entry[code_name] = warning.code;
-        entry[message_name] = text_to_json(warning.message);
-        list.push_back(std::move(entry));
-    }
-    return list;
+ordered_json exclude_to_json(const TarnAExcludePath& exclude) {
+    return {{flag_name, exclude.flag}, {path_name, text_to_json(exclude.path)}};
 }
 
-ordered_json excludes_to_json(const std::vector<TarnAExcludePath>& excludes) {
-    ordered_json list = ordered_json::array();
-    for (const TarnAExcludePath& exclude : excludes) {
-        ordered_json entry;
-        entry[flag_name] = exclude.flag;
-        entry[path_name] = text_to_json(exclude.path);
-        list.push_back(std::move(entry));
-    }
-    return list;
-}
-
-ordered_json failures_to_json(const std::vector<StepFailure>& failures) {
-    ordered_json list = ordered_json::array();
-    for (const StepFailure& failure : failures) {
-        ordered_json entry;
-        entry[step_name] = name_of(failure.step);
-        entry[text_name] = text_to_json(failure.text);
-        list.push_back(std::move(entry));
-    }
-    return list;
+ordered_json failure_to_json(const StepFailure& failure) {
+    return {{step_name, name_of(failure.step)}, {text_name, text_to_json(failure.text)}};
 }
 
 void add_spans(ordered_json& line, const ScanSpans& spans) {
@@ -96,16 +61,16 @@ const char* name_of(OneShotStep step) {
 ordered_json findings_to_json(const Findings& findings) {
     ordered_json object;
     object[quota_ids_name] = findings.quotaugidlimit;
-    object[interfaces_name] = interfaces_to_json(findings.ifaces);
+    object[interfaces_name] = list_to_json(findings.ifaces, interface_to_json);
     object[distribution_name] = text_to_json(findings.distribution);
     object[hostname_name] = text_to_json(findings.hostname);
     object[nameservers_name] = texts_to_json(findings.ns_attrs.nameservers);
     object[search_domains_name] = texts_to_json(findings.ns_attrs.search_domains);
-    object[warnings_name] = warnings_to_json(findings.notes.warnings);
-    object[excludes_name] = excludes_to_json(findings.notes.excludes);
+    object[warnings_name] = list_to_json(findings.notes.warnings, warning_to_json);
+    object[excludes_name] = list_to_json(findings.notes.excludes, exclude_to_json);
     object[nfs_name] = findings.nfs_found;
     object[reiserfs_name] = findings.reiserfs_found;
-    object[failures_name] = failures_to_json(findings.failures);
+    object[failures_name] = list_to_json(findings.failures, failure_to_json);
     object[messages_name] = text_to_json(findings.messages);
     return object;
 }

@@ -6,7 +6,7 @@
 
 #include "kiln/files.h"
 #include "plan/commands.h"
-#include "plan/printable.h"
+#include "plan/recording_command.h"
 #include "plan/recording_files.h"
 #include "plan/report_page.h"
 #include "plan/report_server.h"
@@ -55,7 +55,7 @@ bool all_done(const ReportFleet& fleet) {
     bool done = true;
     for (const ReportServer& server : fleet.servers) {
         if (server.state != ServerState::done) {
-            say(printable(server.name + ": " + name_of(server.state) + ": " + server.reason));
+            say(server.name + ": " + name_of(server.state) + ": " + server.reason);
             done = false;
         }
     }

@@ -1,8 +1,8 @@
 #include "plan/report_page.h"
 
 #include <nlohmann/json.hpp>
-#include <utility>
 
+#include "plan/json_text.h"
 #include "plan/page/page_text.h"
 
 namespace {
@@ -32,14 +32,10 @@ Json row_json(const ReportServer& s) {
 }
 
 Json fleet_json(const ReportFleet& fleet) {
-    Json rows = Json::array();
-    for (const ReportServer& server : fleet.servers) {
-        rows.push_back(row_json(server));
-    }
     return {{"title", fleet.title},
             {"generated", fleet.generated_utc},
             {"version", fleet.version},
-            {"servers", std::move(rows)}};
+            {"servers", list_to_json(fleet.servers, row_json)}};
 }
 
 Json line_json(const ReportLine& line) {
@@ -73,29 +69,23 @@ Json series_json(const ReportSeries& series) {
             {"remarks", series.remarks}};
 }
 
-Json gaps_json(const std::vector<ReportGap>& gaps) {
-    Json pairs = Json::array();
-    for (const ReportGap& gap : gaps) {
-        pairs.push_back({gap.from, gap.to});
-    }
-    return pairs;
+Json gap_json(const ReportGap& gap) {
+    return {gap.from, gap.to};
 }
 
 Json details_json(const ReportServer& s) {
-    Json lines = Json::array();
-    for (const ReportLine& line : s.lines) {
-        lines.push_back(line_json(line));
-    }
-    Json series = Json::array();
-    for (const ReportSeries& one : s.series) {
-        series.push_back(series_json(one));
-    }
-    return {{"machine", s.machine},        {"kernel", s.kernel},
-            {"pageSize", s.page_size},     {"start", s.start_utc},
-            {"period", s.period},          {"failedPasses", s.failed_passes},
-            {"gap", s.longest_gap},        {"gaps", gaps_json(s.gaps)},
-            {"warnings", s.warnings},      {"lines", std::move(lines)},
-            {"series", std::move(series)}, {"notes", s.notes}};
+    return {{"machine", s.machine},
+            {"kernel", s.kernel},
+            {"pageSize", s.page_size},
+            {"start", s.start_utc},
+            {"period", s.period},
+            {"failedPasses", s.failed_passes},
+            {"gap", s.longest_gap},
+            {"gaps", list_to_json(s.gaps, gap_json)},
+            {"warnings", s.warnings},
+            {"lines", list_to_json(s.lines, line_json)},
+            {"series", list_to_json(s.series, series_json)},
+            {"notes", s.notes}};
 }
 
 // JSON that may stand inside a script element. Only strings can hold a "<", and there it may be

@@ -4,8 +4,11 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
+#include <ctime>
 #include <system_error>
 
 namespace {
@@ -14,12 +17,25 @@ constexpr int longest_wait_ms = 60000;
 
 volatile std::sig_atomic_t signals_seen = 0;
 volatile std::sig_atomic_t signal_writer = -1;
+std::atomic<std::int64_t> last_signal_ms;
+
+constexpr std::int64_t same_signal_ms = 1000;
+
+std::int64_t steady_ms() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+}
 
 void note_signal(int /*signal_number*/) {
     const int saved_errno = errno;
-    signals_seen = signals_seen + 1;
-    // A full pipe wakes as well.
-    static_cast<void>(!write(signal_writer, "", 1));
+    const std::int64_t now_ms = steady_ms();
+    if (signals_seen == 0 || now_ms - last_signal_ms > same_signal_ms) {
+        signals_seen = signals_seen + 1;
+        // A full pipe wakes as well.
+        static_cast<void>(!write(signal_writer, "", 1));
+    }
+    last_signal_ms = now_ms;
     errno = saved_errno;
 }
 
@@ -39,6 +55,7 @@ StopSignals::StopSignals() {
     for (int i = 0; i < 3; ++i) {
         struct sigaction action = {};
         action.sa_handler = note_signal;
+        sigfillset(&action.sa_mask);  // one at a time
         sigaction(signals_[i], nullptr, &old_[i]);
         if (old_[i].sa_handler != SIG_IGN) {
             sigaction(signals_[i], &action, nullptr);
