@@ -1,11 +1,10 @@
 # Lets every system call of a whole run fail, one at a time: strace answers in the kernel's place. A source that cannot
 # be read must look exactly like one that is not there, and a command that cannot be run like one that failed: nothing
 # may be half taken over, and nothing else may be said. Sourced by run_scenario, with the words of its host.sh.
-# FAULT_SHARE is "I N": this is share I of N. FAULT_STRIDE: beyond the first calls of a kind only each such fails.
-# FAULT_SPARED: calls that a sanitizer makes for itself.
+# FAULT_SHARE: 0 to 3, which of four shares this is. FAULT_STRIDE: beyond the first calls of a kind only each such
+# fails. FAULT_SPARED: calls that a sanitizer makes for itself.
 command -v strace >/dev/null || skip "no strace to let calls fail with"
 
-# The host: every source says something that shows in the result.
 process 101 VmSize=400000 VmLck=2000
 put /tmp/disk ''
 put /etc/fstab '/dev/cd /cd iso9660 ro 0 0'
@@ -18,7 +17,7 @@ put /proc/net/vlan/config $'VLAN Dev name\nName-Type: any\neth1 | 10 | eth0'
 put /etc/tarn/tarnnet.conf 'ADDR_eth7="10.0.0.7"'
 put /etc/resolv.conf $'search a.example\nnameserver 10.0.0.53'
 
-# The commands in the order in which they are run, and a shell that answers each of them at once.
+# The commands in the order in which they are run, and a shell that answers each at once: every source shows.
 commands=(- ps tcp unix ls ipcs locks iptables ip df-k df-i repquota edquota detect)
 put "$stage/bin/sh" <<'END'
 #!/bin/sh
@@ -153,7 +152,6 @@ judge() {
 error=nothing call=call at=0 tried=0 number=0
 try EIO exit 1
 must_be plain
-read -r share shares <<<"$FAULT_SHARE"
 awk '{ sub(/\(.*/, "") } $0 == "fcntl" { run = 1 } !run { before[$0]++ } /^[a-z0-9_]+$/ { count[$0]++ }
     END { for (call in count) if (count[call] > before[call]) print call, before[call] + 1, count[call] }' "$stage/trace" |
     grep -vE "^(${FAULT_SPARED:+$FAULT_SPARED|}close|brk|m(map|unmap|remap|protect|advise)|rt_sig.*|exit_group|getpid|getppid|getrandom|futex|sysinfo) " >"$stage/list"
@@ -162,7 +160,7 @@ while read -r call first last; do
     for error in EIO EINTR; do
         [[ $error == EIO || $call =~ ^(open|openat|read|write|ppoll|wait4|recvmsg)$ ]] || continue
         for ((at = first; at <= last; at += at < first + 12 ? 1 : FAULT_STRIDE)); do
-            ((number++ % shares == share)) || continue
+            ((number++ % 4 == FAULT_SHARE)) || continue
             try $error $call $at
             judge
         done
@@ -170,7 +168,7 @@ while read -r call first last; do
 done <"$stage/list"
 echo "$tried calls failed"
 ((tried > 20)) || exit 1
-((share == 0)) || exit 0
+((FAULT_SHARE == 0)) || exit 0
 
 # What the child does before it is a command; a late answer of the kernel's; a sleep that is cut short goes on.
 error=EBUSY call=dup2 at=1

@@ -22,15 +22,9 @@ $2"
 detect() { put /tmp/usr/local/share/tarnp2v/distdetect-common.sh "$1"; }
 
 # process PID [KEY=VALUE ...]: a status file as the kernel writes it. fds PID N: N open descriptors.
-process() {
-    local pid=$1
-    shift
-    printf 'Name:\tp%s\n' "$pid" "$@" | sed '2,$s/^Name:\tp\([^=]*\)=\(.*\)/\1:\t\2 kB/' | put "/proc/$pid/status"
-}
-fds() {
-    mkdir -p "/proc/$1/fd"
-    (cd "/proc/$1/fd" && seq "$2" | xargs touch)
-}
+process() { printf '%s kB\n' "${@:2}" | sed "1iName:\\tp$1
+        s/=/:\\t/" | put "/proc/$1/status"; }
+fds() { mkdir -p "/proc/$1/fd" && (cd "/proc/$1/fd" && seq "$2" | xargs touch); }
 
 # link NAME [ADDRESS ...]: an ethernet link (the near end of a pair) that is up; addresses as "ip address add" takes
 # them. Links are listed in the order in which they were made.
@@ -91,9 +85,7 @@ launch() {
 }
 
 # same WHAT WANTED GOT: two files, is WHAT WANTED GOT: two texts that must not differ.
-same() {
-    diff -u --label "run $runs: $1 foretold" --label seen "$2" "$3" || failures=1
-}
+same() { diff -u --label "run $runs: $1 foretold" --label seen "$2" "$3" || failures=1; }
 is() {
     [[ $2 != "$3" ]] || return 0
     echo "run $runs: $1 is \"$3\", not \"$2\""
@@ -113,6 +105,14 @@ verdict() {
     same "standard output" "$stage/want.out" "$stage/got.out"
     same "standard error" "$stage/want.err" "$stage/got.err"
     : >"$stage/want.out" >"$stage/want.err"
+}
+
+# written FILE ARGUMENT ...: the run must succeed and what was foretold for its standard output be in FILE.
+written() {
+    mv "$stage/want.out" "$stage/want.file"
+    prints ''
+    run 0 "${@:2}"
+    same "the file" "$stage/want.file" "$1"
 }
 
 : >"$stage/want.out" >"$stage/want.err" >"$stage/calls"
