@@ -19,22 +19,19 @@ put /etc/resolv.conf $'search a.example\nnameserver 10.0.0.53'
 
 # The commands in the order in which they are run, and a shell that answers each at once: every source shows.
 commands=(- ps tcp unix ls ipcs locks iptables ip df-k df-i repquota edquota detect)
-put "$stage/bin/sh" <<'END'
-#!/bin/sh
+command_file sh '
 for command; do :; done
 case $command in
-/usr/bin/ipcs*) echo 'pages allocated 40000' ;;
-'wc -l < /proc/locks') echo 300 ;;
+/usr/bin/ipcs*) echo pages allocated 40000 ;;
+"wc -l < /proc/locks") echo 300 ;;
 iptables*) echo 200 ;;
-'ip route'*) echo 100 ;;
-'df -k'*) printf 'header\n/dev/sda1 9 777 9\n' ;;
-'df -i'*) printf 'header\n/dev/sda1 9 88 9\n' ;;
-repquota*) printf 'user quotas\n---\n#0 -- 1 0 0 1 0 0\n' ;;
+"ip route"*) echo 100 ;;
+"df -k"*) printf "header\n/dev/sda1 9 777 9\n" ;;
+"df -i"*) printf "header\n/dev/sda1 9 88 9\n" ;;
+repquota*) printf "user quotas\n---\n#0 -- 1 0 0 1 0 0\n" ;;
 /tmp//usr/local*) echo testos ;;
 *) echo 7 ;;
-esac
-END
-chmod +x "$stage/bin/sh"
+esac'
 
 # What a run may come to, by the source that failed; "-" stands before one that ends early unnoticed. Worked out from
 # what is left of the host: values that differ from those of the whole host, what is said, and the notes by letter.
@@ -44,7 +41,7 @@ host=(
     SLMMEMORYLIMIT=780889216:780889216 '#IP_ADDRESS=10.0.0.1 ' SEARCHDOMAIN=a.example NAMESERVER=10.0.0.53 FEATURES=nfs:on
 )
 script=/tmp//usr/local/share/tarnp2v/distdetect-common.sh
-declare -A told note=([c]='/cd/*' [p]='/proc/*' [x]='/x/*' [l]=/var/log/lastlog [u]=$undetected
+declare -A told note=([c]='/cd/*' [p]='/proc/*' [x]='/x/*' [l]=/var/log/lastlog [u]='OS distribution was not detected. It must be manually set.'
     [s]="OS distribution detection script ($script) was not found. The DISTRIBUTION parameter of the CT config must be \
 set manually.")
 while IFS='|' read -r source values said notes; do

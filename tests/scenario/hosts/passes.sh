@@ -4,9 +4,7 @@
 # here. No leak check: it would want the task list of a process one further down.
 shown=$'\r\\[[#.]*\\] 0:0[0-9]/0:03 passes [0-9]* [^\r]*'
 wiped=$':a;N;$!ba;s|^\\('"$shown"$'\\)\\{1,\\}\r  *\r|(wiped)|;s|\r\\n|\\n|g;s|\r$||'
-put "$stage/bin/on_terminal" "#!/bin/sh
-ASAN_OPTIONS=detect_leaks=0 script -qec \"\$*\" /dev/null | sed '$wiped'"
-chmod +x "$stage/bin/on_terminal"
+command_file on_terminal "ASAN_OPTIONS=detect_leaks=0 script -qec \"\$*\" /dev/null | sed '$wiped'"
 wrapper=("$stage/bin/on_terminal")
 config
 run 0

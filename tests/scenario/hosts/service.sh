@@ -30,8 +30,7 @@ verdict "$status" 0
 is "more than a few signals, but soon over" 1 $((storms > 1000 && SECONDS < 60))
 is "what a command sees" "12 C mark" "$(cat "$stage/seen")"
 
-put "$stage/bin/closed" $'#!/bin/sh\nexec "$@" <&- >&- 2>&-'
-chmod +x "$stage/bin/closed"
+command_file closed 'exec "$@" <&- >&- 2>&-'
 wrapper=("$stage/bin/closed")
 foretell
 written /tmp/vps.conf -o /tmp/vps.conf
