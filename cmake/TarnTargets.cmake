@@ -78,3 +78,10 @@ function(tarn_test name)
   target_link_libraries(${name} PRIVATE tarn_options ${ARG_LIBS} GTest::gtest GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${TARN_TEST_PREFIX}" PROPERTIES TIMEOUT 300)
 endfunction()
+
+# tarn_script_test(NAME SECONDS LABEL COMMAND...): a test that is a command, has this long, and may skip itself.
+function(tarn_script_test name seconds label)
+  add_test(NAME ${TARN_TEST_PREFIX}${name} COMMAND ${ARGN})
+  set_tests_properties(${TARN_TEST_PREFIX}${name} PROPERTIES
+    TIMEOUT ${seconds} LABELS "${label}" SKIP_RETURN_CODE 77)
+endfunction()

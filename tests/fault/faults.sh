@@ -1,11 +1,9 @@
 # Lets every system call of a whole run fail, one at a time: strace answers in the kernel's place. A source that cannot
-# be read must look exactly like one that is not there, and a command that cannot be run like one that failed: nothing
-# may be half taken over, and nothing else may be said. Sourced by run_scenario, with the words of its host.sh.
-# FAULT_SHARE is "I N": this is share I of N. FAULT_STRIDE: beyond the first calls of a kind only each such fails.
-# FAULT_SPARED: calls that a sanitizer makes for itself.
+# be read must look exactly like one that is not there, and a command that cannot be run like one that failed.
+# FAULT_SHARE: 0 to 3, which of four shares this is. FAULT_STRIDE: beyond the first calls of a kind only each such
+# fails. FAULT_SPARED: calls that a sanitizer makes for itself.
 command -v strace >/dev/null || skip "no strace to let calls fail with"
 
-# The host: every source says something that shows in the result.
 process 101 VmSize=400000 VmLck=2000
 put /tmp/disk ''
 put /etc/fstab '/dev/cd /cd iso9660 ro 0 0'
@@ -18,34 +16,29 @@ put /proc/net/vlan/config $'VLAN Dev name\nName-Type: any\neth1 | 10 | eth0'
 put /etc/tarn/tarnnet.conf 'ADDR_eth7="10.0.0.7"'
 put /etc/resolv.conf $'search a.example\nnameserver 10.0.0.53'
 
-# The commands in the order in which they are run, and a shell that answers each of them at once.
+# The commands in the order in which they are run, and a shell that answers each at once: every source shows.
 commands=(- ps tcp unix ls ipcs locks iptables ip df-k df-i repquota edquota detect)
-put "$stage/bin/sh" <<'END'
-#!/bin/sh
+command_file sh '
 for command; do :; done
 case $command in
-/usr/bin/ipcs*) echo 'pages allocated 40000' ;;
-'wc -l < /proc/locks') echo 300 ;;
+/usr/bin/ipcs*) echo pages allocated 40000 ;;
+"wc -l < /proc/locks") echo 300 ;;
 iptables*) echo 200 ;;
-'ip route'*) echo 100 ;;
-'df -k'*) printf 'header\n/dev/sda1 9 777 9\n' ;;
-'df -i'*) printf 'header\n/dev/sda1 9 88 9\n' ;;
-repquota*) printf 'user quotas\n---\n#0 -- 1 0 0 1 0 0\n' ;;
+"ip route"*) echo 100 ;;
+"df -k"*) printf "header\n/dev/sda1 9 777 9\n" ;;
+"df -i"*) printf "header\n/dev/sda1 9 88 9\n" ;;
+repquota*) printf "user quotas\n---\n#0 -- 1 0 0 1 0 0\n" ;;
 /tmp//usr/local*) echo testos ;;
 *) echo 7 ;;
-esac
-END
-chmod +x "$stage/bin/sh"
+esac'
 
 # What a run may come to, by the source that failed; "-" stands before one that ends early unnoticed. Worked out from
 # what is left of the host: values that differ from those of the whole host, what is said, and the notes by letter.
-host=(
-    PRIVVMPAGES=120000:132000 VMGUARPAGES=120000:2147483647 OOMGUARPAGES=120000:2147483647 LOCKEDPAGES=600:600
+host=(PRIVVMPAGES=120000:132000 VMGUARPAGES=120000:2147483647 OOMGUARPAGES=120000:2147483647 LOCKEDPAGES=600:600
     SHMPAGES=48000:48000 NUMFLOCK=360:396 NUMIPTENT=360:360 DISKSPACE=1165:1281 DISKINODES=132:145 QUOTAUGIDLIMIT=1024
-    SLMMEMORYLIMIT=780889216:780889216 '#IP_ADDRESS=10.0.0.1 ' SEARCHDOMAIN=a.example NAMESERVER=10.0.0.53 FEATURES=nfs:on
-)
+    SLMMEMORYLIMIT=780889216:780889216 '#IP_ADDRESS=10.0.0.1 ' SEARCHDOMAIN=a.example NAMESERVER=10.0.0.53 FEATURES=nfs:on)
 script=/tmp//usr/local/share/tarnp2v/distdetect-common.sh
-declare -A told note=([c]='/cd/*' [p]='/proc/*' [x]='/x/*' [l]=/var/log/lastlog [u]=$undetected
+declare -A told note=([c]='/cd/*' [p]='/proc/*' [x]='/x/*' [l]=/var/log/lastlog [u]='OS distribution was not detected. It must be manually set.'
     [s]="OS distribution detection script ($script) was not found. The DISTRIBUTION parameter of the CT config must be \
 set manually.")
 while IFS='|' read -r source values said notes; do
@@ -93,8 +86,7 @@ END
 for source in ps tcp unix ls ipcs locks df-k df-i; do told[$source]='2 '; done
 told[/proc]='3 ' told['/etc/mtab 1']='4 ' told[/proc/101/status]=${told[-/proc]}
 
-# try ERROR CALL AT [OPTION]: one run in which the AT-th such call fails. Nothing may outlive it. The reason that
-# follows a failed command differs by the call.
+# try ERROR CALL AT [OPTION]: one run in which the AT-th such call fails. The reason after a failed command differs.
 extra_env=(PATH="$stage/bin" ASAN_OPTIONS=detect_leaks=0)
 arguments=()
 try() {
@@ -106,13 +98,10 @@ try() {
     left=("$stage"/proc/[0-9]*)
     ((${#left[@]} == 1)) || wrong "a process is left"
 }
-wrong() {
-    printf '%s\n' "$*" "--- seen:" "$seen" "--- foretold:" "${told[$source]:-${told[plain]}}"
-    exit 1
-}
+wrong() { printf '%s\n' "$*" "--- seen:" "$seen" "--- foretold:" "${told[$source]:-${told[plain]}}" && exit 1; }
 must_be() {
     for source; do [[ ${told[$source]:-} != "$seen" ]] || return 0; done
-    wrong "with the $at. $call (of ${about:-nothing}) failing with $error:"
+    wrong "failing with: $(grep INJECTED "$stage/trace") (of ${about:-nothing})"
 }
 
 # From the trace: the failed call, what it was about (a path, a standard stream, a call of its own, or nothing, which
@@ -150,10 +139,9 @@ judge() {
     [[ $left == 0 || $call =~ ^(fcntl|setsockopt|bind|getsockname)$ ]] || wrong "$call leaves descriptors open"
 }
 
-error=nothing call=call at=0 tried=0 number=0
+tried=0 number=0
 try EIO exit 1
 must_be plain
-read -r share shares <<<"$FAULT_SHARE"
 awk '{ sub(/\(.*/, "") } $0 == "fcntl" { run = 1 } !run { before[$0]++ } /^[a-z0-9_]+$/ { count[$0]++ }
     END { for (call in count) if (count[call] > before[call]) print call, before[call] + 1, count[call] }' "$stage/trace" |
     grep -vE "^(${FAULT_SPARED:+$FAULT_SPARED|}close|brk|m(map|unmap|remap|protect|advise)|rt_sig.*|exit_group|getpid|getppid|getrandom|futex|sysinfo) " >"$stage/list"
@@ -162,7 +150,7 @@ while read -r call first last; do
     for error in EIO EINTR; do
         [[ $error == EIO || $call =~ ^(open|openat|read|write|ppoll|wait4|recvmsg)$ ]] || continue
         for ((at = first; at <= last; at += at < first + 12 ? 1 : FAULT_STRIDE)); do
-            ((number++ % shares == share)) || continue
+            ((number++ % 4 == FAULT_SHARE)) || continue
             try $error $call $at
             judge
         done
@@ -170,16 +158,14 @@ while read -r call first last; do
 done <"$stage/list"
 echo "$tried calls failed"
 ((tried > 20)) || exit 1
-((share == 0)) || exit 0
+((FAULT_SHARE == 0)) || exit 0
 
 # What the child does before it is a command; a late answer of the kernel's; a sleep that is cut short goes on.
-error=EBUSY call=dup2 at=1
 try EBUSY dup2 1 -f
 must_be ps
-error=EAGAIN call=recvmsg
 try EAGAIN recvmsg 1
 must_be plain
-error=EINTR call=clock_nanosleep arguments=(-t 1s -p 1s)
+arguments=(-t 1s -p 1s)
 try EINTR clock_nanosleep 1+2
 must_be plain
 (($(grep -cE '^(clone3?|v?fork)\(' "$stage/trace") <= 2 * 10 + 3)) || wrong "more than two passes"

@@ -7,14 +7,11 @@ int main(void) {
     struct tarnnet_filter* filter = tarnnet_get_simple_filter(IFT_ALL, NULL, NULL, NULL, 0, 0);
     struct tarnnet_info* result = tarnnet_get_info(TARNNET_EVERYTHING, filter);
     unsigned count = 0;
-
-    tarnnet_release_filter(filter);
-    if (result != NULL) {
-        while (result->records[count] != NULL) {
-            count++;
-        }
-        tarnnet_release_info(result);
+    while (result != NULL && result->records[count] != NULL) {
+        count++;
     }
+    tarnnet_release_filter(filter);
+    tarnnet_release_info(result);
     printf("%u\n", count);
     return 0;
 }

@@ -1,36 +1,23 @@
 # The words in which a scenario describes its host and what the program must print there. Sourced by run_scenario.
-#
 # The host to begin with: one link without an address, the name "box", a detection script that says "testos", an empty
 # mount table, no process, no name server, and commands that count nothing.
 failures=0 runs=0
 out=$stage/out # what the stubs print, one file a command
 
 # put FILE [TEXT]: writes TEXT and a newline, or standard input, to FILE. rows N FILE: N lines.
-put() {
-    mkdir -p "${1%/*}"
-    if (($# > 1)); then printf '%s\n' "$2" >"$1"; else cat >"$1"; fi
-}
+put() { mkdir -p "${1%/*}" && if (($# > 1)); then printf '%s\n' "$2"; else cat; fi >"$1"; }
 rows() { seq "$1" | put "$2"; }
 
 # stub NAME BODY: a command of the host. It notes how it was called, then runs BODY.
-stub() {
-    put "$stage/bin/$1" "#!/bin/sh
-echo \"$1 \$*\" >>$stage/calls
-$2"
-    chmod +x "$stage/bin/$1"
-}
+stub() { command_file "$1" "echo \"$1 \$*\" >>$stage/calls
+$2"; }
+command_file() { put "$stage/bin/$1" "#!/bin/sh"$'\n'"$2" && chmod +x "$stage/bin/$1"; }
 detect() { put /tmp/usr/local/share/tarnp2v/distdetect-common.sh "$1"; }
 
 # process PID [KEY=VALUE ...]: a status file as the kernel writes it. fds PID N: N open descriptors.
-process() {
-    local pid=$1
-    shift
-    printf 'Name:\tp%s\n' "$pid" "$@" | sed '2,$s/^Name:\tp\([^=]*\)=\(.*\)/\1:\t\2 kB/' | put "/proc/$pid/status"
-}
-fds() {
-    mkdir -p "/proc/$1/fd"
-    (cd "/proc/$1/fd" && seq "$2" | xargs touch)
-}
+process() { printf '%s kB\n' "${@:2}" | sed "1iName:\\tp$1
+        s/=/:\\t/" | put "/proc/$1/status"; }
+fds() { mkdir -p "/proc/$1/fd" && (cd "/proc/$1/fd" && seq "$2" | xargs touch); }
 
 # link NAME [ADDRESS ...]: an ethernet link (the near end of a pair) that is up; addresses as "ip address add" takes
 # them. Links are listed in the order in which they were made.
@@ -39,13 +26,10 @@ link() {
     local name=$1 address
     "$stage/ip" link add "$name" index $next_index type veth peer name "p$next_index" index $((next_index + 100)) \
         2>/dev/null || skip "the kernel has no pair links"
-    "$stage/ip" link set "p$next_index" addrgenmode none
+    "$stage/ip" link set "p$((next_index++))" addrgenmode none
     "$stage/ip" link set "$name" addrgenmode none up
-    next_index=$((next_index + 1))
     for address in "${@:2}"; do "$stage/ip" address add $address dev "$name"; done
 }
-
-undetected='OS distribution was not detected. It must be manually set.'
 
 # The whole result of the host above. Beyond a factor times a floor:
 #   NUMFILE      trunc(9312 x 1.2) = 11174, above the 432 + 432 + 255 sockets and terminals and above 32 x 180
@@ -78,9 +62,8 @@ config() {
 prints() { printf '%s' "$1" >"$stage/want.out"; }
 complains() { printf '%s\n' "$@" >"$stage/want.err"; }
 
-# launch ARGUMENT ...: turns the shell it is called in into the program, in an environment that is the same
-# everywhere. extra_env adds to it, wrapper is a command that starts it. The leak check of a sanitizer wants the task
-# list of the process, by number.
+# launch ARGUMENT ...: turns the shell it is called in into the program. extra_env adds to its environment, wrapper is a
+# command that starts it. The leak check of a sanitizer wants the task list of the process, by number.
 program=$stage/bin/tarnhwcalc
 extra_env=() wrapper=()
 launch() {
@@ -91,28 +74,30 @@ launch() {
 }
 
 # same WHAT WANTED GOT: two files, is WHAT WANTED GOT: two texts that must not differ.
-same() {
-    diff -u --label "run $runs: $1 foretold" --label seen "$2" "$3" || failures=1
-}
-is() {
-    [[ $2 != "$3" ]] || return 0
-    echo "run $runs: $1 is \"$3\", not \"$2\""
-    failures=1
-}
+same() { diff -u --label "run $runs: $1 foretold" --label seen "$2" "$3" || failures=1; }
+is() { [[ $2 == "$3" ]] || { echo "run $runs: $1 is \"$3\", not \"$2\"" && failures=1; }; }
 
 # run STATUS ARGUMENT ...: the program must end with STATUS and print what was foretold, which is forgotten then.
 run() {
     local status=0
-    runs=$((runs + 1))
     : >"$stage/calls"
     (launch "${@:2}") >"$stage/got.out" 2>"$stage/got.err" || status=$?
     verdict "$status" "$1"
 }
 verdict() {
+    runs=$((runs + 1))
     is "exit status" "$2" "$1"
     same "standard output" "$stage/want.out" "$stage/got.out"
     same "standard error" "$stage/want.err" "$stage/got.err"
     : >"$stage/want.out" >"$stage/want.err"
+}
+
+# written FILE ARGUMENT ...: the run must succeed and what was foretold for its standard output be in FILE.
+written() {
+    mv "$stage/want.out" "$stage/want.file"
+    prints ''
+    run 0 "${@:2}"
+    same "the file" "$stage/want.file" "$1"
 }
 
 : >"$stage/want.out" >"$stage/want.err" >"$stage/calls"

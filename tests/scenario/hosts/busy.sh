@@ -15,24 +15,14 @@ process 1000 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
 process 1001 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
 process 2 PPid=0
 put "$out/ipcs" $'\n------ Shared Memory Status --------\nsegments allocated 24\npages allocated 3000000\npages resident  2800000'
-put "$out/df-k" <<'END'
-Filesystem      1K-blocks       Used  Available Use% Mounted on
-/dev/sda1      1900000000 1500000000  400000000  79% /
-/dev/sdb1       900000000  500000000  400000000  56% /srv
-END
-put "$out/df-i" <<'END'
-Filesystem       Inodes     IUsed     IFree IUse% Mounted on
-/dev/sda1     200000000 123456000  76544000   62% /
-/dev/sdb1        100000       789     99211    1% /srv
-END
+df=$'Filesystem 1K-blocks Used Available Use%% Mounted on\n/dev/sda1 9 %s 9 79%% /\n/dev/sdb1 9 %s 9 56%% /srv\n'
+printf "$df" 1500000000 500000000 >"$out/df-k"
+printf "$df" 123456000 789 >"$out/df-i"
 
 # Users and groups of /home, groups of /var: (602 + 3) x 2 ids. Plain files stand in for the devices.
 put /tmp/disk/a ''
 put /tmp/disk/b ''
-{
-    printf '*** Report for user quotas on device /dev/sda1\n------\n'
-    seq -f '#%.0f -- 20 0 0 1 0 0' 602
-} | put "$out/users"
+put "$out/users" $'*** Report for user quotas on device /dev/sda1\n------\n'"$(seq -f '#%.0f -- 20 0 0 1 0 0' 602)"
 put "$out/groups" $'*** Report for group quotas on device /dev/sda1\n---\n#0 -- 20 0 0 2 0 0\n#100 +- 20 1 1 6days 2 0 0'
 stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/groups ;; *) sed s/#0/#200/ $out/groups ;; esac"
 stub edquota '[ "$VISUAL $EDITOR" = "cat cat" ]'

@@ -1,4 +1,5 @@
-# The command line: texts and statuses. No command is run, whatever is asked for.
+# The command line: texts and statuses; and the file named with -o: its mode, what was in it, and what becomes of a
+# result that cannot be written.
 usage="
 Usage: $program [options]
 
@@ -13,26 +14,43 @@ Usage: $program [options]
     --mem-scale         memory consumption enlagement factor
     --disk-scale        disk consumption enlagement factor
     -d, --dist-detect   path to distribution detection script"
-# refused STATUS MESSAGE ARGUMENT ...
-refused() {
+# ends STATUS MESSAGE ARGUMENT ...: and no command is run before that.
+ends() {
     complains "$2"
     run "$1" "${@:3}"
+    is "the commands" '' "$(cat "$stage/calls")"
 }
-for option in -h '-?' '-p 1m --help --no-such-option'; do refused 0 "$usage" $option; done
-refused 0 "$program: unrecognized option '--no-such-option'"$'\n'"$usage" --no-such-option -v
-refused 0 "$program: invalid option -- 'M'"$'\n'"$usage" -M 2
-refused 0 "$program: option requires an argument -- 'o'"$'\n'"$usage" -o
+for option in -h '-?' '-p 1m --help --no-such-option'; do ends 0 "$usage" $option; done
+ends 0 "$program: unrecognized option '--no-such-option'"$'\n'"$usage" --no-such-option -v
+ends 0 "$program: invalid option -- 'M'"$'\n'"$usage" -M 2
+ends 0 "$program: option requires an argument -- 'o'"$'\n'"$usage" -o
 prints $'Corvane hardware configuration calculator v. 1.0\n'
 run 0 -v --no-such-option
-
-refused 1 "Bad time spec specified for --scan-time: 90" -t 90 -p 90
-refused 1 "Bad time spec specified for --scan-period: 1 h" -t 1h --scan-period '1 h'
+ends 1 "Bad time spec specified for --scan-period: 1 h" -t 1h --scan-period '1 h'
 # The number too large for a float is accepted; what it leaves behind fails the span after it.
-refused 1 'Bad time spec specified for --scan-time: 1h' --mem-scale 1e50 -t 1h
+ends 1 'Bad time spec specified for --scan-time: 1h' --mem-scale 1e50 -t 1h
 for scale in --mem-scale --disk-scale; do
-    refused 1 "Not a numeric value for $scale: 1.5x" $scale 1.5x
-    for value in 0 -inf 1e-60 ''; do refused 1 "$scale must be positive: $value" $scale "$value"; done
+    ends 1 "Not a numeric value for $scale: 1.5x" $scale 1.5x
+    for value in 0 -inf 1e-60 ''; do ends 1 "$scale must be positive: $value" $scale "$value"; done
 done
-refused 1 '--scan-period is 0 while --scan-time is not' -t 1h
-refused 1 $'No extra arguments allowed\n'"$usage" -t 1h extra
-is "the commands" '' "$(cat "$stage/calls")"
+ends 1 '--scan-period is 0 while --scan-time is not' -t 1h
+ends 1 $'No extra arguments allowed\n'"$usage" -t 1h extra
+
+put /etc/mtab '/dev/sr0 /cdrom iso9660 ro 0 0'
+file=/tmp/vps.conf
+rows 1000 $file # longer than the result, and open to others
+chmod 644 $file
+for masked in 000:644 000:600 277:400; do
+    umask ${masked%:*}
+    config
+    complains '/cdrom/*'
+    written $file -o /no/such/file --out=$file
+    is "its mode" ${masked#*:} "$(stat -c %a $file)"
+    rm $file
+done
+
+# Nothing is listed after a failure, and the status stays 0.
+complains 'Error: unable to open /tmp/none/vps.conf: No such file or directory'
+run 0 -o /tmp/none/vps.conf
+complains "Error: unable to write $(wc -c <"$stage/want.file") bystes to the /dev/full: No space left on device"
+run 0 -o /dev/full

@@ -1,2 +1,0 @@
-// The consumer once more, as a C++ program.
-#include "../consumer.c"
