@@ -185,6 +185,8 @@ inline std::string line_of(const tarnnetif_info& record) {
 }
 
 inline Lines lines_of(const tarnnet_info* result) {
+    if (result == nullptr)
+        return {"none"};
     Lines lines;
     for (tarnnetif_info** record = result->records; *record != nullptr; ++record)
         lines.push_back(line_of(**record));
