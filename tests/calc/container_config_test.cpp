@@ -56,7 +56,11 @@ TEST(ContainerConfig, LineByLineAndAtTheEndsOfTheNumbers) {
          "NUMTCPSOCK=32768:32768 TCPSNDBUF=18446744071562067968:18446744071562067968 "
          "SHMPAGES=21504:21504 QUOTAUGIDLIMIT=1024 "
          "DISKSPACE=18446744073709551612:18446744073709551612"},
-        {counted({0, 0, 0, 0, 60000}), {}, 4096, "PRIVVMPAGES=72000:79200"},  // then the floor
+        // 32 files for each of 480 processes; pages first multiplied, then raised to the floor.
+        {counted({0, 0, 0, 0, 60000}, 400.0F),
+         {},
+         4096,
+         "NUMFILE=15360:15360 PRIVVMPAGES=72000:79200"},
         // 1.2 x (22414616 + 3 x 28311552 + 262144 + 65536 x (72089 + 307)), floats at every step.
         {{}, {}, 65536, "SLMMEMORYLIMIT=5822587392:5822587392"},
         // Products, sums and shifts wrap at 32 bits, some to positive numbers.

@@ -21,7 +21,8 @@ TEST(ProgressLine, FitsTheTerminal) {
         {halfway, 80, "[##############................] 30:00/1:01:30 passes 7 next 1:05"},
         // 22 numbers' characters leave 14 of the 39 columns for the bar: 1800*14/3690 = 6.
         {halfway, 40, "[######........] 30:00/1:01:30 #7 +1:05"},
-        {halfway, 25, "30:00/1:01:30 #7 +1:05"},
+        {halfway, 31, "[##...] 30:00/1:01:30 #7 +1:05"},
+        {halfway, 30, "30:00/1:01:30 #7 +1:05"},
         {halfway, 10, "30:00/1:0"},
         {halfway, 0, ""},
         {{999999, 3690, 0, 7},
@@ -63,6 +64,7 @@ protected:
 // On one that becomes narrower, as on one that stays, a line takes one row at most.
 TEST_F(Terminal, ShowsOneRowThatIsWiped) {
     ProgressLine line(terminal);
+    resize(0);  // says nothing of its width
     line.progress(halfway);
     resize(40);
     line.progress(halfway);

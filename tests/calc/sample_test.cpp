@@ -132,7 +132,7 @@ TEST(SumMemory, ChildrenOfOneSizeAreCountedOnce) {
     const std::tuple<std::vector<Process>, std::int32_t, std::int32_t> cases[] = {
         {{{1, 100, 7, 1}, {2, 200, 7, 2}}, 300, 3},  // distinct parents
         // One parent, equal resident sizes: the first child alone, whatever the others' sizes.
-        {{{5, 40000, 1200, 8}, {5, 40001, 1200, 9}, {5, 40000, 1200, 8}}, 40000, 8},
+        {{{5, 40000, 1200, 8}, {5, 40001, 1200, 9}, {5, 40002, 1200, 7}}, 40000, 8},
         // One that differs, first or last: all of them.
         {{{5, 40000, 1200, 1}, {5, 40000, 1200, 1}, {5, 40000, 1204, 1}}, 120000, 3},
         {{{5, 40000, 1204, 1}, {5, 40000, 1200, 1}}, 80000, 2},
@@ -153,8 +153,8 @@ TEST(SumMemory, ChildrenOfOneSizeAreCountedOnce) {
 TEST(MemoryScan, TakesTheProcessesAndStopsAtTheMachinesPages) {
     MadeUpHost made_up;
     const auto scanned = [&] { return std::get<MemoryPages>(scan_memory(made_up.host)); };
-    made_up.put("12/status", "PPid:\t0\nVmSize:\t4095 kB\nVmLck:\t40007 kB\n");
-    made_up.put("12abc/status", "PPid:\t1\nVmSize:\t999999 kB\n");
+    made_up.put("19/status", "PPid:\t0\nVmSize:\t4095 kB\nVmLck:\t40007 kB\n");
+    made_up.put("19abc/status", "PPid:\t1\nVmSize:\t999999 kB\n");
     made_up.put("13/no_status", "");  // ended meanwhile
     made_up.put("14/status/no_file", "");
     made_up.put("15/status", "PPid:\t0\nVmRSS:\t1 kB\n");  // unlike its sibling: all are counted
