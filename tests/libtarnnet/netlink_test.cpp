@@ -196,6 +196,7 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
         EXPECT_FALSE(parse_address(header_of(bytes), &entry));
     }
 }
+
 TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
     kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde"),
                        link_message(3, "br0", "\2abcde", 0), address_message(AF_INET, 1, 9)};

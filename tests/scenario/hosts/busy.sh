@@ -19,9 +19,7 @@ df=$'Filesystem 1K-blocks Used Available Use%% Mounted on\n/dev/sda1 9 %s 9 79%%
 printf "$df" 1500000000 500000000 >"$out/df-k"
 printf "$df" 123456000 789 >"$out/df-i"
 
-# Users and groups of /home, groups of /var: (602 + 3) x 2 ids. Plain files stand in for the devices.
-put /tmp/disk/a ''
-put /tmp/disk/b ''
+# Users and groups of /home, groups of /var: (602 + 3) x 2 ids. Devices of every system stand in for disks.
 put "$out/users" $'*** Report for user quotas on device /dev/sda1\n------\n'"$(seq -f '#%.0f -- 20 0 0 1 0 0' 602)"
 put "$out/groups" $'*** Report for group quotas on device /dev/sda1\n---\n#0 -- 20 0 0 2 0 0\n#100 +- 20 1 1 6days 2 0 0'
 stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/groups ;; *) sed s/#0/#200/ $out/groups ;; esac"
@@ -30,8 +28,8 @@ stub edquota '[ "$VISUAL $EDITOR" = "cat cat" ]'
 put /proc/filesystems $'nodev\tproc\nnodev\tdevpts\n\text4'
 put /etc/fstab '/dev/sr0 /cdrom iso9660 noauto,user 0 0'
 put /etc/mtab <<'END'
-/tmp/disk/a /home ext4 rw,usrquota,grpquota 0 0
-/tmp/disk/b /var ext4 rw,grpquota 0 0
+/dev/null /home ext4 rw,usrquota,grpquota 0 0
+/dev/zero /var ext4 rw,grpquota 0 0
 /dev/sdc1 / reiserfs rw 0 0
 proc /proc proc rw 0 0
 pts /proc/pts devpts rw 0 0
