@@ -18,3 +18,11 @@ detect 'echo testos'
 config
 complains "$gone"
 run 0
+
+# A command that does not stop printing, where memory has an end (not with a sanitizer, whose runtime takes more).
+stub df 'exec cat /dev/zero'
+wrapper=(prlimit --as=300000000)
+if "${wrapper[@]}" "$program" -v >/dev/null 2>&1; then
+    complains 'Error: std::bad_alloc'
+    run 1
+fi
