@@ -161,6 +161,8 @@ TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
         EXPECT_FALSE(parse_link(header_of(none), &link));
     // What is shorter than its structure is not looked at.
     std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
+    const message_bytes cut = {body_of(header_of(bytes)).start, sizeof(ifinfomsg) - 1};
+    EXPECT_EQ(cut.begin_with<ifinfomsg>(), nullptr);
     for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
         header_of(bytes)->nlmsg_len = length;
         EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;

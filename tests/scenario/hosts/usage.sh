@@ -22,7 +22,6 @@ ends() {
 }
 for option in -h '-?' '-p 1m --help --no-such-option'; do ends 0 "$usage" $option; done
 ends 0 "$program: unrecognized option '--no-such-option'"$'\n'"$usage" --no-such-option -v
-ends 0 "$program: option requires an argument -- 'o'"$'\n'"$usage" -o
 prints $'Corvane hardware configuration calculator v. 1.0\n'
 run 0 -v --no-such-option
 ends 1 "Bad time spec specified for --scan-period: 1 h" -t 1h --scan-period '1 h'
