@@ -52,10 +52,11 @@ std::string make_message(uint16_t type, const Body& body,
     return bytes;
 }
 
-// A link that is up, with a hardware address (six bytes) or none.
-inline std::string link_message(int index, const std::string& name, const std::string& hwaddr) {
+// A link with a hardware address (six bytes) or none.
+inline std::string link_message(int index, const std::string& name, const std::string& hwaddr,
+                                unsigned flags = IFF_UP) {
     const uint16_t hardware = hwaddr.empty() ? ARPHRD_NONE : ARPHRD_ETHER;
-    return make_message(RTM_NEWLINK, ifinfomsg{0, 0, hardware, index, IFF_UP, 0},
+    return make_message(RTM_NEWLINK, ifinfomsg{0, 0, hardware, index, flags, 0},
                         {{IFLA_IFNAME, name + '\0'}, {IFLA_ADDRESS, hwaddr}});
 }
 
@@ -193,10 +194,10 @@ inline Lines lines_of(const tarnnet_info* result) {
     return lines;
 }
 
-// The inventory of all kinds of a range of containers.
-inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, uint32_t max = 0) {
-    tarnnet_filter* filter =
-        tarnnet_get_simple_filter(IFT_ALL, nullptr, nullptr, nullptr, min, max);
+// The inventory of some kinds of a range of containers.
+inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, uint32_t max = 0,
+                       uint32_t kinds = IFT_ALL) {
+    tarnnet_filter* filter = tarnnet_get_simple_filter(kinds, nullptr, nullptr, nullptr, min, max);
     tarnnet_info* result = tarnnet_get_info(flags, filter);
     tarnnet_release_filter(filter);
     Lines lines = lines_of(result);

@@ -116,7 +116,7 @@ TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
 }
 
 // An attribute here is its length field and its type; another four bytes stand for a value.
-TEST(RtnlAttributes, AreIndexedByTheirFullTypeOrInTheirOrder) {
+TEST_F(MadeUpHost, HasAttributesIndexedByTheirFullTypeOrInTheirOrder) {
     rtattr list[] = {{5, 1}, {}, {4, 2}, {4, 4}, {4, 0x8003}, {8, 1}, {}};
     rtattr* const end = list + 6;
     rtattr* table[5] = {end, end, end, end, end};
@@ -129,10 +129,8 @@ TEST(RtnlAttributes, AreIndexedByTheirFullTypeOrInTheirOrder) {
     EXPECT_EQ(parse_rtattr_byindex(table, 3, list, sizeof(list)), 3);
     EXPECT_TRUE(table[0] == list && table[1] == list + 2 && table[2] == list + 5);
     EXPECT_EQ(table[3], end);
-}
 
-TEST_F(MadeUpHost, LogsADeficitOfAttributesWhereTheWalkStops) {
-    rtattr* table[4];
+    // The walk stops at what is no whole attribute.
     rtattr longer[] = {{8, 1}, {}, {12, 2}, {}}, shorter[] = {{3, 1}, {}};
     rtattr stump[] = {{4, 1}, {7, 2}};
     parse_rtattr(table, 3, longer, sizeof(longer));
@@ -161,6 +159,14 @@ TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
     for (std::string none : {link_of_type(772, {{IFLA_IFNAME, "lo"}}), link_of_type(1, {}),
                              make_message(RTM_DELLINK, ifinfomsg{}, {{IFLA_IFNAME, name}})})
         EXPECT_FALSE(parse_link(header_of(none), &link));
+    // What is shorter than its structure is not looked at.
+    std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
+    const message_bytes cut = {body_of(header_of(bytes)).start, sizeof(ifinfomsg) - 1};
+    EXPECT_EQ(cut.begin_with<ifinfomsg>(), nullptr);
+    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
+        header_of(bytes)->nlmsg_len = length;
+        EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;
+    }
 }
 
 TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
@@ -193,22 +199,9 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
     }
 }
 
-// What is shorter than its structure is not looked at.
-TEST(Message, IsSeenAsAStructureWhenItIsLongEnoughOnly) {
-    std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
-    const message_bytes body = body_of(header_of(bytes));
-    EXPECT_NE(body.begin_with<ifinfomsg>(), nullptr);
-    EXPECT_EQ((message_bytes{body.start, sizeof(ifinfomsg) - 1}.begin_with<ifinfomsg>()), nullptr);
-    link_entry link = {};
-    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
-        header_of(bytes)->nlmsg_len = length;
-        EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;
-    }
-}
-
 TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
     kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde"),
-                       link_message(3, "br0", "\2abcde"), address_message(AF_INET, 1, 9)};
+                       link_message(3, "br0", "\2abcde", 0), address_message(AF_INET, 1, 9)};
     std::string all;
     for (char number = 120; number >= 20; --number) {
         kernel_messages.push_back(address_message(AF_INET, 2, number));
@@ -222,7 +215,11 @@ TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
     const tarnnetif_info* vnic0 = find_tarnnetif_info("vnic0", 0, IFT_VNIC);
     EXPECT_EQ(line_of(*vnic0), "vnic0 32 [10.1.0.9/24,10.1.0.8/24] []");
     EXPECT_STREQ(vnic0->hwaddr, "02:61:62:63:64:65");
-    EXPECT_NE(find_tarnnetif_info("br0", 0, IFT_BRIDGE), nullptr) << "keeps its kind";
+    EXPECT_EQ(vnic0->set_mask, 6u | 1u | 16u | 128u | 512u | 0x10000u);
+    const tarnnetif_info* br0 = find_tarnnetif_info("br0", 0, IFT_BRIDGE);
+    ASSERT_NE(br0, nullptr) << "keeps its kind";
+    EXPECT_TRUE(vnic0->state == 1 && vnic0->link_flags == IFF_UP);
+    EXPECT_TRUE(br0->state == 2 && br0->link_flags == 0);
 }
 
 }  // namespace

@@ -48,16 +48,14 @@ TEST_F(Records, AreMadeGenericAndChangeInPlaceWhileNobodyHoldsThem) {
     EXPECT_EQ(update_tarnnetif_info_by_ptr(record, IFU_ORIGIN_NAME, text_value("old0")), record);
     EXPECT_EQ(record->set_mask, 6u | 8u | 0x10000u);
     EXPECT_NE(set("eth0", IFU_STATE, 1), record) << "the host has one of its own";
-    EXPECT_DEATH(set("eth0", IFU_NAME, "eth1"), "fixed");
-    purge_all_generations();
-    EXPECT_DEATH(update_last_tarnnetif_info(IFU_STATE, number_value(1)), "touched last");
-}
-
-TEST_F(Records, AreLookedUpByKindsInAnOrder) {
+    // Of one name, the first kind in an order is meant.
     set("dup0", IFU_TYPE, IFT_BRIDGE);
     tarnnetif_info* other = create_tarnnetif_info("dup0", 0, nullptr);
     EXPECT_EQ(update_tarnnetif_info_by_ptr(other, IFU_TYPE, number_value(IFT_ETHERNET)), other);
     EXPECT_EQ(set("dup0", IFU_STATE, 1), other);
+    EXPECT_DEATH(set("eth0", IFU_NAME, "eth1"), "fixed");
+    purge_all_generations();
+    EXPECT_DEATH(update_last_tarnnetif_info(IFU_STATE, number_value(1)), "touched last");
 }
 
 // What a holder sees must not change under it.

@@ -19,19 +19,16 @@ df=$'Filesystem 1K-blocks Used Available Use%% Mounted on\n/dev/sda1 9 %s 9 79%%
 printf "$df" 1500000000 500000000 >"$out/df-k"
 printf "$df" 123456000 789 >"$out/df-i"
 
-# Users and groups of /home, groups of /var: (602 + 3) x 2 ids. Plain files stand in for the devices.
-put /tmp/disk/a ''
-put /tmp/disk/b ''
+# Users and groups of /home: (602 + 2) x 2 ids. A device of every system stands in for a disk.
 put "$out/users" $'*** Report for user quotas on device /dev/sda1\n------\n'"$(seq -f '#%.0f -- 20 0 0 1 0 0' 602)"
 put "$out/groups" $'*** Report for group quotas on device /dev/sda1\n---\n#0 -- 20 0 0 2 0 0\n#100 +- 20 1 1 6days 2 0 0'
-stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/groups ;; *) sed s/#0/#200/ $out/groups ;; esac"
+stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/groups ;; esac"
 stub edquota '[ "$VISUAL $EDITOR" = "cat cat" ]'
 
 put /proc/filesystems $'nodev\tproc\nnodev\tdevpts\n\text4'
 put /etc/fstab '/dev/sr0 /cdrom iso9660 noauto,user 0 0'
 put /etc/mtab <<'END'
-/tmp/disk/a /home ext4 rw,usrquota,grpquota 0 0
-/tmp/disk/b /var ext4 rw,grpquota 0 0
+/dev/null /home ext4 rw,usrquota,grpquota 0 0
 /dev/sdc1 / reiserfs rw 0 0
 proc /proc proc rw 0 0
 pts /proc/pts devpts rw 0 0
@@ -58,7 +55,7 @@ config NUMPROC=2400:2400 AVNUMPROC=2400:2400 NUMTCPSOCK=48000:48000 NUMOTHERSOCK
     TCPRCVBUF=18446744072437432320:18446744072560312320 OTHERSOCKBUF=18446744071681594368:18446744071773749248 \
     PRIVVMPAGES=300000:330000 VMGUARPAGES=300000:2147483647 OOMGUARPAGES=300000:2147483647 LOCKEDPAGES=1200000:1200000 \
     SHMPAGES=3600000:3600000 NUMFLOCK=600:660 NUMIPTENT=1228:1228 DISKSPACE=2147483647:2147483647 \
-    DISKINODES=1500000:1650000 QUOTAUGIDLIMIT=1210 SLMMEMORYLIMIT=7813047296:7813047296 \
+    DISKINODES=1500000:1650000 QUOTAUGIDLIMIT=1208 SLMMEMORYLIMIT=7813047296:7813047296 \
     'HOSTNAME=srv-1."lab".example' '#IP_ADDRESS=10.1.0.1 10.9.0.1 2001:db8::10 ' 'SEARCHDOMAIN=a.example b.example' \
     'NAMESERVER=10.0.0.1 ::1#x' FEATURES=nfs:on
 complains "Some of partitions contain reiserfs, which makes impossible to calculate the DISKINODES parameter. \

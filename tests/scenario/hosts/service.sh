@@ -12,15 +12,13 @@ stub iptables "{ $descriptors; echo \" \$LC_ALL \$MARK\"; } >$stage/seen"
 detect "read -r typed && heard=heard || heard=deaf; echo moans >&2; sleep 600 >/dev/null & (sleep 1; printf late) &
     $descriptors; printf \" \$MARK\t\$LC_ALL \$heard\r\n\""
 extra_env=(LC_ALL=de_DE.UTF-8 LANG=fr_FR.UTF-8 MARK=mark)
-foretell() {
-    config NUMTCPSOCK=840:840 TCPSNDBUF=52899840:55050240 TCPRCVBUF=52899840:55050240 SHMPAGES=48000:48000 \
-        DISKSPACE=1165:1281 SLMMEMORYLIMIT=549147392:549147392 DISTRIBUTION=1markCdeaflate
-}
-
-foretell
-complains "Error: Partition or mount point '/tmp/gone' does not exist" '/gone/*'
+command_file closed 'exec "$@" <&- >&- 2>&-'
+wrapper=("$stage/bin/closed")
+config NUMTCPSOCK=840:840 TCPSNDBUF=52899840:55050240 TCPRCVBUF=52899840:55050240 SHMPAGES=48000:48000 \
+    DISKSPACE=1165:1281 SLMMEMORYLIMIT=549147392:549147392 DISTRIBUTION=1markCdeaflate
+result=/tmp/vps.conf
 SECONDS=0
-launch -d /tmp/another -t 1s -p 1s >"$stage/got.out" 2>"$stage/got.err" &
+launch -d /tmp/another -o $result -t 1s -p 1s >"$stage/got.out" 2>"$stage/got.err" &
 child=$! storms=0 status=0
 while kill -CHLD $child 2>/dev/null && kill -STOP $child 2>/dev/null && kill -CONT $child 2>/dev/null; do
     storms=$((storms + 1))
@@ -28,10 +26,4 @@ done
 wait $child || status=$?
 verdict "$status" 0
 is "more than a few signals, but soon over" 1 $((storms > 1000 && SECONDS < 60))
-is "what a command sees" "12 C mark" "$(cat "$stage/seen")"
-
-command_file closed 'exec "$@" <&- >&- 2>&-'
-wrapper=("$stage/bin/closed")
-foretell
-written /tmp/vps.conf -o /tmp/vps.conf
 is "what a command sees" "12 C mark" "$(cat "$stage/seen")"
