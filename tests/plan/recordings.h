@@ -1,13 +1,17 @@
-// Recordings made by hand, for the tests of what is done with them.
+// What the tests of the companion share: recordings made by hand, and a host that answers.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "calc/sample.h"
 #include "plan/combined_scan.h"
 #include "plan/recording.h"
+#include "tests/support/made_up_host.h"
 
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
     RecordingHeader header;
@@ -53,4 +57,28 @@ inline Summary summary_of(std::int64_t at_seconds) {
 
 inline CombinedScan combined(const std::vector<NamedRecording>& recordings) {
     return std::get<CombinedScan>(combine(recordings));
+}
+
+inline Recording parsed(const std::string& text) {
+    Kiln::Result<Recording> result = parse_recording(text);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
+        ADD_FAILURE() << reason->text;
+        return {};
+    }
+    return std::get<Recording>(result);
+}
+
+inline const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
+
+// Every command of a pass finds 7 then.
+inline void let_commands_answer(MadeUpHost& made_up) {
+    for (const SampleStep& step : sample_steps) {
+        const std::string command = step.command == nullptr ? "" : step.command;
+        const bool is_df = command.rfind("df", 0) == 0;
+        const bool is_ipcs = command.find("ipcs") != std::string::npos;
+        made_up.answers[command].out = is_df     ? df_header + "/dev/a 9 7 2 78% /\n"
+                                       : is_ipcs ? "pages allocated 7\n"
+                                                 : "7\n";
+    }
+    made_up.host.host_name = [] { return std::optional<std::string>("box"); };
 }
