@@ -69,8 +69,15 @@ TEST(Explanation, OpenFilesForSocketsAreDerived) {
     EXPECT_EQ(line.basis, Basis::derived);
     EXPECT_EQ(line.made_from, (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
     EXPECT_EQ(line_of({named}, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
-    EXPECT_EQ(line_of({named}, "NUMPTY").basis, Basis::fixed);
+}
+
+TEST(Explanation, WhatNoPassCounts) {
+    NamedRecording named = whole(recording_of({1}));
+    named.recording.summary->findings.reiserfs_found = true;  // it has no inodes
+    EXPECT_EQ(line_of({named}, "DISKINODES").basis, Basis::finding);
+    EXPECT_EQ(line_of({named}, "DISKINODES").value, "1500000:1650000");
     EXPECT_EQ(line_of({named}, "HOSTNAME").basis, Basis::finding);
+    EXPECT_EQ(line_of({named}, "NUMPTY").basis, Basis::fixed);
     EXPECT_EQ(line_of({named}, "PHYSPAGES").meaning, "not limited");
 }
 
@@ -106,21 +113,6 @@ TEST(Explanation, ThePeaksOfThePasses) {
     const Explanation floored = explained({whole(recording_of(std::vector<std::int32_t>(10, 9)))});
     EXPECT_TRUE(floored.lines[0].remarks.empty()) << "no matter where the floor decides";
     EXPECT_EQ(floored.counts[0].remarks, Remarks{steady});
-}
-
-TEST(Explanation, WhatIsMissingIsSaid) {
-    const Explanation explanation = explained({recording_of({1})});
-    EXPECT_EQ(explanation.lines.back().basis, Basis::missing);
-    EXPECT_EQ(explanation.lines.back().name, "FEATURES");
-    EXPECT_FALSE(explanation.remarks.empty());
-}
-
-TEST(Explanation, GuessedInodes) {
-    NamedRecording named = whole(recording_of({1}));
-    named.recording.summary->findings.reiserfs_found = true;
-    const LineStory line = line_of({named}, "DISKINODES");
-    EXPECT_EQ(line.basis, Basis::finding);
-    EXPECT_EQ(line.value, "1500000:1650000");
 }
 
 }  // namespace

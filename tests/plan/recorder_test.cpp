@@ -237,6 +237,9 @@ TEST_F(MadeUpRecorder, GoesOnWithNoOther) {
     other.host = "other";
     EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
     other = here;
+    other.machine = "other";
+    EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
+    other = here;
     other.page_size = 512;
     EXPECT_NE(refused(header_line(other) + "{\"torn").find("pages"), std::string::npos);
     EXPECT_NE(refused(header_line(here) + "rubbish\n").find("line 2"), std::string::npos);
