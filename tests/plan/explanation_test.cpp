@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -12,10 +10,6 @@ namespace {
 NamedRecording whole(NamedRecording named) {
     named.recording.summary = summary_of(0);
     return named;
-}
-
-Explanation explained(const std::vector<NamedRecording>& recordings) {
-    return explain(recordings, combined(recordings), {});
 }
 
 LineStory line_of(const std::vector<NamedRecording>& recordings, const std::string& name) {

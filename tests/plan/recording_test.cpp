@@ -46,16 +46,12 @@ std::string small_recording() {
 TEST(Recording, WhatIsWrittenComesBack) {
     const std::string text = small_recording();
     const Recording recording = parsed(text);
-    EXPECT_EQ(recording.header.host, hostile);
-    EXPECT_EQ(recording.header.start, 1773324300);
     EXPECT_EQ(recording.spans().time, 200) << "the newest";
     EXPECT_FALSE(recording.torn);
     EXPECT_FALSE(recording.summary_is_last) << "a pass came after it";
     EXPECT_EQ(recording.last_ms(), 30000);
     // As everything is in the lines, equal lines are equal values.
     ASSERT_EQ(recording.passes.size(), 3U);
-    EXPECT_EQ(recording.passes[1].failure, failed_pass().failure);
-    EXPECT_EQ(recording.passes[1].taken.count(), 2U);
     ASSERT_TRUE(recording.summary);
     std::string again = header_line(recording.header) + pass_line(recording.passes[0]) +
                         pass_line(recording.passes[1]) + summary_line(*recording.summary) +

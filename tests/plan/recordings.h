@@ -9,20 +9,13 @@
 #include <vector>
 
 #include "calc/sample.h"
-#include "plan/combined_scan.h"
+#include "plan/explanation.h"
 #include "plan/recording.h"
 #include "tests/support/made_up_host.h"
 
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
-    RecordingHeader header;
-    header.version = "1.0";
-    header.host = host;
-    header.machine = "x86_64";
-    header.kernel = "6.1.0";
-    header.page_size = 4096;
-    header.start = 1773324300;  // 2026-03-12T14:05:00Z
-    header.spans = spans;
-    return header;
+    const std::int64_t start = 1773324300;  // 2026-03-12T14:05:00Z
+    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans};
 }
 
 // A pass that counted nothing but processes, and took no time.
@@ -57,6 +50,10 @@ inline Summary summary_of(std::int64_t at_seconds) {
 
 inline CombinedScan combined(const std::vector<NamedRecording>& recordings) {
     return std::get<CombinedScan>(combine(recordings));
+}
+
+inline Explanation explained(const std::vector<NamedRecording>& recordings) {
+    return explain(recordings, combined(recordings), {});
 }
 
 inline Recording parsed(const std::string& text) {
