@@ -8,14 +8,6 @@
 
 namespace {
 
-std::string reason_of(const std::vector<NamedRecording>& recordings) {
-    const Kiln::Result<CombinedScan> result = combine(recordings);
-    const auto* reason = std::get_if<Kiln::Reason>(&result);
-    return reason == nullptr ? "" : reason->text;
-}
-
-using Remarks = std::vector<std::string>;
-
 // 1: 100. 2: 100 + (300 - 100) / 2 = 200. 3: 200 + (300 - 200) / 3 = 233.3. In the order of time,
 // the numbers running on over all recordings.
 TEST(CombinedScan, TheAverageIsThatOfOneLongScan) {
@@ -43,16 +35,16 @@ TEST(CombinedScan, APassThatFailedCountsAsFarAsItCame) {
 TEST(CombinedScan, RecordingsOfTwoHostsAreRefused) {
     const NamedRecording box = recording_of({1});
     NamedRecording other = {"b.rec", box.recording};
-    EXPECT_EQ(reason_of({box, other}), "");
+    EXPECT_EQ(reason_of(combine({box, other})), "");
     other.recording.header.host = "other";
-    EXPECT_EQ(reason_of({box, other}), "a.rec and b.rec are of two hosts: box and other");
+    EXPECT_EQ(reason_of(combine({box, other})), "a.rec and b.rec are of two hosts: box and other");
     other = {"b.rec", box.recording};
     other.recording.header.machine = "aarch64";
-    EXPECT_NE(reason_of({box, other}).find("two machines"), std::string::npos);
+    EXPECT_NE(reason_of(combine({box, other})).find("two machines"), std::string::npos);
     other = {"b.rec", box.recording};
     other.recording.header.page_size = 65536;
-    EXPECT_NE(reason_of({box, other}).find("page size"), std::string::npos);
-    EXPECT_EQ(reason_of({recording_of({})}), "there is no pass that counted anything");
+    EXPECT_NE(reason_of(combine({box, other})).find("page size"), std::string::npos);
+    EXPECT_EQ(reason_of(combine({recording_of({})})), "there is no pass that counted anything");
 }
 
 TEST(CombinedScan, TheNewestFindingsCount) {

@@ -31,7 +31,6 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         {ps_step, "143\n", "", ""},
         {ps_step, "  143\n", "ps: not found\n", "it says \"ps: not found\""},
         {ps_step, "143 lines\n", "", "where a number should be"},
-        {ps_step, "", "", "where a number should be"},
         {ls_step, "512\n", "ls: cannot access '/proc/9/fd/3'\n", ""},
         {ls_step, "0\n", "sh: ls: Argument list too long\n", "Argument list too long"},
         {ipcs_step, "pages allocated 12\n", "", ""},
@@ -165,7 +164,6 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
 
 TEST_F(CheckedHost, DescriptorsAsArguments) {
     put("1/fd/0", 0);
-    fs::create_directories(folder_ + "/1/fd/1");
     for (int i = 0; i < 5; ++i) {
         put("1/fd/1/" + std::to_string(i), 0);
     }

@@ -28,9 +28,7 @@ protected:
 
     // Why it cannot be opened; empty when it can.
     std::string refusal(Existing existing) const {
-        const Kiln::Result<RecordFile> opened = RecordFile::open(path_, existing);
-        const auto* reason = std::get_if<Kiln::Reason>(&opened);
-        return reason == nullptr ? "" : reason->text;
+        return reason_of(RecordFile::open(path_, existing));
     }
 
     MadeUpHost made_up_;
@@ -41,9 +39,7 @@ TEST_F(RecordingFile, IsMadeForItsOwnerAndKeptFromOthers) {
     const mode_t mask = umask(0);
     EXPECT_EQ(refusal(Existing::append), "") << "made where there is none";
     umask(mask);
-    struct stat info {};
-    ASSERT_EQ(stat(path_.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777U, 0600U);
+    EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0600));
     EXPECT_NE(refusal(Existing::refuse).find("exists"), std::string::npos);
     put("old");
     EXPECT_EQ(refusal(Existing::append), "");
@@ -114,24 +110,21 @@ std::int64_t wall_now = 1000000;
 std::chrono::steady_clock::time_point steady_now;
 
 TEST(ForwardClock, NeverGoesBack) {
-    struct Step {
-        std::int64_t wall_ms;  // so far the wall clock goes in a minute
-        std::int64_t now_ms;   // what the time is then
-    };
     const auto clock_after = [](std::int64_t not_before_ms) {
         return ForwardClock(
             not_before_ms, [] { return wall_now; }, [] { return steady_now; });
     };
     ForwardClock clock = clock_after(500);
     EXPECT_EQ(clock.now_ms(), 1000000);
-    const Step steps[] = {{60000, 1060000},
-                          {3660000, 4720000},   // an hour ahead
-                          {-3540000, 4780000},  // and back
-                          {60000, 4840000}};
-    for (const Step& step : steps) {
-        wall_now += step.wall_ms;
+    // So far the wall clock goes in each minute, and what the time is then.
+    const std::pair<std::int64_t, std::int64_t> minutes[] = {{60000, 1060000},
+                                                             {3660000, 4720000},   // an hour ahead
+                                                             {-3540000, 4780000},  // and back
+                                                             {60000, 4840000}};
+    for (const auto& [wall_ms, now_ms] : minutes) {
+        wall_now += wall_ms;
         steady_now += std::chrono::minutes(1);
-        EXPECT_EQ(clock.now_ms(), step.now_ms);
+        EXPECT_EQ(clock.now_ms(), now_ms);
     }
     ForwardClock behind = clock_after(9000000);
     steady_now += std::chrono::seconds(1);
@@ -214,24 +207,24 @@ TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
 }
 
 TEST_F(MadeUpRecorder, GoesOnWithNoOther) {
-    const auto refused = [&](const std::string& text) {
-        put(text);
-        const std::string reason = record({0, 0});
-        EXPECT_EQ(text_of(path_), text) << "nothing is changed";
-        return reason;
-    };
     const RecordingHeader here = header_here();
-    RecordingHeader other = here;
-    other.host = "other";
-    EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
-    other = here;
-    other.machine = "other";
-    EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
-    other = here;
-    other.page_size = 512;
-    EXPECT_NE(refused(header_line(other) + "{\"torn").find("pages"), std::string::npos);
-    EXPECT_NE(refused(header_line(here) + "rubbish\n").find("line 2"), std::string::npos);
-    EXPECT_NE(refused("precious text without an end").find("no recording"), std::string::npos);
+    RecordingHeader other_host = here;
+    RecordingHeader other_machine = here;
+    RecordingHeader other_pages = here;
+    other_host.host = "other";
+    other_machine.machine = "other";
+    other_pages.page_size = 512;
+    const std::pair<std::string, const char*> cases[] = {
+        {header_line(other_host), "another host"},
+        {header_line(other_machine), "another host"},
+        {header_line(other_pages) + "{\"torn", "pages"},
+        {header_line(here) + "rubbish\n", "line 2"},
+        {"precious text without an end", "no recording"}};
+    for (const auto& [text, reason] : cases) {
+        put(text);
+        EXPECT_NE(record({0, 0}).find(reason), std::string::npos) << reason;
+        EXPECT_EQ(text_of(path_), text) << "nothing is changed";
+    }
 }
 
 }  // namespace

@@ -13,6 +13,8 @@
 #include "plan/recording.h"
 #include "tests/support/made_up_host.h"
 
+using Remarks = std::vector<std::string>;
+
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
     const std::int64_t start = 1773324300;  // 2026-03-12T14:05:00Z
     return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans};
@@ -56,13 +58,18 @@ inline Explanation explained(const std::vector<NamedRecording>& recordings) {
     return explain(recordings, combined(recordings), {});
 }
 
+// Why there is no value; empty when there is one.
+template <class Value>
+std::string reason_of(const Kiln::Result<Value>& result) {
+    const auto* reason = std::get_if<Kiln::Reason>(&result);
+    return reason == nullptr ? "" : reason->text;
+}
+
 inline Recording parsed(const std::string& text) {
-    Kiln::Result<Recording> result = parse_recording(text);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
-        ADD_FAILURE() << reason->text;
-        return {};
-    }
-    return std::get<Recording>(result);
+    const Kiln::Result<Recording> result = parse_recording(text);
+    EXPECT_EQ(reason_of(result), "");
+    const auto* recording = std::get_if<Recording>(&result);
+    return recording == nullptr ? Recording() : *recording;
 }
 
 inline const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";

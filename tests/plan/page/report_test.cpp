@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const char* hostile = "\"><script>alert(1)</script>";
+constexpr const char* hostile = "@\"><script>alert(1)</script>";
 
 TEST(Thinning, KeepsEveryPeakAndTheEnds) {
     const std::int64_t passes = 2016;
@@ -53,7 +53,6 @@ TEST(Printable, NothingMovesTheTerminal) {
     for (const auto& [text, shown] : rows) {
         EXPECT_EQ(printable(text), shown);
     }
-    EXPECT_EQ(columns_of("B\xc3\xbcro"), 4U);
 }
 
 ReportServer done_server(const std::string& name) {
@@ -74,7 +73,7 @@ ReportServer done_server(const std::string& name) {
 ReportFleet sample_fleet() {
     ReportFleet fleet;
     fleet.servers = {done_server("w\u00e4b1"), done_server("=cmd|' /C calc'!A0"),
-                     failed_server(hostile, "no, \"really\"\x1b")};
+                     failed_server(hostile, "-no, \"really\"\x1b")};
     fleet.servers[0].warnings = {"+watch longer", "two"};
     return fleet;
 }
@@ -87,24 +86,20 @@ TEST(Tables, ForASpreadsheet) {
               "w\u00e4b1,done,,3221225472,2097152,288,11174,complete,2016,2016,301,2,"
               "'+watch longer; two\r\n"
               "'=cmd|' /C calc'!A0,done,,3221225472,2097152,288,11174,complete,2016,2016,301,0,\r\n"
-              R"("""><script>alert(1)</script>",failed,"no, ""really""\x1b",,,,,,,,,0,)"
+              R"("'@""><script>alert(1)</script>",failed,"'-no, ""really""\x1b",,,,,,,,,0,)"
               "\r\n");
-    for (const std::string formula : {"-1", "@SUM(A1)"}) {
-        const std::string table = csv_table({"", "", "", {done_server(formula)}});
-        EXPECT_NE(table.find("\n'" + formula), std::string::npos);
-    }
 }
 
 TEST(Tables, ForATerminal) {
     EXPECT_EQ("\n" + text_table(sample_fleet()), R"(
-SERVER                       STATE    MEMORY     DISK  PROCESSES  DESCRIPTORS  COVERAGE  WARNINGS
-wäb1                         done    3.0 GiB  2.0 GiB        288        11174  complete         2
+SERVER                        STATE    MEMORY     DISK  PROCESSES  DESCRIPTORS  COVERAGE  WARNINGS
+wäb1                          done    3.0 GiB  2.0 GiB        288        11174  complete         2
     +watch longer
     two
-=cmd|' /C calc'!A0           done    3.0 GiB  2.0 GiB        288        11174  complete         0
-"><script>alert(1)</script>  failed        -        -          -            -  -                0
-    no, "really"\x1b
-total of 3                   2 done  6.0 GiB  4.0 GiB        576        22348                   2
+=cmd|' /C calc'!A0            done    3.0 GiB  2.0 GiB        288        11174  complete         0
+@"><script>alert(1)</script>  failed        -        -          -            -  -                0
+    -no, "really"\x1b
+total of 3                    2 done  6.0 GiB  4.0 GiB        576        22348                   2
 )");
 }
 
@@ -128,7 +123,6 @@ TEST(Page, WhatAHostSaysCannotLeaveTheData) {
 TEST(Server, IsDoneOnlyAtThePlannedEnd) {
     NamedRecording named = recording_of({300, 1000, 300}, {600, 300});
     EXPECT_EQ(report_server(named, {}).state, ServerState::partly);
-    EXPECT_NE(report_server(named, {}).reason, "");
 
     named.recording.summary = Summary();
     named.recording.summary_is_last = true;
