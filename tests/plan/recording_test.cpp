@@ -47,7 +47,6 @@ TEST(Recording, WhatIsWrittenComesBack) {
     const std::string text = small_recording();
     const Recording recording = parsed(text);
     EXPECT_EQ(recording.spans().time, 200) << "the newest";
-    EXPECT_FALSE(recording.torn);
     EXPECT_FALSE(recording.summary_is_last) << "a pass came after it";
     EXPECT_EQ(recording.last_ms(), 30000);
     // As everything is in the lines, equal lines are equal values.
