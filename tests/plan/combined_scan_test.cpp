@@ -3,25 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "calc/env_config.h"
 #include "plan/coverage.h"
 #include "tests/plan/recordings.h"
 
 namespace {
-
-std::string reason_of(const std::vector<NamedRecording>& recordings) {
-    const Kiln::Result<CombinedScan> result = combine(recordings);
-    const auto* reason = std::get_if<Kiln::Reason>(&result);
-    return reason == nullptr ? "" : reason->text;
-}
-
-std::vector<std::string> missing_names(const CombinedScan& scan) {
-    std::vector<std::string> names;
-    for (const MissingLine& line : compute_known_lines(scan, {}).missing) {
-        names.push_back(line.name);
-    }
-    return names;
-}
 
 // 1: 100. 2: 100 + (300 - 100) / 2 = 200. 3: 200 + (300 - 200) / 3 = 233.3. In the order of time,
 // the numbers running on over all recordings.
@@ -36,35 +21,30 @@ TEST(CombinedScan, TheAverageIsThatOfOneLongScan) {
 
 TEST(CombinedScan, APassThatFailedCountsAsFarAsItCame) {
     NamedRecording named = recording_of({100, 200, 300});
-    RecordedPass& half = named.recording.passes[1];
-    half.failure = "half";
-    half.taken = 1;
-    RecordedPass& none = named.recording.passes[2];
-    none.failure = "none";
-    none.taken = 0;
+    named.recording.passes[1].failure = "half";
+    named.recording.passes[1].taken = 1;
+    named.recording.passes[2].failure = "none";
+    named.recording.passes[2].taken = 0;
     const CombinedScan scan = combined({named});
     EXPECT_EQ(scan.profile.numproc, 200);
     EXPECT_FLOAT_EQ(scan.profile.avnumproc, 150.0F) << "two passes counted processes";
-    const std::vector<std::string> flaws = find_flaws({named}, scan, {});
-    EXPECT_NE(std::find(flaws.begin(), flaws.end(),
-                        "a.rec: passes that failed: 2 of 3, the first is pass 2: half"),
-              flaws.end());
+    EXPECT_EQ(explained({named}).remarks.back(),
+              "a.rec: passes that failed: 2 of 3, the first is pass 2: half");
 }
 
 TEST(CombinedScan, RecordingsOfTwoHostsAreRefused) {
     const NamedRecording box = recording_of({1});
     NamedRecording other = {"b.rec", box.recording};
-    EXPECT_EQ(reason_of({box, other}), "");
+    EXPECT_EQ(reason_of(combine({box, other})), "");
     other.recording.header.host = "other";
-    EXPECT_EQ(reason_of({box, other}), "a.rec and b.rec are of two hosts: box and other");
+    EXPECT_EQ(reason_of(combine({box, other})), "a.rec and b.rec are of two hosts: box and other");
     other = {"b.rec", box.recording};
     other.recording.header.machine = "aarch64";
-    EXPECT_NE(reason_of({box, other}).find("two machines"), std::string::npos);
+    EXPECT_NE(reason_of(combine({box, other})).find("two machines"), std::string::npos);
     other = {"b.rec", box.recording};
     other.recording.header.page_size = 65536;
-    EXPECT_NE(reason_of({box, other}).find("page size"), std::string::npos);
-    NamedRecording empty = recording_of({});
-    EXPECT_EQ(reason_of({empty}), "there is no pass that counted anything");
+    EXPECT_NE(reason_of(combine({box, other})).find("page size"), std::string::npos);
+    EXPECT_EQ(reason_of(combine({recording_of({})})), "there is no pass that counted anything");
 }
 
 TEST(CombinedScan, TheNewestFindingsCount) {
@@ -85,76 +65,65 @@ TEST(CombinedScan, TheNewestFindingsCount) {
 
 TEST(CombinedScan, WithoutItsLastLineTheLinesThatItCan) {
     NamedRecording named = recording_of({100});
-    const std::vector<std::string> of_steps = {"QUOTAUGIDLIMIT", "DISTRIBUTION", "#IP_ADDRESS",
-                                               "SEARCHDOMAIN",   "NAMESERVER",   "FEATURES"};
-    EXPECT_EQ(missing_names(combined({named})), of_steps);
     EXPECT_EQ(combined({named}).profile.hostname, "box");
+    EXPECT_EQ(explained({named}).lines.back().basis, Basis::missing);
+    EXPECT_EQ(
+        explained({named}).remarks,
+        (Remarks{"left out: QUOTAUGIDLIMIT, DISTRIBUTION, #IP_ADDRESS, SEARCHDOMAIN, NAMESERVER, "
+                 "FEATURES (there is no recording with its last line)",
+                 "warnings and paths to exclude are not known (there is no recording with "
+                 "its last line)"}));
 
     named.recording.summary = summary_of(1);
-    EXPECT_TRUE(missing_names(combined({named})).empty());
-    EXPECT_TRUE(find_flaws({named}, combined({named}), {}).empty());
+    EXPECT_EQ(explained({named}).remarks, Remarks{});
 
     // A step that failed, and counts that no pass came to.
     named.recording.summary->findings.failures = {{OneShotStep::resolver, "late"}};
     named.recording.passes[0].taken = 0xFF;
     named.recording.passes[0].failure = "Error";
-    const std::vector<std::string> expected = {"NUMIPTENT", "DISKSPACE", "DISKINODES",
-                                               "SEARCHDOMAIN", "NAMESERVER"};
-    EXPECT_EQ(missing_names(combined({named})), expected);
+    EXPECT_EQ(explained({named}).remarks,
+              (Remarks{"left out: NUMIPTENT (no pass counted numiptent)",
+                       "left out: DISKSPACE (no pass counted diskspace)",
+                       "left out: DISKINODES (no pass counted diskinodes)",
+                       "left out: SEARCHDOMAIN, NAMESERVER (late)",
+                       "a.rec: passes that failed: 1 of 1, the first is pass 1: Error"}));
 }
 
-struct CoverageCase {
-    ScanSpans spans;
-    std::vector<std::int64_t> at_seconds;
-    std::int64_t planned;
-    std::int64_t longest_gap_seconds;
-    int grade;
-};
-
+// Of 101 planned passes, those `from` there on fail.
 TEST(Coverage, InFiveGrades) {
-    std::vector<std::int64_t> all;
-    for (std::int64_t at = 0; at <= 1000; at += 10) {
-        all.push_back(at);
-    }
-    const auto without = [&](std::size_t from, std::size_t count) {
-        std::vector<std::int64_t> some = all;
-        const auto begin = some.begin() + static_cast<std::ptrdiff_t>(from);
-        some.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
-        return some;
+    struct Case {
+        std::size_t from, failed;
+        std::int64_t longest_gap_seconds;
+        int grade;
     };
-    const CoverageCase cases[] = {
-        {{0, 0}, {0}, 1, 0, 5},
-        {{300, 120}, {0, 120, 240, 300}, 4, 120, 5},
-        {{1000, 10}, all, 101, 10, 5},
-        {{1000, 10}, without(50, 1), 101, 20, 5},
-        {{1000, 10}, without(50, 4), 101, 50, 4},
-        {{1000, 10}, without(50, 6), 101, 70, 3},
-        {{1000, 10}, without(81, 20), 101, 200, 3},
-        {{1000, 10}, without(80, 21), 101, 210, 2},
-        {{1000, 10}, without(50, 51), 101, 510, 1},
-        {{1000, 10}, {0}, 101, 1000, 1},
-    };
-    for (const CoverageCase& test : cases) {
-        NamedRecording named = recording_of({}, test.spans);
-        for (const std::int64_t at : test.at_seconds) {
-            named.recording.passes.push_back(pass_of(1, at, 1));
+    const Case cases[] = {{0, 0, 10, 5},    {50, 1, 20, 5},   {50, 4, 50, 4},   {50, 6, 70, 3},
+                          {81, 20, 200, 3}, {50, 20, 210, 2}, {50, 51, 510, 1}, {1, 100, 1000, 1}};
+    for (const Case& test : cases) {
+        NamedRecording named = recording_of(std::vector<std::int32_t>(101, 1), {1000, 10});
+        for (std::size_t i = 0; i < test.failed; ++i) {
+            named.recording.passes[test.from + i].failure = "Error";
         }
         const Coverage coverage = measure_coverage({named});
-        EXPECT_EQ(coverage.planned, test.planned);
+        EXPECT_EQ(coverage.planned, 101);
+        EXPECT_EQ(coverage.taken, static_cast<std::int64_t>(101 - test.failed));
+        EXPECT_EQ(coverage.failed, static_cast<std::int64_t>(test.failed));
         EXPECT_EQ(coverage.longest_gap_ms, test.longest_gap_seconds * 1000);
-        EXPECT_EQ(coverage.grade, test.grade) << test.at_seconds.size() << " passes";
+        EXPECT_EQ(coverage.grade, test.grade) << test.failed << " from " << test.from;
+        ASSERT_EQ(coverage.gaps.size(), test.failed > 0 ? 1U : 0U);
+        if (test.failed > 0) {
+            EXPECT_EQ(coverage.gaps[0].from_ms, static_cast<std::int64_t>(test.from - 1) * 10000);
+            EXPECT_EQ(coverage.gaps[0].to_ms - coverage.gaps[0].from_ms, coverage.longest_gap_ms);
+        }
     }
 }
 
-TEST(Coverage, AFailedPassLeavesAGap) {
-    NamedRecording named = recording_of({1, 1, 1, 1, 1}, {40, 10});
-    named.recording.passes[2].failure = "Error";
-    const Coverage coverage = measure_coverage({named});
-    EXPECT_EQ(coverage.taken, 4);
-    EXPECT_EQ(coverage.failed, 1);
-    ASSERT_EQ(coverage.gaps.size(), 1U);
-    EXPECT_EQ(coverage.gaps[0].from_ms, 10000);
-    EXPECT_EQ(coverage.gaps[0].to_ms, 30000);
+TEST(Coverage, OfPassesThatWereNeverPlannedToBeMore) {
+    const Coverage one = measure_coverage({recording_of({1}, {0, 0})});
+    EXPECT_EQ(one.planned, 1);
+    EXPECT_EQ(one.grade, 5);
+    NamedRecording uneven = recording_of({1, 1, 1, 1}, {300, 120});
+    uneven.recording.passes[3].at_ms = 300000;
+    EXPECT_EQ(measure_coverage({uneven}).planned, 4);
 }
 
 }  // namespace

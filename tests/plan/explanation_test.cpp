@@ -3,23 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/plan/recordings.h"
 
 namespace {
 
-NamedRecording whole(NamedRecording named) {
-    named.recording.summary = summary_of(0);
-    return named;
-}
-
-Explanation explained(const std::vector<NamedRecording>& recordings) {
-    return explain(recordings, combined(recordings), {});
-}
-
-LineStory line_of(const std::vector<NamedRecording>& recordings, const std::string& name) {
-    for (const LineStory& line : explained(recordings).lines) {
+LineStory line_of(const NamedRecording& named, const std::string& name) {
+    for (const LineStory& line : explained({named}).lines) {
         if (line.name == name) {
             return line;
         }
@@ -28,10 +17,8 @@ LineStory line_of(const std::vector<NamedRecording>& recordings, const std::stri
     return {};
 }
 
-using Remarks = std::vector<std::string>;
-
 TEST(Explanation, AFloorAndAMeasurement) {
-    const LineStory floor = line_of({whole(recording_of({100, 240, 50}))}, "NUMPROC");
+    const LineStory floor = line_of(recording_of({100, 240, 50}), "NUMPROC");
     EXPECT_EQ(floor.basis, Basis::floor);
     EXPECT_EQ(floor.floor, 240);
     EXPECT_EQ(floor.value, "288:288");
@@ -40,7 +27,7 @@ TEST(Explanation, AFloorAndAMeasurement) {
     EXPECT_EQ(floor.peak->pass, 2);
     EXPECT_EQ(floor.peak->at_ms, 10000);
 
-    const LineStory measured = line_of({whole(recording_of({100, 241, 241}))}, "NUMPROC");
+    const LineStory measured = line_of(recording_of({100, 241, 241}), "NUMPROC");
     EXPECT_EQ(measured.basis, Basis::measurement);
     EXPECT_FLOAT_EQ(*measured.factor, 1.2F);
     EXPECT_EQ(measured.peak->pass, 2) << "where it was seen first";
@@ -48,44 +35,52 @@ TEST(Explanation, AFloorAndAMeasurement) {
 }
 
 TEST(Explanation, AFloorBehindTheFactorHasNone) {
-    NamedRecording named = whole(recording_of({1}));
+    NamedRecording named = recording_of({1});
     named.recording.passes[0].counts.privvmpages = 50000;  // 60000 with the factor
-    LineStory line = line_of({named}, "PRIVVMPAGES");
+    LineStory line = line_of(named, "PRIVVMPAGES");
     EXPECT_EQ(line.basis, Basis::floor);
     EXPECT_FALSE(line.factor);
     EXPECT_EQ(*line.margin, 1.1);
     EXPECT_EQ(line.seen, "195 MiB (50000)");
     EXPECT_EQ(line.meaning, "256 MiB, 282 MiB for a moment");
     named.recording.passes[0].counts.privvmpages = 60000;
-    EXPECT_EQ(line_of({named}, "PRIVVMPAGES").basis, Basis::measurement);
+    EXPECT_EQ(line_of(named, "PRIVVMPAGES").basis, Basis::measurement);
 }
 
 TEST(Explanation, OpenFilesForSocketsAreDerived) {
-    NamedRecording named = whole(recording_of({1}));
+    NamedRecording named = recording_of({1});
     named.recording.passes[0].counts.numfile = 9000;
-    EXPECT_EQ(line_of({named}, "NUMFILE").basis, Basis::floor);
+    EXPECT_EQ(line_of(named, "NUMFILE").basis, Basis::floor);
     named.recording.passes[0].counts.numtcpsock = 20000;
-    const LineStory line = line_of({named}, "NUMFILE");
+    const LineStory line = line_of(named, "NUMFILE");
     EXPECT_EQ(line.basis, Basis::derived);
     EXPECT_EQ(line.made_from, (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
-    EXPECT_EQ(line_of({named}, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
-    EXPECT_EQ(line_of({named}, "NUMPTY").basis, Basis::fixed);
-    EXPECT_EQ(line_of({named}, "HOSTNAME").basis, Basis::finding);
-    EXPECT_EQ(line_of({named}, "PHYSPAGES").meaning, "not limited");
+    EXPECT_EQ(line_of(named, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
+}
+
+TEST(Explanation, WhatNoPassCounts) {
+    NamedRecording named = recording_of({1});
+    named.recording.summary = summary_of(0);
+    named.recording.summary->findings.reiserfs_found = true;  // it has no inodes
+    EXPECT_EQ(line_of(named, "DISKINODES").basis, Basis::finding);
+    EXPECT_EQ(line_of(named, "DISKINODES").value, "1500000:1650000");
+    EXPECT_EQ(line_of(named, "HOSTNAME").basis, Basis::finding);
+    EXPECT_EQ(line_of(named, "NUMPTY").basis, Basis::fixed);
+    EXPECT_EQ(line_of(named, "PHYSPAGES").meaning, "not limited");
 }
 
 TEST(Explanation, NumbersThatDidNotFit) {
-    NamedRecording named = whole(recording_of({2000000000}));
+    NamedRecording named = recording_of({2000000000});
     SampleCounts& counts = named.recording.passes[0].counts;
     counts.numtcpsock = 60000;  // 72000 buffers of 64 KiB are over 2^32: a small positive number
     counts.diskinodes = 1400000000;
     const std::string clamped = "the number was clamped to the largest of 32 bits";
     const std::string wrapped = "the number did not fit into 32 bits and wrapped around";
-    EXPECT_EQ(line_of({named}, "NUMPROC").remarks, Remarks{clamped});
-    EXPECT_EQ(line_of({named}, "DISKINODES").remarks, Remarks{clamped}) << "its limit";
-    EXPECT_EQ(line_of({named}, "TCPRCVBUF").remarks, Remarks{wrapped});
-    EXPECT_EQ(line_of({named}, "OTHERSOCKBUF").remarks, Remarks{});
-    EXPECT_EQ(line_of({named}, "VMGUARPAGES").remarks, Remarks{});
+    EXPECT_EQ(line_of(named, "NUMPROC").remarks, Remarks{clamped});
+    EXPECT_EQ(line_of(named, "DISKINODES").remarks, Remarks{clamped}) << "its limit";
+    EXPECT_EQ(line_of(named, "TCPRCVBUF").remarks, Remarks{wrapped});
+    EXPECT_EQ(line_of(named, "OTHERSOCKBUF").remarks, Remarks{});
+    EXPECT_EQ(line_of(named, "VMGUARPAGES").remarks, Remarks{});
 }
 
 TEST(Explanation, ThePeaksOfThePasses) {
@@ -101,26 +96,11 @@ TEST(Explanation, ThePeaksOfThePasses) {
         {{300, 300, 300, 300, 900}, {}},  // too few passes to tell
     };
     for (const auto& [numprocs, remarks] : cases) {
-        EXPECT_EQ(line_of({whole(recording_of(numprocs))}, "NUMPROC").remarks, remarks);
+        EXPECT_EQ(line_of(recording_of(numprocs), "NUMPROC").remarks, remarks);
     }
-    const Explanation floored = explained({whole(recording_of(std::vector<std::int32_t>(10, 9)))});
+    const Explanation floored = explained({recording_of(std::vector<std::int32_t>(10, 9))});
     EXPECT_TRUE(floored.lines[0].remarks.empty()) << "no matter where the floor decides";
     EXPECT_EQ(floored.counts[0].remarks, Remarks{steady});
-}
-
-TEST(Explanation, WhatIsMissingIsSaid) {
-    const Explanation explanation = explained({recording_of({1})});
-    EXPECT_EQ(explanation.lines.back().basis, Basis::missing);
-    EXPECT_EQ(explanation.lines.back().name, "FEATURES");
-    EXPECT_FALSE(explanation.remarks.empty());
-}
-
-TEST(Explanation, GuessedInodes) {
-    NamedRecording named = whole(recording_of({1}));
-    named.recording.summary->findings.reiserfs_found = true;
-    const LineStory line = line_of({named}, "DISKINODES");
-    EXPECT_EQ(line.basis, Basis::finding);
-    EXPECT_EQ(line.value, "1500000:1650000");
 }
 
 }  // namespace

@@ -5,15 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <map>
 
-#include "calc/sample.h"
 #include "plan/host_hazards.h"
 #include "plan/output_shapes.h"
+#include "tests/plan/recordings.h"
 
 namespace {
 
@@ -25,20 +22,15 @@ constexpr std::size_t ipcs_step = 5;
 constexpr std::size_t iptables_step = 7;
 constexpr std::size_t df_step = 9;
 
-const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
-
 TEST(OutputShapes, WhatTheParsersCannotRead) {
     struct Case {
         std::size_t step;
-        std::string out;
-        std::string err;
-        std::string objection;
+        std::string out, err, objection;
     };
     const Case cases[] = {
         {ps_step, "143\n", "", ""},
         {ps_step, "  143\n", "ps: not found\n", "it says \"ps: not found\""},
         {ps_step, "143 lines\n", "", "where a number should be"},
-        {ps_step, "", "", "where a number should be"},
         {ls_step, "512\n", "ls: cannot access '/proc/9/fd/3'\n", ""},
         {ls_step, "0\n", "sh: ls: Argument list too long\n", "Argument list too long"},
         {ipcs_step, "pages allocated 12\n", "", ""},
@@ -57,56 +49,33 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
     }
 }
 
-class MadeUpHost : public testing::Test {
+class CheckedHost : public testing::Test {
 protected:
-    MadeUpHost() {
-        char name[] = "/tmp/plan_test.XXXXXX";
-        folder_ = mkdtemp(name);
-        host_.paths.proc = folder_ + "/proc";
-        host_.paths.mtab = folder_ + "/mtab";
-        host_.paths.detect_script = folder_ + "/detect/script";
-        put("/proc/net/tcp", 1);
-        put("/mtab", 0);
-        fs::create_directories(folder_ + "/bin");
+    CheckedHost() {
+        let_commands_answer(made_up_);
+        put("mtab", 0);
         for (const char* program : {"ps", "wc", "cat", "ls", "iptables", "ip", "df"}) {
-            std::ofstream(folder_ + "/bin/" + program) << "";
-            chmod((folder_ + "/bin/" + program).c_str(), 0755);
+            const std::string name = std::string("bin/") + program;
+            put(name, 0);
+            chmod(made_up_.path(name).c_str(), 0755);
         }
-        host_.run = [this](const std::string& command, std::string& out, std::string& err) {
-            out = command.rfind("df", 0) == 0 ? df_header : "7\n";
-            out = command.find("ipcs") != std::string::npos ? "pages allocated 7\n" : out;
-            if (command == hanging_) {
-                pause();
-            }
-            const auto failure = failures_.find(command);
-            err = failure == failures_.end() ? "" : failure->second;
-            return err.empty() ? 0 : 1;
-        };
-        const char* path = getenv("PATH");
-        path_ = path == nullptr ? "" : path;
-        setenv("PATH", (folder_ + "/bin").c_str(), 1);
+        setenv("PATH", made_up_.path("bin").c_str(), 1);
     }
-    ~MadeUpHost() override {
-        setenv("PATH", path_.c_str(), 1);
-        fs::remove_all(folder_);
+    ~CheckedHost() override { setenv("PATH", path_.c_str(), 1); }
+
+    void put(const std::string& name, std::size_t lines) const {
+        made_up_.put(name, std::string(lines, '\n'));
     }
 
-    void put(const std::string& name, int lines) const {
-        fs::create_directories(fs::path(folder_ + name).parent_path());
-        std::ofstream file(folder_ + name);
-        for (int i = 0; i < lines; ++i) {
-            file << "line\n";
+    // A line for each finding but those that come from who runs the test, and where.
+    static std::string own(const CheckFindings& findings) {
+        std::string lines;
+        for (const CheckFinding& finding : findings) {
+            const bool is_own = finding.text.find("you are not root") == std::string::npos &&
+                                finding.text.find("belongs to user") == std::string::npos;
+            lines += is_own ? finding.text + "\n" : "";
         }
-    }
-
-    // The findings but those that come from who runs the test, and where.
-    static CheckFindings own(CheckFindings findings) {
-        const auto end = std::remove_if(findings.begin(), findings.end(), [](const auto& finding) {
-            return finding.text.find("you are not root") != std::string::npos ||
-                   finding.text.find("belongs to user") != std::string::npos;
-        });
-        findings.erase(end, findings.end());
-        return findings;
+        return lines;
     }
 
     static void expect(const CheckFindings& findings, const std::string& text) {
@@ -119,34 +88,33 @@ protected:
         ADD_FAILURE() << "not found: " << text;
     }
 
-    Host host_;
-    std::string folder_;
-    std::string path_;
-    std::map<std::string, std::string> failures_;
-    std::string hanging_;
+    MadeUpHost made_up_;
+    const Host& host_ = made_up_.host;
+    const std::string& folder_ = made_up_.root;
+    const std::string path_ = getenv("PATH");
 };
 
-TEST_F(MadeUpHost, NothingIsFoundOnAGoodOne) {
+TEST_F(CheckedHost, NothingIsFoundOnAGoodOne) {
     const HostCheck check = check_host(host_);
     if (!check.steps.at(12).succeeded) {
         GTEST_SKIP() << "the machine has no network interface";
     }
     EXPECT_TRUE(check.run_succeeds());
-    for (const CheckFinding& finding : own(check.findings)) {
-        ADD_FAILURE() << finding.text;
-    }
+    EXPECT_EQ(own(check.findings), "");
     ASSERT_EQ(check.steps.size(), 17U);
     EXPECT_EQ(check.steps[0].result, "numproc 7");
     EXPECT_EQ(check.steps[4].lines.front(), "PRIVVMPAGES");
     EXPECT_EQ(check.steps[9].lines, std::vector<std::string>{"DISKSPACE"});
 }
 
-TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
+TEST_F(CheckedHost, EveryStepThatFailsIsNamedWithItsReason) {
+    const std::map<std::string, MadeUpHost::Answer> usual = made_up_.answers;
     for (std::size_t step = 0; step < sample_steps.size(); ++step) {
         if (sample_steps[step].command == nullptr) {
             continue;
         }
-        failures_ = {{sample_steps[step].command, "it does not want to\n"}};
+        made_up_.answers = usual;
+        made_up_.answers[sample_steps[step].command] = {1, "", "it does not want to\n"};
         const HostCheck check = check_host(host_);
         EXPECT_EQ(check.run_succeeds(), sample_steps[step].forgiven) << step;
         EXPECT_EQ(check.steps[step].result, "Error running '" +
@@ -154,9 +122,8 @@ TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
                                                 "':\nit does not want to\n");
         EXPECT_EQ(own(check.findings).empty(), !sample_steps[step].forgiven);
     }
-    failures_.clear();
-    fs::remove(folder_ + "/mtab");
-    fs::remove_all(folder_ + "/proc");
+    made_up_.answers = usual;
+    fs::remove_all(folder_);
     const HostCheck check = check_host(host_);
     EXPECT_EQ(check.steps[4].result,
               "Error opening " + host_.paths.proc + ": No such file or directory");
@@ -164,15 +131,18 @@ TEST_F(MadeUpHost, EveryStepThatFailsIsNamedWithItsReason) {
               "Error opening '" + host_.paths.mtab + "': No such file or directory");
 }
 
-TEST_F(MadeUpHost, AStepThatHangsIsLeft) {
-    hanging_ = sample_steps[iptables_step].command;
+TEST_F(CheckedHost, AStepThatHangsIsLeft) {
+    made_up_.host.run = [](const std::string& command, std::string& out, std::string& /*err*/) {
+        out = "7\n";
+        return command == sample_steps[iptables_step].command ? pause() : 0;
+    };
     const HostCheck check = check_host(host_, 1);
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
     EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
     EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
 }
 
-TEST_F(MadeUpHost, WhatIsMissingInAPipeline) {
+TEST_F(CheckedHost, WhatIsMissingInAPipeline) {
     fs::remove(folder_ + "/bin/ps");
     fs::remove(folder_ + "/bin/ip");
     const HostCheck check = check_host(host_);
@@ -181,26 +151,25 @@ TEST_F(MadeUpHost, WhatIsMissingInAPipeline) {
     expect(check.findings, "ip is missing: NUMIPTENT");
 }
 
-TEST_F(MadeUpHost, SocketsThatNothingCounts) {
-    put("/proc/net/tcp6", 301);
+TEST_F(CheckedHost, SocketsThatNothingCounts) {
+    put("net/tcp6", 301);
     EXPECT_TRUE(socket_hazards(host_).empty()) << "the floor is enough for them";
-    put("/proc/net/tcp", 101);
+    put("net/tcp", 101);
     expect(socket_hazards(host_), "the 300 TCP sockets of IPv6; only 100");
-    put("/proc/net/tcp", 9001);
+    put("net/tcp", 9001);
     EXPECT_TRUE(socket_hazards(host_).empty()) << "too few to matter";
-    put("/proc/net/raw6", 500);
+    put("net/raw6", 500);
     expect(socket_hazards(host_), "499 UDP and raw sockets");
 }
 
-TEST_F(MadeUpHost, DescriptorsAsArguments) {
-    put("/proc/1/fd/0", 0);
-    fs::create_directories(folder_ + "/proc/1/fd/1");
+TEST_F(CheckedHost, DescriptorsAsArguments) {
+    put("1/fd/0", 0);
     for (int i = 0; i < 5; ++i) {
-        put("/proc/1/fd/1/" + std::to_string(i), 0);
+        put("1/fd/1/" + std::to_string(i), 0);
     }
     const DescriptorArguments listed = list_descriptors(host_);
     EXPECT_EQ(listed.count, 2U);
-    EXPECT_EQ(listed.bytes, 2 * (folder_.size() + sizeof("/proc/1/fd/0") + sizeof(char*)));
+    EXPECT_EQ(listed.bytes, 2 * (folder_.size() + sizeof("/1/fd/0") + sizeof(char*)));
     EXPECT_EQ(listed.directories, 1U);
     EXPECT_EQ(listed.listed_lines, 7U);
 
@@ -211,19 +180,18 @@ TEST_F(MadeUpHost, DescriptorsAsArguments) {
     EXPECT_TRUE(descriptor_hazards({1, 100001, 1, 10000}, 1000).empty()) << "a tenth";
 }
 
-TEST_F(MadeUpHost, FoldersThatOthersMayWrite) {
+TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
     const std::string open_folder = folder_ + "/open";
     fs::create_directories(open_folder);
     chmod(open_folder.c_str(), 0777);
     const std::string path = folder_ + "/bin:" + open_folder + ":/nonexistent:relative:";
-    const CheckFindings findings = own(search_path_hazards(path));
-    ASSERT_EQ(findings.size(), 3U);
-    expect(findings, open_folder + ", which may be written by others");
-    expect(findings, "PATH has relative");
-    expect(findings, "an empty word");
+    const std::string why = ": commands may come from the working directory\n";
+    EXPECT_EQ(own(search_path_hazards(path)),
+              "PATH has " + open_folder + ", which may be written by others\nPATH has relative" +
+                  why + "PATH has an empty word" + why);
 
     const std::string script = open_folder + "/a//script";
-    put("/open/a/script", 1);
+    put("open/a/script", 1);
     expect(script_hazards(script), open_folder + ", on the way");
     if (geteuid() == 0) {
         chmod(open_folder.c_str(), 01777);
@@ -239,13 +207,13 @@ TEST_F(MadeUpHost, FoldersThatOthersMayWrite) {
     EXPECT_TRUE(script_hazards(open_folder + "/a/none").empty());
 }
 
-TEST_F(MadeUpHost, TheMountThatMakesDfFail) {
-    std::ofstream(folder_ + "/mtab") << "proc " << folder_ << " proc rw 0 0\n"
-                                     << "host:/x " << folder_ << "/gone fuse.sshfs rw 0 0\n";
-    failures_ = {{"df -i -l", "df: failed\n"}};
-    const HostCheck check = check_host(host_);
-    expect(check.findings, folder_ + "/gone (fuse.sshfs) makes df fail: No such file");
-    EXPECT_EQ(own(check.findings).size(), 1U);
+TEST_F(CheckedHost, TheMountThatMakesDfFail) {
+    made_up_.put("mtab", "proc " + folder_ + " proc rw 0 0\nhost:/x " + folder_ +
+                             "/gone fuse.sshfs rw 0 0\n");
+    made_up_.answers["df -i -l"] = {1, "", "df: failed\n"};
+    EXPECT_EQ(own(check_host(host_).findings),
+              "the mount at " + folder_ +
+                  "/gone (fuse.sshfs) makes df fail: No such file or directory\n");
 }
 
 }  // namespace

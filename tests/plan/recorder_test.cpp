@@ -7,9 +7,8 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
-#include <sstream>
 
+#include "kiln/files.h"
 #include "plan/bounded_task.h"
 #include "tests/plan/recordings.h"
 
@@ -18,45 +17,29 @@ namespace {
 using Existing = RecordFile::Existing;
 
 std::string text_of(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
+    std::string text;
+    Kiln::get_file(path, text);
+    return text;
 }
 
 class RecordingFile : public testing::Test {
 protected:
-    RecordingFile() {
-        char name[] = "/tmp/plan_test.XXXXXX";
-        folder_ = mkdtemp(name);
-        path_ = folder_ + "/r";
-    }
-    ~RecordingFile() override {
-        for (const char* name : {"/r", "/link", "/target"}) {
-            unlink((folder_ + name).c_str());
-        }
-        rmdir(folder_.c_str());
-    }
-
-    void put(const std::string& text) const { std::ofstream(path_) << text; }
+    void put(const std::string& text) const { made_up_.put("r", text); }
 
     // Why it cannot be opened; empty when it can.
     std::string refusal(Existing existing) const {
-        const Kiln::Result<RecordFile> opened = RecordFile::open(path_, existing);
-        const auto* reason = std::get_if<Kiln::Reason>(&opened);
-        return reason == nullptr ? "" : reason->text;
+        return reason_of(RecordFile::open(path_, existing));
     }
 
-    std::string folder_;
-    std::string path_;
+    MadeUpHost made_up_;
+    const std::string path_ = made_up_.path("r");
 };
 
 TEST_F(RecordingFile, IsMadeForItsOwnerAndKeptFromOthers) {
     const mode_t mask = umask(0);
     EXPECT_EQ(refusal(Existing::append), "") << "made where there is none";
     umask(mask);
-    struct stat info {};
-    ASSERT_EQ(stat(path_.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777U, 0600U);
+    EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0600));
     EXPECT_NE(refusal(Existing::refuse).find("exists"), std::string::npos);
     put("old");
     EXPECT_EQ(refusal(Existing::append), "");
@@ -66,9 +49,9 @@ TEST_F(RecordingFile, IsMadeForItsOwnerAndKeptFromOthers) {
 }
 
 TEST_F(RecordingFile, IsNeverReachedThroughALink) {
-    const std::string target = folder_ + "/target";
+    const std::string target = made_up_.path("target");
     for (const bool symbolic : {true, false}) {
-        std::ofstream(target) << "kept";
+        made_up_.put("target", "kept");
         ASSERT_EQ((symbolic ? symlink : link)(target.c_str(), path_.c_str()), 0);
         for (const Existing existing : {Existing::refuse, Existing::append, Existing::replace}) {
             EXPECT_NE(refusal(existing), "");
@@ -104,23 +87,17 @@ TEST_F(RecordingFile, KeepsNoPartOfALineThatDoesNotFit) {
 }
 
 TEST(BoundedTask, EndsAsItsTaskDoes) {
-    const BoundedTask done = run_bounded(
-        [] {
-            std::fputs("said", stderr);
-            return std::string("result");
-        },
-        10, no_wake_fd);
+    const auto say = [] {
+        std::fputs("said", stderr);
+        return std::string("result");
+    };
+    const BoundedTask done = run_bounded(say, 10, no_wake_fd);
     EXPECT_EQ(done.end, BoundedTask::End::finished);
     EXPECT_EQ(done.text, "result");
     EXPECT_EQ(done.messages, "said");
     const auto die = []() -> std::string { _exit(3); };
     EXPECT_EQ(run_bounded(die, 10, no_wake_fd).end, BoundedTask::End::died);
-    const auto hang = []() -> std::string {
-        for (;;) {
-            pause();
-        }
-    };
-    EXPECT_EQ(run_bounded(hang, 1, no_wake_fd).end, BoundedTask::End::too_long);
+    const auto hang = [] { return std::to_string(pause()); };
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_EQ(write(ends[1], "", 1), 1);
@@ -129,53 +106,40 @@ TEST(BoundedTask, EndsAsItsTaskDoes) {
     close(ends[1]);
 }
 
-std::int64_t wall_now = 0;
+std::int64_t wall_now = 1000000;
 std::chrono::steady_clock::time_point steady_now;
 
 TEST(ForwardClock, NeverGoesBack) {
-    const auto pass = [](std::int64_t steady_ms, std::int64_t wall_ms) {
-        steady_now += std::chrono::milliseconds(steady_ms);
-        wall_now += wall_ms;
+    const auto clock_after = [](std::int64_t not_before_ms) {
+        return ForwardClock(
+            not_before_ms, [] { return wall_now; }, [] { return steady_now; });
     };
-    wall_now = 1000000;
-    ForwardClock clock(
-        500, [] { return wall_now; }, [] { return steady_now; });
+    ForwardClock clock = clock_after(500);
     EXPECT_EQ(clock.now_ms(), 1000000);
-    pass(60000, 60000);
-    EXPECT_EQ(clock.now_ms(), 1060000);
-    pass(60000, 3660000);  // an hour ahead
-    EXPECT_EQ(clock.now_ms(), 4720000);
-    pass(60000, -3540000);  // and back
-    EXPECT_EQ(clock.now_ms(), 4780000);
-    pass(60000, 60000);
-    EXPECT_EQ(clock.now_ms(), 4840000);
-    ForwardClock behind(
-        9000000, [] { return wall_now; }, [] { return steady_now; });
-    pass(1000, 1000);
+    // So far the wall clock goes in each minute, and what the time is then.
+    const std::pair<std::int64_t, std::int64_t> minutes[] = {{60000, 1060000},
+                                                             {3660000, 4720000},   // an hour ahead
+                                                             {-3540000, 4780000},  // and back
+                                                             {60000, 4840000}};
+    for (const auto& [wall_ms, now_ms] : minutes) {
+        wall_now += wall_ms;
+        steady_now += std::chrono::minutes(1);
+        EXPECT_EQ(clock.now_ms(), now_ms);
+    }
+    ForwardClock behind = clock_after(9000000);
+    steady_now += std::chrono::seconds(1);
     EXPECT_EQ(behind.now_ms(), 9001000) << "a recording's last line is later than the clock";
 }
 
-// A host on which every command prints 7.
 class MadeUpRecorder : public RecordingFile {
 protected:
-    MadeUpRecorder() {
-        host_.paths.proc = folder_;  // no processes
-        host_.paths.mtab = "/dev/null";
-        host_.paths.detect_script = "/nonexistent";
-        host_.run = [this](const std::string& command, std::string& out, std::string& err) {
-            out = command.rfind("df", 0) == 0 ? "header\n/dev/a 9 7 2\n" : "pages allocated 7\n";
-            out = command.find("wc") != std::string::npos ? "7\n" : out;
-            err = failing_ == command ? "no more\n" : "";
-            return failing_ == command ? 1 : 0;
-        };
-        host_.host_name = [] { return std::optional<std::string>("box"); };
-    }
+    MadeUpRecorder() { let_commands_answer(made_up_); }
 
     // What went wrong, or an empty text.
-    std::string record(ScanSpans spans, Existing existing = Existing::append) {
-        Kiln::Result<RecordFile> opened = RecordFile::open(path_, existing);
+    std::string record(ScanSpans spans) {
+        Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::append);
         const StopSignals stop;
-        Recorder recorder(std::get<RecordFile>(opened), host_, stop);
+        Recorder recorder(std::get<RecordFile>(opened), made_up_.host, stop);
         try {
             recorder.record(spans);
         } catch (const RecordTrouble& trouble) {
@@ -185,38 +149,19 @@ protected:
         return {};
     }
 
-    Recording recording() const {
-        Kiln::Result<Recording> result = parse_recording(text_of(path_));
-        if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
-            ADD_FAILURE() << reason->text;
-            return {};
-        }
-        return std::get<Recording>(result);
+    Recording recording() const { return parsed(text_of(path_)); }
+
+    // The first line of a recording of this host.
+    RecordingHeader header_here() {
+        EXPECT_EQ(record({0, 0}), "");
+        return recording().header;
     }
 
-    Host host_;
-    std::string failing_;
     bool flawed_ = false;
 };
 
-TEST_F(MadeUpRecorder, TakesAPassAndTheStepsOfOnce) {
-    EXPECT_EQ(record({0, 0}), "");
-    const Recording made = recording();
-    ASSERT_EQ(made.passes.size(), 1U);
-    EXPECT_EQ(made.passes[0].counts.numproc, 7);
-    EXPECT_EQ(made.passes[0].counts.numiptent, 14);
-    EXPECT_EQ(made.passes[0].counts.diskinodes, 7);
-    ASSERT_TRUE(made.summary_is_last);
-    EXPECT_EQ(made.summary->findings.hostname, "box");
-    EXPECT_EQ(made.summary->findings.notes.warnings.size(), 1U) << "no detection script";
-    // It is over: nothing more to do.
-    const std::string text = text_of(path_);
-    EXPECT_EQ(record({0, 0}), "");
-    EXPECT_EQ(text_of(path_), text);
-}
-
 TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
-    failing_ = "df -k -l";
+    made_up_.answers["df -k -l"] = {1, "", "no more\n"};
     EXPECT_EQ(record({1, 1}), "");
     EXPECT_TRUE(flawed_);
     const Recording made = recording();
@@ -224,15 +169,14 @@ TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
     EXPECT_EQ(made.passes[1].number, 2);
     EXPECT_EQ(made.passes[1].failure, "Error running 'df -k -l':\nno more\n");
     EXPECT_EQ(made.passes[1].taken.to_ulong(), 0x1FFU) << "all but the two of the disk";
+    EXPECT_EQ(made.passes[1].counts.numproc, 7);
+    EXPECT_EQ(made.passes[1].counts.numiptent, 14);
 }
 
 TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
-    RecordingHeader header = header_of("box", {1000, 500});
-    header.start = ForwardClock::wall_ms() / 1000 - 1000;
-    header.machine = "";
-    EXPECT_EQ(record({0, 0}), "");
-    header.machine = recording().header.machine;
-    header.page_size = recording().header.page_size;
+    RecordingHeader header = header_here();
+    header.spans = {1000, 500};
+    header.start -= 1000;
 
     // Over, but without its last line; the torn one is cut off.
     const std::string lines = header_line(header) + pass_line(pass_of(1, 0, 1));
@@ -241,7 +185,10 @@ TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
     Recording made = recording();
     EXPECT_EQ(made.passes.size(), 1U);
     EXPECT_TRUE(made.summary_is_last);
-    EXPECT_EQ(text_of(path_).substr(0, lines.size()), lines);
+    const std::string over = text_of(path_);
+    EXPECT_EQ(over.substr(0, lines.size()), lines);
+    EXPECT_EQ(record({1000, 500}), "");
+    EXPECT_EQ(text_of(path_), over) << "nothing more to do";
 
     // The same watched for a second more, from the first start.
     header.start = ForwardClock::wall_ms() / 1000 - 999;
@@ -260,22 +207,24 @@ TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
 }
 
 TEST_F(MadeUpRecorder, GoesOnWithNoOther) {
-    const auto refused = [&](const std::string& text) {
+    const RecordingHeader here = header_here();
+    RecordingHeader other_host = here;
+    RecordingHeader other_machine = here;
+    RecordingHeader other_pages = here;
+    other_host.host = "other";
+    other_machine.machine = "other";
+    other_pages.page_size = 512;
+    const std::pair<std::string, const char*> cases[] = {
+        {header_line(other_host), "another host"},
+        {header_line(other_machine), "another host"},
+        {header_line(other_pages) + "{\"torn", "pages"},
+        {header_line(here) + "rubbish\n", "line 2"},
+        {"precious text without an end", "no recording"}};
+    for (const auto& [text, reason] : cases) {
         put(text);
-        const std::string reason = record({0, 0});
+        EXPECT_NE(record({0, 0}).find(reason), std::string::npos) << reason;
         EXPECT_EQ(text_of(path_), text) << "nothing is changed";
-        return reason;
-    };
-    EXPECT_EQ(record({0, 0}), "");
-    const RecordingHeader here = recording().header;
-    RecordingHeader other = here;
-    other.host = "other";
-    EXPECT_NE(refused(header_line(other)).find("another host"), std::string::npos);
-    other = here;
-    other.page_size = 512;
-    EXPECT_NE(refused(header_line(other) + "{\"torn").find("pages"), std::string::npos);
-    EXPECT_NE(refused(header_line(here) + "rubbish\n").find("line 2"), std::string::npos);
-    EXPECT_NE(refused("precious text without an end").find("no recording"), std::string::npos);
+    }
 }
 
 }  // namespace

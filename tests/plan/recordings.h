@@ -1,24 +1,23 @@
-// Recordings made by hand, for the tests of what is done with them.
+// What the tests of the companion share: recordings made by hand, and a host that answers.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "plan/combined_scan.h"
+#include "calc/sample.h"
+#include "plan/explanation.h"
 #include "plan/recording.h"
+#include "tests/support/made_up_host.h"
+
+using Remarks = std::vector<std::string>;
 
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
-    RecordingHeader header;
-    header.version = "1.0";
-    header.host = host;
-    header.machine = "x86_64";
-    header.kernel = "6.1.0";
-    header.page_size = 4096;
-    header.start = 1773324300;  // 2026-03-12T14:05:00Z
-    header.spans = spans;
-    return header;
+    const std::int64_t start = 1773324300;  // 2026-03-12T14:05:00Z
+    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans};
 }
 
 // A pass that counted nothing but processes, and took no time.
@@ -53,4 +52,37 @@ inline Summary summary_of(std::int64_t at_seconds) {
 
 inline CombinedScan combined(const std::vector<NamedRecording>& recordings) {
     return std::get<CombinedScan>(combine(recordings));
+}
+
+inline Explanation explained(const std::vector<NamedRecording>& recordings) {
+    return explain(recordings, combined(recordings), {});
+}
+
+// Why there is no value; empty when there is one.
+template <class Value>
+std::string reason_of(const Kiln::Result<Value>& result) {
+    const auto* reason = std::get_if<Kiln::Reason>(&result);
+    return reason == nullptr ? "" : reason->text;
+}
+
+inline Recording parsed(const std::string& text) {
+    const Kiln::Result<Recording> result = parse_recording(text);
+    EXPECT_EQ(reason_of(result), "");
+    const auto* recording = std::get_if<Recording>(&result);
+    return recording == nullptr ? Recording() : *recording;
+}
+
+inline const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
+
+// Every command of a pass finds 7 then.
+inline void let_commands_answer(MadeUpHost& made_up) {
+    for (const SampleStep& step : sample_steps) {
+        const std::string command = step.command == nullptr ? "" : step.command;
+        const bool is_df = command.rfind("df", 0) == 0;
+        const bool is_ipcs = command.find("ipcs") != std::string::npos;
+        made_up.answers[command].out = is_df     ? df_header + "/dev/a 9 7 2 78% /\n"
+                                       : is_ipcs ? "pages allocated 7\n"
+                                                 : "7\n";
+    }
+    made_up.host.host_name = [] { return std::optional<std::string>("box"); };
 }

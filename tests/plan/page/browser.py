@@ -1,5 +1,6 @@
 """A headless Chromium, spoken to through its driver."""
 
+import contextlib
 import json
 import socket
 import subprocess
@@ -20,7 +21,7 @@ class Browser:
             port = probe.getsockname()[1]
         self.base = f"http://127.0.0.1:{port}"
         self.driver = subprocess.Popen(["chromedriver", f"--port={port}"], stdout=subprocess.DEVNULL)
-        self.wait_for(lambda: self.answers("/status"))
+        self.wait_for(lambda: self.call("GET", "/status")["ready"])
         options = {"args": FLAGS + [f"--user-data-dir={folder}/profile"]}
         wanted = {"goog:chromeOptions": options, "goog:loggingPrefs": {"browser": "ALL", "performance": "ALL"}}
         session = self.call("POST", "/session", {"capabilities": {"alwaysMatch": wanted}})
@@ -35,17 +36,12 @@ class Browser:
         except urllib.error.HTTPError as error:
             raise RuntimeError(error.read().decode()) from error
 
-    def answers(self, path):
-        try:
-            return self.call("GET", path)["ready"]
-        except OSError:
-            return False
-
     @staticmethod
     def wait_for(condition):
         for _ in range(200):
-            if condition():
-                return
+            with contextlib.suppress(OSError):  # nobody listens yet
+                if condition():
+                    return
             time.sleep(0.05)
         raise RuntimeError("waited in vain")
 
