@@ -38,7 +38,7 @@ class Browser:
 
     @staticmethod
     def wait_for(condition):
-        for _ in range(200):
+        for _ in range(1200):
             with contextlib.suppress(OSError):  # nobody listens yet
                 if condition():
                     return
