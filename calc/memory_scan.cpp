@@ -1,5 +1,7 @@
 #include "calc/memory_scan.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -29,15 +31,11 @@ Kiln::Reason cannot_list(const std::string& proc) {
 }
 
 // A directory that cannot be read to its end is one that cannot be read.
-Kiln::Result<ProcessIds> list_process_ids(const std::string& proc) {
-    const Kiln::Directory directory(opendir(proc.c_str()));
-    if (!directory) {
-        return cannot_list(proc);
-    }
+Kiln::Result<ProcessIds> list_process_ids(const std::string& proc, DIR* directory) {
     ProcessIds pids;
     for (;;) {
         errno = 0;
-        const dirent* entry = readdir(directory.get());
+        const dirent* entry = readdir(directory);
         if (entry == nullptr) {
             break;
         }
@@ -53,13 +51,14 @@ Kiln::Result<ProcessIds> list_process_ids(const std::string& proc) {
 }
 
 // A process whose status cannot be read has ended meanwhile and is left out.
-ProcessTables read_processes(const std::string& proc, const ProcessIds& pids) {
+ProcessTables read_processes(int proc_fd, const ProcessIds& pids) {
     ProcessTables tables;
-    std::string path;  // both keep their room from one process to the next
-    std::string text;
+    std::string text;  // keeps its room from one process to the next
     for (const std::int32_t pid : pids) {
-        path.assign(proc).append("/").append(std::to_string(static_cast<std::uint32_t>(pid)));
-        if (Kiln::get_file(path.append("/status"), text) == 0) {
+        const std::string path = std::to_string(static_cast<std::uint32_t>(pid)) + "/status";
+        const Kiln::Descriptor file = Kiln::open_at_once(proc_fd, path, O_RDONLY);
+        text.clear();
+        if (file && Kiln::append_rest(file.get(), text) == 0) {
             add_process(tables, pid, text);
         }
     }
@@ -75,11 +74,16 @@ std::int32_t cap_at_physical_pages(std::int32_t pages, std::int64_t physical_pag
 }  // namespace
 
 Kiln::Result<MemoryPages> scan_memory(const Host& host) {
-    const Kiln::Result<ProcessIds> pids = list_process_ids(host.paths.proc);
+    const std::string& proc = host.paths.proc;
+    const Kiln::Directory directory(opendir(proc.c_str()));
+    if (!directory) {
+        return cannot_list(proc);
+    }
+    const Kiln::Result<ProcessIds> pids = list_process_ids(proc, directory.get());
     if (const auto* reason = std::get_if<Kiln::Reason>(&pids)) {
         return *reason;
     }
-    const ProcessTables tables = read_processes(host.paths.proc, std::get<ProcessIds>(pids));
+    const ProcessTables tables = read_processes(dirfd(directory.get()), std::get<ProcessIds>(pids));
     const MemoryTotals totals = sum_memory(tables);
     return MemoryPages{
         cap_at_physical_pages(totals.vm_kib / kib_per_page, host.physical_pages()),

@@ -24,9 +24,13 @@ int refusal(int fd) {
 }  // namespace
 
 Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
+    return open_at_once(AT_FDCWD, path, flags, mode);
+}
+
+Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_t mode) {
     int fd = -1;
     do {
-        fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+        fd = openat(folder_fd, path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
     } while (fd < 0 && errno == EINTR);
     return Descriptor(fd);
 }

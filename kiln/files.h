@@ -16,6 +16,9 @@ namespace Kiln {
 // written that nobody reads).
 Descriptor open_at_once(const std::string& path, int flags, mode_t mode = 0);
 
+// The same for a path that begins at an open folder.
+Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_t mode = 0);
+
 // Reads the whole file. Returns 0 or the system error number: EOPNOTSUPP for a FIFO, whose end is
 // up to others, EAGAIN for a device that has nothing yet. A file that cannot be opened, a FIFO
 // among them, leaves `out` untouched; after a read error `out` holds what had been read before.

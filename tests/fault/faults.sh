@@ -113,6 +113,7 @@ tell_hit() {
           result = $0; sub(/.* = /, "", result); result += 0; split($0, quoted, "\""); split($0, pair, /[][,]/)
           asks = call ~ /^(write|uname|socket|setsockopt|bind|getsockname|sendto|recvmsg|pipe2|clone|clone3|vfork|fork)$/ }
         first ~ /^(AT_FDCWD, )?"/ { about = quoted[2]; times[about]++; asks = 1 }
+        call == "openat" && first ~ /^[0-9]/ { about = about "/" quoted[2]; times[about]++; asks = 1 }
         call == "uname" || call == "socket" || about == "netlink" { about = call; times[call]++ }
         result >= 0 && call ~ /^open/ { of[result] = about; held[result] }
         result >= 0 && call == "socket" { of[result] = "netlink"; held[result] }
