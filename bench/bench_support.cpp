@@ -84,9 +84,9 @@ const char* Table::judge(double value, double limit) {
 }
 
 void Table::compare(const std::string& figure, const Medians& medians, double ratio_limit) {
-    const double ratio = medians.ours / medians.floor;
-    print_row(figure, as_time(medians.ours), as_time(medians.floor), with_decimals(ratio, 2),
-              as_limit(ratio_limit), judge(ratio, ratio_limit));
+    print_row(figure, as_time(medians.ours), as_time(medians.floor),
+              with_decimals(medians.ratio, 2), as_limit(ratio_limit),
+              judge(medians.ratio, ratio_limit));
 }
 
 void Table::growth(const std::string& figure, const Medians& small, const Medians& large,

@@ -48,18 +48,21 @@ double seconds(const Run& run, Timing timing) {
     return now(timing) - start;
 }
 
-// In seconds.
+// In seconds, but for the ratio.
 struct Medians {
     double ours = 0;
     double floor = 0;
+    double ratio = 0;  // of the rounds' ratios, not of the two above
 };
 
 // Runs the two sides by turns, so that both see the same load of the machine; which one comes first
-// changes with every round. One round before them warms both up and is not counted.
+// changes with every round. The sides are compared within each round: a machine that runs faster
+// for a while does so for both. One round before them warms both up and is not counted.
 template <class Ours, class Floor>
 Medians by_turns(int rounds, Timing timing, const Ours& ours, const Floor& floor) {
     std::vector<double> of_ours;
     std::vector<double> of_floor;
+    std::vector<double> ratios;
     ours();
     floor();
     for (int i = 0; i < rounds; ++i) {
@@ -68,8 +71,9 @@ Medians by_turns(int rounds, Timing timing, const Ours& ours, const Floor& floor
         of_floor.push_back(seconds(floor, timing));
         if (i % 2 != 0)
             of_ours.push_back(seconds(ours, timing));
+        ratios.push_back(of_ours.back() / of_floor.back());
     }
-    return {median(of_ours), median(of_floor)};
+    return {median(of_ours), median(of_floor), median(ratios)};
 }
 
 // Prints rows as they come and remembers whether a limit was missed.

@@ -108,7 +108,7 @@ int measure(const Bench::Options& options) {
     table.compare(
         "  beside reading 5000 files known beforehand",
         Bench::by_turns(options.rounds(40, 10), Bench::Timing::cold_cpu, scan, read_known),
-        ratio_limit);
+        Bench::no_limit);
     table.growth("  growth, 100 to 1000 processes", of_100, of_1000, Bench::no_limit);
     table.growth("  growth, 1000 to 5000 processes", of_1000, of_5000, growth_limit);
     return table.exit_status();
