@@ -126,7 +126,8 @@ TEST(QuotaReport, ReadsDamagedRecordsAsFarAsTheyGo) {
         EXPECT_EQ(parse("---\n" + lines), expected + "| ") << lines;
     }
     EXPECT_EQ(parse(""), "| ");
-    EXPECT_EQ(parse("#1 -- 1 2 3 4 5 6\n- group quotas user quotas\n#2\n"), "2:0/0/0,0/0/0 | ");
+    EXPECT_EQ(parse("group quotas\n#1 -- 1 2 3 4 5 6\n- group quotas user quotas\n#2\n"),
+              "2:0/0/0,0/0/0 | ");
 }
 
 TEST(QuotaReport, ConvertsGraceTimes) {
