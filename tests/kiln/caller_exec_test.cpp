@@ -21,7 +21,8 @@ struct Caller : Kiln::CallerExec {
     explicit Caller(const char* script, const Intrinsics& options = {},
                     const Environment& environment = usual_env)
         : CallerExec("sh", {"-c", script}, environment, options) {}
-    using CallerExec::analyzeExitStatus_, CallerExec::wait_status, CallerExec::term_signal;
+    using CallerExec::analyzeExitStatus_, CallerExec::entered, CallerExec::wait_status,
+        CallerExec::term_signal;
 
     int call_with(Kiln::Connector* in, Kiln::Connector* out, Kiln::Connector* err) {
         std::vector<Kiln::Connector*> entries = {in, out, err};
@@ -39,6 +40,7 @@ TEST(CallerExec, ConnectsTheChildAndGivesItItsDirectoryAndEnvironment) {
     Caller caller("tr -cd a | wc -c; env; pwd >&2; exit 9", {"/usr", false},
                   {"PATH=/usr/bin:/bin", "PWD=/usr"});
     EXPECT_EQ(caller.call_with(&in, &out, &err), 9);
+    EXPECT_FALSE(caller.entered);
     EXPECT_EQ(out.buffer, "5000\nPATH=/usr/bin:/bin\nPWD=/usr\n");
     EXPECT_EQ(err.buffer, "/usr\n");
 }
