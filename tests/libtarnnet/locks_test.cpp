@@ -4,9 +4,11 @@
 #include <semaphore.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <ctime>
 
 #include "log.h"
@@ -14,6 +16,7 @@
 
 static int flock_error = 0;    // of every call, or 0
 static int interruptions = 0;  // of the next calls, before all else
+static int alarms = 0;         // the second of which gives the lock within the process back
 
 extern "C" int __real_flock(int fd, int operation);
 extern "C" int __wrap_flock(int fd, int operation) {
@@ -66,6 +69,15 @@ TEST_F(Lock, IsWithinTheProcessOrSharedOrExclusiveBetweenProcesses) {
     ASSERT_EQ(grab_shared_tarnnetlock(1), 0);
     EXPECT_FALSE(free_within_process());
     EXPECT_NE(access(state.host.lock_file, F_OK), 0);
+
+    struct sigaction ring = {};
+    ring.sa_handler = [](int) { ++alarms == 2 ? sem_post(&state.semaphore) : 0; };
+    sigaction(SIGALRM, &ring, nullptr);
+    const itimerval soon = {{0, 9999}, {0, 9999}}, never = {};
+    setitimer(ITIMER_REAL, &soon, nullptr);
+    ASSERT_EQ(grab_shared_tarnnetlock(1), 0);
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_GE(alarms, 2) << "a signal does not end the wait for our own";
     release_tarnnetlock();
     EXPECT_TRUE(free_within_process());
 
