@@ -115,10 +115,13 @@ std::string numbers(const PhysParams& p, ConfigScales scales, std::int32_t page_
     const std::int32_t dentries = tenth_more(wrapped(Wide{files} * 384));
     const std::int32_t kernel = clamped(rounded(wrapped(Wide{numproc} * 61440 + dentries), 24));
 
+    // At most 62 bits: not every compiler can check a product of two wide numbers.
+    const auto bytes = [page_size](std::int32_t page_count) {
+        return Wide{static_cast<std::int64_t>(rounded(page_count, 24)) * page_size};
+    };
     double total = as_double(kernel);
-    for (const Wide part :
-         {Wide{wrapped(Wide{2} * buffers(tcp))}, Wide{buffers(other)}, Wide{262144},
-          rounded(page_limit, 24) * page_size, rounded(locked, 24) * page_size}) {
+    for (const Wide part : {Wide{wrapped(Wide{2} * buffers(tcp))}, Wide{buffers(other)},
+                            Wide{262144}, bytes(page_limit), bytes(locked)}) {
         total = to_float(total + as_double(part));
     }
     return pair("NUMPROC", numproc) + pair("AVNUMPROC", truncated(average)) +
