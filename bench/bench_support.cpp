@@ -98,8 +98,8 @@ void Table::growth(const std::string& figure, const Medians& small, const Median
 }
 
 void Table::bound(const std::string& figure, double value, double limit, const char* unit) {
-    print_row(figure, with_decimals(value, 2, unit), "-", "-", with_decimals(limit, 0, unit),
-              judge(value, limit));
+    print_row(figure, with_decimals(value, 2, unit), "-", "-",
+              limit > no_limit ? with_decimals(limit, 0, unit) : "-", judge(value, limit));
 }
 
 void Table::skip(const std::string& figure, const char* reason) {

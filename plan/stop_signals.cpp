@@ -17,7 +17,7 @@ constexpr int longest_wait_ms = 60000;
 
 volatile std::sig_atomic_t signals_seen = 0;
 volatile std::sig_atomic_t signal_writer = -1;
-std::atomic<std::int64_t> last_signal_ms;
+std::atomic<std::int64_t> counted_signal_ms;
 
 constexpr std::int64_t same_signal_ms = 1000;
 
@@ -30,12 +30,12 @@ std::int64_t steady_ms() {
 void note_signal(int /*signal_number*/) {
     const int saved_errno = errno;
     const std::int64_t now_ms = steady_ms();
-    if (signals_seen == 0 || now_ms - last_signal_ms > same_signal_ms) {
+    if (signals_seen == 0 || now_ms - counted_signal_ms > same_signal_ms) {
         signals_seen = signals_seen + 1;
+        counted_signal_ms = now_ms;
         // A full pipe wakes as well.
         static_cast<void>(!write(signal_writer, "", 1));
     }
-    last_signal_ms = now_ms;
     errno = saved_errno;
 }
 

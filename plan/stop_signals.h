@@ -16,8 +16,8 @@ public:
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
-    // How many have come; those that follow another within a second are one with it: a terminal
-    // that goes away, and commands such as timeout, send the same signal twice.
+    // How many have come; those that follow a counted one within a second are one with it: a
+    // terminal that goes away, and commands such as timeout, send the same signal twice.
     int count() const;
 
     // Readable as soon as one has come that acknowledge() has not seen.
