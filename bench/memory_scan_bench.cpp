@@ -13,7 +13,6 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "bench/bench_support.h"
@@ -83,8 +82,7 @@ void bare_scan() {
 
 void scan() {
     const auto found = scan_memory(Host());
-    const auto* pages = std::get_if<MemoryPages>(&found);
-    if (pages == nullptr || pages->privvmpages == 0)
+    if (!found || found->privvmpages == 0)
         Bench::give_up("memory scan");
 }
 

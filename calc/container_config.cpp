@@ -77,7 +77,7 @@ std::int32_t with_margin(std::int32_t value) {
 }
 
 std::string joined(const std::vector<std::string>& list) {
-    return Kiln::join(" ", list.begin(), list.end());
+    return Kiln::join(" ", list);
 }
 
 // The low 32 bits of a product or a sum, and whether that lost something.

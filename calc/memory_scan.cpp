@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "calc/process_memory.h"
@@ -80,10 +79,10 @@ Kiln::Result<MemoryPages> scan_memory(const Host& host) {
         return cannot_list(proc);
     }
     const Kiln::Result<ProcessIds> pids = list_process_ids(proc, directory.get());
-    if (const auto* reason = std::get_if<Kiln::Reason>(&pids)) {
-        return *reason;
+    if (!pids) {
+        return Kiln::Reason{pids.reason()};
     }
-    const ProcessTables tables = read_processes(dirfd(directory.get()), std::get<ProcessIds>(pids));
+    const ProcessTables tables = read_processes(dirfd(directory.get()), *pids);
     const MemoryTotals totals = sum_memory(tables);
     return MemoryPages{
         cap_at_physical_pages(totals.vm_kib / kib_per_page, host.physical_pages()),

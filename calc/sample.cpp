@@ -1,7 +1,6 @@
 #include "calc/sample.h"
 
 #include <cfloat>
-#include <variant>
 
 #include "calc/memory_scan.h"
 #include "calc/sample_parsers.h"
@@ -61,12 +60,11 @@ std::optional<SampleFailure> count_output(const Host& host, std::size_t step,
 std::optional<SampleFailure> count_memory(const Host& host, std::size_t step,
                                           SampleCounts& counts) {
     const Kiln::Result<MemoryPages> found = scan_memory(host);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
-        return SampleFailure{SampleFailure::Source::processes, reason->text, step};
+    if (!found) {
+        return SampleFailure{SampleFailure::Source::processes, found.reason(), step};
     }
-    const auto& pages = std::get<MemoryPages>(found);
-    counts.privvmpages = pages.privvmpages;
-    counts.lockedpages = pages.lockedpages;
+    counts.privvmpages = found->privvmpages;
+    counts.lockedpages = found->lockedpages;
     return {};
 }
 

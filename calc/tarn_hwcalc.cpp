@@ -5,7 +5,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <optional>
-#include <variant>
 
 #include "calc/container_config.h"
 #include "calc/memory_scan.h"
@@ -59,31 +58,29 @@ int TarnHWCalc::calcProcParams(PhysParams* params) {
 
 int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
     const Kiln::Result<MemoryPages> found = scan_memory(host);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
-        return setError(ERR_PROC, "%s", reason->text.c_str());
+    if (!found) {
+        return setError(ERR_PROC, "%s", found.reason().c_str());
     }
-    const auto& pages = std::get<MemoryPages>(found);
-    set_max(params->privvmpages, pages.privvmpages);
-    set_max(params->lockedpages, pages.lockedpages);
+    set_max(params->privvmpages, found->privvmpages);
+    set_max(params->lockedpages, found->lockedpages);
     return 0;
 }
 
 int TarnHWCalc::calcQuotaUGIDLimit(PhysParams* params) {
     const Kiln::Result<std::uint32_t> ids = count_quota_ids(host);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&ids)) {
-        return setError(ERR_MTAB, "%s", reason->text.c_str());
+    if (!ids) {
+        return setError(ERR_MTAB, "%s", ids.reason().c_str());
     }
-    params->quotaugidlimit = static_cast<std::int32_t>(std::get<std::uint32_t>(ids));
+    params->quotaugidlimit = static_cast<std::int32_t>(*ids);
     return 0;
 }
 
 int TarnHWCalc::getNetIfaces(Warnings& /*warnings*/, NetIfaceList& ifaces) {
     const Kiln::Result<NetIfaceList> found = list_net_ifaces();
-    if (const auto* reason = std::get_if<Kiln::Reason>(&found)) {
-        return setError(ERR_NETCONF, "%s", reason->text.c_str());
+    if (!found) {
+        return setError(ERR_NETCONF, "%s", found.reason().c_str());
     }
-    const auto& list = std::get<NetIfaceList>(found);
-    ifaces.insert(ifaces.end(), list.begin(), list.end());
+    ifaces.insert(ifaces.end(), found->begin(), found->end());
     return 0;
 }
 
@@ -119,9 +116,6 @@ int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {
 }
 
 void TarnHWCalc::printPhysParams(const PhysParams& params) const {
-    const auto joined = [](const std::vector<std::string>& list) {
-        return Kiln::join(" ", list.begin(), list.end());
-    };
     const auto count = [](const char* name, std::int32_t value) {
         std::printf("%s: %u\n", name, static_cast<unsigned>(value));
     };
@@ -139,8 +133,8 @@ void TarnHWCalc::printPhysParams(const PhysParams& params) const {
     count("quotaugidlimit", params.quotaugidlimit);
     std::printf("distribution: %s\nhostname: %s\nnameservers: %s\nsearch_domains: %s\n",
                 params.distribution.c_str(), params.hostname.c_str(),
-                joined(params.ns_attrs.nameservers).c_str(),
-                joined(params.ns_attrs.search_domains).c_str());
+                Kiln::join(" ", params.ns_attrs.nameservers).c_str(),
+                Kiln::join(" ", params.ns_attrs.search_domains).c_str());
 }
 
 void TarnHWCalc::set_max(std::int32_t& counter, std::int32_t value) {

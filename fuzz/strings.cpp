@@ -10,7 +10,7 @@ namespace {
 using Fields = std::vector<std::string>;
 
 std::string joined(const Fields& fields, const std::string& separator) {
-    return Kiln::join(separator.c_str(), fields.begin(), fields.end());
+    return Kiln::join(separator.c_str(), fields);
 }
 
 bool has_any(const std::string& text, const std::string& characters) {

@@ -37,7 +37,7 @@ std::string missing_answer_text(bool found_any, const std::vector<std::string>& 
     if (found_any) {
         return "OS distribution was not detected. It must be manually set.";
     }
-    return "OS distribution detection script (" + Kiln::join(", ", scripts.begin(), scripts.end()) +
+    return "OS distribution detection script (" + Kiln::join(", ", scripts) +
            ") was not found. The DISTRIBUTION parameter of the CT config must be set manually.";
 }
 

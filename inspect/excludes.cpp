@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
 
 #include "inspect/exclude_rules.h"
 #include "inspect/mount_table.h"
@@ -33,8 +32,8 @@ MountFindings read_mounts(const HostPaths& paths) {
     MountFindings findings;
     for (const std::string& path : {paths.fstab, paths.mtab}) {
         const auto table = read_mount_table(path);
-        if (const auto* entries = std::get_if<std::vector<MountEntry>>(&table)) {
-            for (const MountEntry& entry : *entries) {
+        if (table) {
+            for (const MountEntry& entry : *table) {
                 note_mount(entry, types, findings);
             }
         }

@@ -2,7 +2,6 @@
 
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "inspect/mount_table.h"
@@ -54,13 +53,13 @@ void add_device(const QuotaMgmt& quota_mgmt, const std::string& device, QuotaIds
 
 Kiln::Result<std::uint32_t> count_quota_ids(const Host& host) {
     const auto table = read_mount_table(host.paths.mtab);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&table)) {
-        return Kiln::Reason{"Error opening '" + host.paths.mtab + "': " + reason->text};
+    if (!table) {
+        return Kiln::Reason{"Error opening '" + host.paths.mtab + "': " + table.reason()};
     }
     const QuotaMgmt quota_mgmt(host);
     QuotaIds ids;
     bool old_style = false;
-    for (const MountEntry& mount : std::get<std::vector<MountEntry>>(table)) {
+    for (const MountEntry& mount : *table) {
         const std::string option = quota_option(mount);
         if (!option.empty()) {
             add_device(quota_mgmt, mount.device, ids);

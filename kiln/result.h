@@ -2,8 +2,9 @@
 // somebody may want to read.
 #pragma once
 
+#include <optional>
 #include <string>
-#include <variant>
+#include <utility>
 
 namespace Kiln {
 
@@ -11,7 +12,43 @@ struct Reason {
     std::string text;  // whole, ready to be shown
 };
 
+// Made from a value or from a Reason, so a function returns either as it is.
 template <class Value>
-using Result = std::variant<Value, Reason>;
+class [[nodiscard]] Result {
+public:
+    Result(Value value) : value_(std::move(value)) {}
+    Result(Reason reason) : reason_(std::move(reason.text)) {}
+
+    // Whether there is a value. Only then may it be looked at.
+    explicit operator bool() const { return value_.has_value(); }
+    const Value& operator*() const { return *value_; }
+    Value& operator*() { return *value_; }
+    const Value* operator->() const { return &*value_; }
+    Value* operator->() { return &*value_; }
+
+    // Empty where there is a value.
+    const std::string& reason() const { return reason_; }
+
+private:
+    std::optional<Value> value_;
+    std::string reason_;
+};
+
+// The result of an action that has no value: `return {};` for done.
+template <>
+class [[nodiscard]] Result<void> {
+public:
+    Result() = default;
+    Result(Reason reason) : failed_(true), reason_(std::move(reason.text)) {}
+
+    explicit operator bool() const { return !failed_; }
+    const std::string& reason() const { return reason_; }
+
+private:
+    bool failed_ = false;
+    std::string reason_;
+};
+
+using Done = Result<void>;
 
 }  // namespace Kiln

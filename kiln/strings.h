@@ -2,6 +2,7 @@
 // locale plays no part.
 #pragma once
 
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,11 @@ std::string join(const char* sep, It first, It last) {
         joined += *it;
     }
     return joined;
+}
+
+template <class Range>
+std::string join(const char* sep, const Range& strings) {
+    return join(sep, std::begin(strings), std::end(strings));
 }
 
 }  // namespace Kiln

@@ -34,7 +34,7 @@ const char* state_of(const CheckedStep& step) {
 }
 
 std::string joined(const std::vector<std::string>& words) {
-    return Kiln::join(" ", words.begin(), words.end());
+    return Kiln::join(" ", words);
 }
 
 // The reason may have several lines.

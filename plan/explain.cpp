@@ -60,7 +60,7 @@ std::string origin_text(const LineStory& line) {
         text += " of " + std::to_string(*line.floor);
     }
     if (line.basis == Basis::derived) {
-        text += " from " + Kiln::join(", ", line.made_from.begin(), line.made_from.end());
+        text += " from " + Kiln::join(", ", line.made_from);
     } else if (line.factor) {
         text += ", times " + factor_text(*line.factor);
     }

@@ -57,7 +57,7 @@ std::string counts_text(std::size_t step, const SampleCounts& counts) {
     for (const SampleField& field : fields_of(step)) {
         texts.push_back(std::string(field.name) + " " + std::to_string(counts.*field.count));
     }
-    return Kiln::join(", ", texts.begin(), texts.end());
+    return Kiln::join(", ", texts);
 }
 
 std::vector<std::string> lines_on_sample_step(std::size_t step) {
@@ -104,7 +104,7 @@ std::string take_watched_step(const Host& host, std::size_t step) {
 // What a step that is taken once found.
 std::string findings_text(OneShotStep step, const Findings& findings) {
     const auto joined = [](const std::vector<std::string>& words) {
-        return Kiln::join(", ", words.begin(), words.end());
+        return Kiln::join(", ", words);
     };
     switch (step) {
         case OneShotStep::quotas:
@@ -203,8 +203,8 @@ void Checker::judge_sample_step(const json& report, bool forgiven, bool is_compl
     }
     if (!checked.succeeded && forgiven) {
         const std::vector<std::string> lines = Kiln::split("\n", failure, 0);
-        check_.findings.push_back({Kiln::join(" ", lines.begin(), lines.end()),
-                                   "a run goes on without it; see why it fails"});
+        check_.findings.push_back(
+            {Kiln::join(" ", lines), "a run goes on without it; see why it fails"});
     }
 }
 

@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint64_t telling_part = 10;  // less than a tenth more changes no number that counts
 
 std::string joined(const std::vector<std::string>& words) {
-    return Kiln::join(", ", words.begin(), words.end());
+    return Kiln::join(", ", words);
 }
 
 bool others_may_write(const struct stat& info) {

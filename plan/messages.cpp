@@ -49,7 +49,7 @@ bool read_scales(const ScaleOptions& options, ConfigScales& scales) {
 
 void say(const std::string& text) {
     const std::vector<std::string> lines = Kiln::split("\n", text, 0);
-    const std::string words = Kiln::join(" ", lines.begin(), lines.end());
+    const std::string words = Kiln::join(" ", lines);
     const std::string line = "tarnhwplan: " + printable(words) + "\n";
     static_cast<void>(Kiln::write_all(STDERR_FILENO, line.data(), line.size()));
 }

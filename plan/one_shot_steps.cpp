@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
-#include <variant>
 
 #include "inspect/distribution.h"
 #include "inspect/excludes.h"
@@ -18,10 +17,10 @@ namespace {
 
 template <class Value>
 void keep(const Kiln::Result<Value>& result, OneShotStep step, Value& value, Findings& findings) {
-    if (const auto* reason = std::get_if<Kiln::Reason>(&result)) {
-        findings.failures.push_back({step, reason->text});
+    if (!result) {
+        findings.failures.push_back({step, result.reason()});
     } else {
-        value = std::get<Value>(result);
+        value = *result;
     }
 }
 

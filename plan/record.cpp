@@ -2,7 +2,6 @@
 #include <cerrno>
 #include <memory>
 #include <utility>
-#include <variant>
 
 #include "calc/arguments.h"
 #include "plan/commands.h"
@@ -49,13 +48,13 @@ int run(const Options& options) {
         existing = options.append ? RecordFile::Existing::append : RecordFile::Existing::replace;
     }
     Kiln::Result<RecordFile> opened = RecordFile::open(options.path, existing);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&opened)) {
-        say(reason->text);
+    if (!opened) {
+        say(opened.reason());
         return status_io;
     }
     const StopSignals stop;
     const Host host = host_until(stop);
-    Recorder recorder(std::get<RecordFile>(opened), host, stop);
+    Recorder recorder(*opened, host, stop);
     try {
         recorder.record(spans);
     } catch (const RecordTrouble& trouble) {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <variant>
 
 #include "calc/scan_clock.h"
 #include "kiln/files.h"
@@ -107,10 +106,10 @@ void Recorder::record(ScanSpans spans) {
 
 void Recorder::begin(ScanSpans spans) {
     const Kiln::Result<std::string> read = file_.read();
-    if (const auto* reason = std::get_if<Kiln::Reason>(&read)) {
-        throw RecordTrouble(reason->text);
+    if (!read) {
+        throw RecordTrouble(read.reason());
     }
-    const auto& text = std::get<std::string>(read);
+    const auto& text = *read;
     if (is_torn_header(text)) {  // or nothing at all
         cut(0);
         start_ = clock_.now_ms() / 1000;
@@ -118,10 +117,10 @@ void Recorder::begin(ScanSpans spans) {
         return;
     }
     const Kiln::Result<Recording> parsed = parse_recording(text);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&parsed)) {
-        throw RecordTrouble("cannot go on with it: " + reason->text);
+    if (!parsed) {
+        throw RecordTrouble("cannot go on with it: " + parsed.reason());
     }
-    go_on(std::get<Recording>(parsed), spans);
+    go_on(*parsed, spans);
 }
 
 void Recorder::go_on(const Recording& recording, ScanSpans spans) {

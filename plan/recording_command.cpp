@@ -1,7 +1,6 @@
 #include "plan/recording_command.h"
 
 #include <utility>
-#include <variant>
 
 #include "plan/recording_files.h"
 
@@ -21,18 +20,18 @@ ExitStatus read_recorded_host(const RecordingOptions& options, RecordedHost& hos
     }
     for (const std::string& path : options.paths) {
         Kiln::Result<NamedRecording> read = read_recording(path);
-        if (const auto* reason = std::get_if<Kiln::Reason>(&read)) {
-            say(reason->text);
+        if (!read) {
+            say(read.reason());
             return status_io;
         }
-        host.recordings.push_back(std::get<NamedRecording>(std::move(read)));
+        host.recordings.push_back(std::move(*read));
     }
     Kiln::Result<CombinedScan> combined = combine(host.recordings);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
-        say(reason->text);
+    if (!combined) {
+        say(combined.reason());
         return status_io;
     }
-    host.scan = std::get<CombinedScan>(std::move(combined));
+    host.scan = std::move(*combined);
     return status_done;
 }
 

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
-#include <variant>
 
 #include "kiln/files.h"
 
@@ -26,8 +25,8 @@ Kiln::Result<NamedRecording> read_recording(const std::string& path) {
         return Kiln::Reason{path + " cannot be read: " + std::strerror(error)};
     }
     Kiln::Result<Recording> parsed = parse_recording(text);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&parsed)) {
-        return Kiln::Reason{path + ": " + reason->text};
+    if (!parsed) {
+        return Kiln::Reason{path + ": " + parsed.reason()};
     }
-    return NamedRecording{path, std::get<Recording>(std::move(parsed))};
+    return NamedRecording{path, std::move(*parsed)};
 }

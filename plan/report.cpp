@@ -2,7 +2,6 @@
 #include <ctime>
 #include <memory>
 #include <utility>
-#include <variant>
 
 #include "kiln/files.h"
 #include "plan/commands.h"
@@ -40,10 +39,10 @@ ReportServer read_server(const ReportSource& source, ConfigScales scales) {
         return failed_server(source.server, reason);
     }
     Kiln::Result<NamedRecording> recording = read_recording(source.recording);
-    if (const auto* unreadable = std::get_if<Kiln::Reason>(&recording)) {
-        return failed_server(source.server, reason.empty() ? unreadable->text : reason);
+    if (!recording) {
+        return failed_server(source.server, reason.empty() ? recording.reason() : reason);
     }
-    ReportServer server = report_server(std::get<NamedRecording>(std::move(recording)), scales);
+    ReportServer server = report_server(std::move(*recording), scales);
     if (!reason.empty()) {
         add_reason(server, reason);
     }

@@ -6,7 +6,6 @@
 #include <map>
 #include <set>
 #include <utility>
-#include <variant>
 
 #include "kiln/strings.h"
 #include "plan/explanation.h"
@@ -80,7 +79,7 @@ std::string basis_text(const LineStory& story) {
         text += " of " + std::to_string(*story.floor);
     }
     if (!story.made_from.empty()) {
-        text += " from " + Kiln::join(", ", story.made_from.begin(), story.made_from.end());
+        text += " from " + Kiln::join(", ", story.made_from);
     }
     return text;
 }
@@ -203,11 +202,11 @@ ReportServer report_server(NamedRecording named, ConfigScales scales) {
     ReportServer server;
     take_header(recording, server);
     const Kiln::Result<CombinedScan> combined = combine(only);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&combined)) {
-        server.reason = reason->text;
+    if (!combined) {
+        server.reason = combined.reason();
         return server;
     }
-    const auto& scan = std::get<CombinedScan>(combined);
+    const auto& scan = *combined;
     const Explanation explanation = explain(only, scan, scales);
     take_coverage(explanation.coverage, server);
     take_config(recording, explanation, compute_known_lines(scan, scales).lines, server);

@@ -47,7 +47,7 @@ std::string csv_row(const ReportServer& s) {
         known(s.planned_passes),
         known(s.longest_gap),
         std::to_string(s.warnings.size()),
-        csv_cell(Kiln::join("; ", s.warnings.begin(), s.warnings.end())),
+        csv_cell(Kiln::join("; ", s.warnings)),
     };
     return Kiln::join(",", std::begin(cells), std::end(cells)) + "\r\n";
 }

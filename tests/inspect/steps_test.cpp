@@ -6,7 +6,6 @@
 #include <set>
 #include <string>
 #include <tuple>
-#include <variant>
 #include <vector>
 
 #include "inspect/distribution.h"
@@ -41,8 +40,7 @@ protected:
         asked.clear();
         testing::internal::CaptureStderr();
         const auto result = count_quota_ids(host);
-        const auto* number = std::get_if<std::uint32_t>(&result);
-        return (number ? std::to_string(*number) : std::get<Kiln::Reason>(result).text) +
+        return (result ? std::to_string(*result) : result.reason()) +
                testing::internal::GetCapturedStderr();
     }
 

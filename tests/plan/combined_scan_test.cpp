@@ -35,16 +35,16 @@ TEST(CombinedScan, APassThatFailedCountsAsFarAsItCame) {
 TEST(CombinedScan, RecordingsOfTwoHostsAreRefused) {
     const NamedRecording box = recording_of({1});
     NamedRecording other = {"b.rec", box.recording};
-    EXPECT_EQ(reason_of(combine({box, other})), "");
+    EXPECT_EQ(combine({box, other}).reason(), "");
     other.recording.header.host = "other";
-    EXPECT_EQ(reason_of(combine({box, other})), "a.rec and b.rec are of two hosts: box and other");
+    EXPECT_EQ(combine({box, other}).reason(), "a.rec and b.rec are of two hosts: box and other");
     other = {"b.rec", box.recording};
     other.recording.header.machine = "aarch64";
-    EXPECT_NE(reason_of(combine({box, other})).find("two machines"), std::string::npos);
+    EXPECT_NE(combine({box, other}).reason().find("two machines"), std::string::npos);
     other = {"b.rec", box.recording};
     other.recording.header.page_size = 65536;
-    EXPECT_NE(reason_of(combine({box, other})).find("page size"), std::string::npos);
-    EXPECT_EQ(reason_of(combine({recording_of({})})), "there is no pass that counted anything");
+    EXPECT_NE(combine({box, other}).reason().find("page size"), std::string::npos);
+    EXPECT_EQ(combine({recording_of({})}).reason(), "there is no pass that counted anything");
 }
 
 TEST(CombinedScan, TheNewestFindingsCount) {

@@ -28,7 +28,7 @@ protected:
 
     // Why it cannot be opened; empty when it can.
     std::string refusal(Existing existing) const {
-        return reason_of(RecordFile::open(path_, existing));
+        return RecordFile::open(path_, existing).reason();
     }
 
     MadeUpHost made_up_;
@@ -65,7 +65,7 @@ TEST_F(RecordingFile, IsNeverReachedThroughALink) {
 
 TEST_F(RecordingFile, IsOneRecordersAtATime) {
     const Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
-    ASSERT_TRUE(std::holds_alternative<RecordFile>(opened));
+    ASSERT_TRUE(opened);
     const BoundedTask other =
         run_bounded([&] { return refusal(Existing::append); }, 10, no_wake_fd);
     EXPECT_NE(other.text.find("somebody is recording"), std::string::npos);
@@ -75,7 +75,7 @@ TEST_F(RecordingFile, KeepsNoPartOfALineThatDoesNotFit) {
     const auto write_too_much = [&] {
         signal(SIGXFSZ, SIG_IGN);
         Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
-        auto& file = std::get<RecordFile>(opened);
+        auto& file = *opened;
         file.append("first line\n");
         const rlimit limit = {20, 20};
         setrlimit(RLIMIT_FSIZE, &limit);
@@ -139,7 +139,7 @@ protected:
     std::string record(ScanSpans spans) {
         Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::append);
         const StopSignals stop;
-        Recorder recorder(std::get<RecordFile>(opened), made_up_.host, stop);
+        Recorder recorder(*opened, made_up_.host, stop);
         try {
             recorder.record(spans);
         } catch (const RecordTrouble& trouble) {

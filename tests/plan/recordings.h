@@ -51,25 +51,17 @@ inline Summary summary_of(std::int64_t at_seconds) {
 }
 
 inline CombinedScan combined(const std::vector<NamedRecording>& recordings) {
-    return std::get<CombinedScan>(combine(recordings));
+    return *combine(recordings);
 }
 
 inline Explanation explained(const std::vector<NamedRecording>& recordings) {
     return explain(recordings, combined(recordings), {});
 }
 
-// Why there is no value; empty when there is one.
-template <class Value>
-std::string reason_of(const Kiln::Result<Value>& result) {
-    const auto* reason = std::get_if<Kiln::Reason>(&result);
-    return reason == nullptr ? "" : reason->text;
-}
-
 inline Recording parsed(const std::string& text) {
     const Kiln::Result<Recording> result = parse_recording(text);
-    EXPECT_EQ(reason_of(result), "");
-    const auto* recording = std::get_if<Recording>(&result);
-    return recording == nullptr ? Recording() : *recording;
+    EXPECT_EQ(result.reason(), "");
+    return result ? *result : Recording();
 }
 
 inline const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
