@@ -4,7 +4,6 @@
 #include "calc/container_config.h"
 
 #include <cfloat>
-#include <utility>
 
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
@@ -14,33 +13,6 @@ static_assert(FLT_EVAL_METHOD == 0, "a float must be rounded to a float at every
 namespace {
 
 using Kiln::truncate_to_int32;
-
-// What every container gets at least, and how each count is scaled.
-constexpr CountRule numproc_rule = {"numproc", &PhysParams::numproc, 240, true, Factor::memory};
-constexpr CountRule avnumproc_rule = {"avnumproc", nullptr, 180, false, Factor::memory};
-constexpr CountRule numtcpsock_rule = {"numtcpsock", &PhysParams::numtcpsock, 360, true,
-                                       Factor::memory};
-constexpr CountRule numothersock_rule = {"numothersock", &PhysParams::numothersock, 360, true,
-                                         Factor::memory};
-constexpr CountRule numfile_rule = {"numfile", &PhysParams::numfile, 9312, true, Factor::memory};
-constexpr CountRule numpty_rule = {"numpty", &PhysParams::numpty, 255, false, Factor::none};
-// The floor after the scaling, unlike the other counts; that is the rule.
-constexpr CountRule privvmpages_rule = {"privvmpages", &PhysParams::privvmpages, 65536, false,
-                                        Factor::memory};
-constexpr CountRule lockedpages_rule = {"lockedpages", &PhysParams::lockedpages, 256, true,
-                                        Factor::memory};
-constexpr CountRule shmpages_rule = {"shmpages", &PhysParams::shmpages, 21504, true,
-                                     Factor::memory};
-constexpr CountRule numflock_rule = {"numflock", &PhysParams::numflock, 188, true, Factor::memory};
-constexpr CountRule numiptent_rule = {"numiptent", &PhysParams::numiptent, 128, true,
-                                      Factor::memory};
-constexpr CountRule diskspace_rule = {"diskspace", &PhysParams::diskspace, no_floor, false,
-                                      Factor::disk};
-constexpr CountRule diskinodes_rule = {"diskinodes", &PhysParams::diskinodes, no_floor, false,
-                                       Factor::disk};
-// Where there are quotas at all: 0 stays 0.
-constexpr CountRule quotaugidlimit_rule = {"quotaugidlimit", &PhysParams::quotaugidlimit, 1024,
-                                           false, Factor::two};
 
 constexpr std::int32_t shmpages_written_floor = 1024;
 
@@ -74,10 +46,6 @@ std::uint64_t extended(std::int32_t value) {
 // `value` and a tenth more, multiplied in double precision and rounded to float.
 std::int32_t with_margin(std::int32_t value) {
     return truncate_to_int32(static_cast<float>(static_cast<double>(value) * margin));
-}
-
-std::string joined(const std::vector<std::string>& list) {
-    return Kiln::join(" ", list);
 }
 
 // The low 32 bits of a product or a sum, and whether that lost something.
@@ -132,31 +100,38 @@ public:
     Computation(const PhysParams& profile, ConfigScales scales, std::int32_t page_size)
         : p_(profile), scales_(scales), page_size_(page_size) {}
 
-    std::vector<ConfigLine> run();
+    // Raises and multiplies what was measured. The lines are made from that, each in its turn.
+    void adjust();
+
+    void take_count(ConfigLine& line);
+    void average(ConfigLine& line);
+    void open_files(ConfigLine& line);
+    void dentry_cache(ConfigLine& line);
+    void kernel_memory(ConfigLine& line);
+    void tcp_send_buffers(ConfigLine& line);
+    void tcp_receive_buffers(ConfigLine& line);
+    void other_buffers(ConfigLine& line);
+    void datagram_buffers(ConfigLine& line);
+    void private_pages(ConfigLine& line);
+    void guaranteed_pages(ConfigLine& line);
+    void locked_pages(ConfigLine& line);
+    void shared_pages(ConfigLine& line);
+    void physical_pages(ConfigLine& line);
+    void queued_signals(ConfigLine& line);
+    void cpu_units(ConfigLine& line);
+    void quota_time(ConfigLine& line);
+    void quota_ids(ConfigLine& line);
+    void memory_limit(ConfigLine& line);
+    void memory_mode(ConfigLine& line);
+    void distribution(ConfigLine& line);
+    void host_name(ConfigLine& line);
+    void addresses(ConfigLine& line);
+    void search_domains(ConfigLine& line);
+    void name_servers(ConfigLine& line);
+    void features(ConfigLine& line);
 
 private:
-    using Sources = std::vector<const CountRule*>;
-
-    void adjust();
-    void adjust_count(const CountRule& rule);
-
-    void add(const char* name, Pair pair, Sources sources, double reserve = no_margin);
-    void add_count(const char* name, const CountRule& rule);
-    void add_count_with_margin(const char* name, const CountRule& rule);
-    void add_wide(const char* name, std::uint64_t barrier, std::uint64_t limit);
-    void add_number(const char* name, std::uint64_t value);
-    void add_text(const char* name, std::string text);
-
-    void add_process_lines();
-    bool raise_file_count();
-    void add_kernel_memory_lines();
-    void add_socket_buffer_lines();
-    void add_page_lines();
-    void add_count_lines();
-    void add_disk_lines();
-    void add_share_and_quota_lines();
-    void add_memory_limit_lines();
-    void add_identity_lines();
+    void adjust_count(const Count& count);
 
     void need(float bytes) { kmem_total_ += bytes; }
     void need_pages(std::int32_t pages) {
@@ -169,201 +144,304 @@ private:
     float kmem_total_ = 0.0F;
     bool kmem_wrapped_ = false;
     bool quota_wrapped_ = false;
-    std::vector<ConfigLine> lines_;
 };
 
-void Computation::adjust_count(const CountRule& rule) {
-    std::int32_t& count = p_.*rule.measured;
-    count = apply_rule(rule, count, scales_);
+void store(ConfigLine& line, Pair pair) {
+    line.barrier = extended(pair.barrier);
+    line.limit = extended(pair.limit);
+    line.wrapped = pair.wrapped;
+}
+
+void store_wide(ConfigLine& line, std::uint64_t barrier, std::uint64_t limit) {
+    line.barrier = barrier;
+    line.limit = limit;
+}
+
+void Computation::adjust_count(const Count& count) {
+    std::int32_t& value = p_.*count.field;
+    value = apply_rule(count, value, scales_);
 }
 
 void Computation::adjust() {
-    for (const CountRule* rule :
-         {&diskspace_rule, &diskinodes_rule, &numproc_rule, &numtcpsock_rule, &numothersock_rule,
-          &numfile_rule, &numpty_rule, &privvmpages_rule, &lockedpages_rule, &shmpages_rule,
-          &numflock_rule, &numiptent_rule}) {
-        adjust_count(*rule);
+    for (const Count& count : sampled_counts) {
+        adjust_count(count);
     }
+    adjust_count(terminal_count);
     if (p_.quotaugidlimit != 0) {
         quota_wrapped_ = cut(std::int64_t{p_.quotaugidlimit} * 2).wrapped;
-        adjust_count(quotaugidlimit_rule);
+        adjust_count(quota_count);
     }
     p_.avnumproc = scales_.memory * p_.avnumproc;
-    const auto average_floor = static_cast<float>(avnumproc_rule.floor);
+    const auto average_floor = static_cast<float>(average_count.floor.value);
     if (average_floor > p_.avnumproc) {  // a NaN stays
         p_.avnumproc = average_floor;
     }
 }
 
-void Computation::add(const char* name, Pair pair, Sources sources, double reserve) {
-    lines_.push_back({name,
-                      ConfigLine::Kind::pair,
-                      extended(pair.barrier),
-                      extended(pair.limit),
-                      {},
-                      std::move(sources),
-                      reserve,
-                      pair.wrapped});
+// A line that is its first source and no more, or that with a margin.
+void Computation::take_count(ConfigLine& line) {
+    const std::int32_t value = p_.*line.sources.front().field;
+    store(line, {value, line.margin > no_margin ? with_margin(value) : value});
 }
 
-void Computation::add_count(const char* name, const CountRule& rule) {
-    const std::int32_t value = p_.*rule.measured;
-    add(name, {value, value}, {&rule});
-}
-
-void Computation::add_count_with_margin(const char* name, const CountRule& rule) {
-    const std::int32_t value = p_.*rule.measured;
-    add(name, {value, with_margin(value)}, {&rule}, margin);
-}
-
-void Computation::add_wide(const char* name, std::uint64_t barrier, std::uint64_t limit) {
-    lines_.push_back({name, ConfigLine::Kind::pair, barrier, limit, {}, {}, no_margin, false});
-}
-
-void Computation::add_number(const char* name, std::uint64_t value) {
-    lines_.push_back({name, ConfigLine::Kind::number, value, value, {}, {}, no_margin, false});
-}
-
-void Computation::add_text(const char* name, std::string text) {
-    lines_.push_back({name, ConfigLine::Kind::text, 0, 0, std::move(text), {}, no_margin, false});
-}
-
-void Computation::add_process_lines() {
-    add_count("NUMPROC", numproc_rule);
+void Computation::average(ConfigLine& line) {
     const std::int32_t average = truncate_to_int32(p_.avnumproc);
-    add("AVNUMPROC", {average, average}, {&avnumproc_rule});
-    add_count("NUMTCPSOCK", numtcpsock_rule);
-    add_count("NUMOTHERSOCK", numothersock_rule);
-    add_count("NUMPTY", numpty_rule);
-    const bool wrapped = raise_file_count();
-    add("NUMFILE", {p_.numfile, p_.numfile, wrapped},
-        {&numfile_rule, &numtcpsock_rule, &numothersock_rule, &numpty_rule, &avnumproc_rule});
+    store(line, {average, average});
 }
 
-// Every socket and terminal is an open file, and every process has some. Whether their sum wrapped.
-bool Computation::raise_file_count() {
+// Every socket and terminal is an open file, and every process has some.
+void Computation::open_files(ConfigLine& line) {
     const Cut descriptors = cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty);
     raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors.value)));
     raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
-    return descriptors.wrapped;
+    store(line, {p_.numfile, p_.numfile, descriptors.wrapped});
 }
 
-void Computation::add_kernel_memory_lines() {
+void Computation::dentry_cache(ConfigLine& line) {
     const Cut dentries = cut(p_.numfile * dentry_bytes_per_file);
     p_.dcachesize = with_margin(dentries.value);
-    add("DCACHESIZE", alike({p_.dcachesize, dentries.wrapped}), {&numfile_rule}, margin);
+    store(line, alike({p_.dcachesize, dentries.wrapped}));
+}
 
+void Computation::kernel_memory(ConfigLine& line) {
     const Cut bytes = cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize);
     const std::int32_t kmemsize = truncate_to_int32(static_cast<float>(bytes.value));
-    add("KMEMSIZE", alike({kmemsize, bytes.wrapped}), {&numproc_rule, &numfile_rule});
+    store(line, alike({kmemsize, bytes.wrapped}));
     kmem_total_ = static_cast<float>(kmemsize);
 }
 
-void Computation::add_socket_buffer_lines() {
+void Computation::tcp_send_buffers(ConfigLine& line) {
+    store(line, socket_buffers(p_.numtcpsock));
+}
+
+// The need is told once, for both directions.
+void Computation::tcp_receive_buffers(ConfigLine& line) {
     const Pair tcp = socket_buffers(p_.numtcpsock);
-    add("TCPSNDBUF", tcp, {&numtcpsock_rule});
-    add("TCPRCVBUF", tcp, {&numtcpsock_rule});
+    store(line, tcp);
     const Cut twice = cut(std::int64_t{2} * tcp.limit);
     need(static_cast<float>(twice.value));
     kmem_wrapped_ = twice.wrapped;
+}
 
+void Computation::other_buffers(ConfigLine& line) {
     const Pair other = socket_buffers(p_.numothersock);
-    add("OTHERSOCKBUF", other, {&numothersock_rule});
+    store(line, other);
     need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
+}
 
-    add("DGRAMRCVBUF", {dgramrcvbuf_bytes, dgramrcvbuf_bytes}, {});
+void Computation::datagram_buffers(ConfigLine& line) {
+    store(line, {dgramrcvbuf_bytes, dgramrcvbuf_bytes});
     need(static_cast<float>(dgramrcvbuf_bytes));
 }
 
-void Computation::add_page_lines() {
+void Computation::private_pages(ConfigLine& line) {
     const std::int32_t limit =
         truncate_to_int32(static_cast<float>(p_.privvmpages) * memory_margin);
-    add("PRIVVMPAGES", {p_.privvmpages, limit}, {&privvmpages_rule}, margin);
+    store(line, {p_.privvmpages, limit});
     need_pages(limit);
+}
 
-    const std::int32_t guaranteed = p_.privvmpages & 0x7FFFFFFF;
-    add("VMGUARPAGES", {guaranteed, no_limit}, {&privvmpages_rule});
-    add("OOMGUARPAGES", {guaranteed, no_limit}, {&privvmpages_rule});
-    add_count("LOCKEDPAGES", lockedpages_rule);
+void Computation::guaranteed_pages(ConfigLine& line) {
+    store(line, {p_.privvmpages & 0x7FFFFFFF, no_limit});
+}
+
+void Computation::locked_pages(ConfigLine& line) {
+    take_count(line);
     need_pages(p_.lockedpages);
+}
 
+void Computation::shared_pages(ConfigLine& line) {
     raise_to(p_.shmpages, shmpages_written_floor);
-    add_count("SHMPAGES", shmpages_rule);
-    add_wide("PHYSPAGES", 0, physpages_limit);
+    take_count(line);
 }
 
-void Computation::add_count_lines() {
-    add_count_with_margin("NUMFLOCK", numflock_rule);
-    add_wide("NUMSIGINFO", numsiginfo, numsiginfo);
-    add_count("NUMIPTENT", numiptent_rule);
+void Computation::physical_pages(ConfigLine& line) {
+    store_wide(line, 0, physpages_limit);
 }
 
-void Computation::add_disk_lines() {
-    add_count_with_margin("DISKSPACE", diskspace_rule);
-    add_count_with_margin("DISKINODES", diskinodes_rule);
+void Computation::queued_signals(ConfigLine& line) {
+    store_wide(line, numsiginfo, numsiginfo);
 }
 
-void Computation::add_share_and_quota_lines() {
-    add_number("CPUUNITS", cpuunits);
-    add_number("QUOTATIME", quotatime);
-    add_number("QUOTAUGIDLIMIT", extended(p_.quotaugidlimit));
-    lines_.back().sources = {&quotaugidlimit_rule};
-    lines_.back().wrapped = quota_wrapped_;
+void Computation::cpu_units(ConfigLine& line) {
+    store_wide(line, cpuunits, cpuunits);
 }
 
-void Computation::add_memory_limit_lines() {
+void Computation::quota_time(ConfigLine& line) {
+    store_wide(line, quotatime, quotatime);
+}
+
+void Computation::quota_ids(ConfigLine& line) {
+    store(line, {p_.quotaugidlimit, p_.quotaugidlimit, quota_wrapped_});
+}
+
+void Computation::memory_limit(ConfigLine& line) {
     kmem_total_ = scales_.memory * kmem_total_;
     // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one page
     // below 2^64.
     const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
-    const std::uint64_t memory_limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
-    add_wide("SLMMEMORYLIMIT", memory_limit, memory_limit);
-    lines_.back().sources = {&privvmpages_rule, &lockedpages_rule, &numproc_rule,
-                             &numfile_rule,     &numtcpsock_rule,  &numothersock_rule};
-    lines_.back().wrapped = kmem_wrapped_;
-    add_text("SLMMODE", "all");
+    const std::uint64_t limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
+    store_wide(line, limit, limit);
+    line.wrapped = kmem_wrapped_;
 }
 
-void Computation::add_identity_lines() {
-    add_text("DISTRIBUTION", p_.distribution);
-    add_text("HOSTNAME", p_.hostname);
-    add_text("#IP_ADDRESS", p_.ifaces.get_ip());  // the "#" makes it a comment there
-    add_text("SEARCHDOMAIN", joined(p_.ns_attrs.search_domains));
-    add_text("NAMESERVER", joined(p_.ns_attrs.nameservers));
-    add_text("FEATURES", p_.nfs_used ? "nfs:on" : "");
+void Computation::memory_mode(ConfigLine& line) {
+    line.text = "all";
 }
 
-std::vector<ConfigLine> Computation::run() {
-    adjust();
-    add_process_lines();
-    add_kernel_memory_lines();
-    add_socket_buffer_lines();
-    add_page_lines();
-    add_count_lines();
-    add_disk_lines();
-    add_share_and_quota_lines();
-    add_memory_limit_lines();
-    add_identity_lines();
-    return std::move(lines_);
+void Computation::distribution(ConfigLine& line) {
+    line.text = p_.distribution;
 }
+
+void Computation::host_name(ConfigLine& line) {
+    line.text = p_.hostname;
+}
+
+void Computation::addresses(ConfigLine& line) {
+    line.text = p_.ifaces.get_ip();
+}
+
+void Computation::search_domains(ConfigLine& line) {
+    line.text = Kiln::join(" ", p_.ns_attrs.search_domains);
+}
+
+void Computation::name_servers(ConfigLine& line) {
+    line.text = Kiln::join(" ", p_.ns_attrs.nameservers);
+}
+
+void Computation::features(ConfigLine& line) {
+    line.text = p_.nfs_used ? "nfs:on" : "";
+}
+
+// A line: what it is, and how its value is found.
+struct LineRule {
+    LineFacts facts;
+    void (Computation::*compute)(ConfigLine&);
+};
+
+constexpr const Count& numproc = count_of(&PhysParams::numproc);
+constexpr const Count& numtcpsock = count_of(&PhysParams::numtcpsock);
+constexpr const Count& numothersock = count_of(&PhysParams::numothersock);
+constexpr const Count& numfile = count_of(&PhysParams::numfile);
+constexpr const Count& privvmpages = count_of(&PhysParams::privvmpages);
+constexpr const Count& lockedpages = count_of(&PhysParams::lockedpages);
+
+constexpr std::nullopt_t no_step = std::nullopt;
+
+// A line that has a count's name, label and unit.
+constexpr LineFacts line_of(const Count& count, double reserve = no_margin) {
+    return {count.line, LineFacts::Kind::pair, count.unit, count.label, Sources::of(count), reserve,
+            no_step};
+}
+
+constexpr LineFacts line_of(CountField field, double reserve = no_margin) {
+    return line_of(count_of(field), reserve);
+}
+
+constexpr LineFacts of_bytes(const char* name, Sources sources, double reserve = no_margin) {
+    return {name, LineFacts::Kind::pair, Unit::byte, "", sources, reserve, no_step};
+}
+
+// As many as the private pages of 4 KiB, each taken for a page of the system.
+constexpr LineFacts of_pages(const char* name, const Count& count, double reserve = no_margin) {
+    return {name,   LineFacts::Kind::pair, Unit::page_of_system, "", Sources::of(count), reserve,
+            no_step};
+}
+
+constexpr LineFacts fixed(const char* name, LineFacts::Kind kind, Unit unit, const char* label) {
+    return {name, kind, unit, label, Sources(), no_margin, no_step};
+}
+
+constexpr LineFacts of_text(const char* name, std::optional<OneShotStep> step) {
+    return {name, LineFacts::Kind::text, Unit::thing, "", Sources(), no_margin, step};
+}
+
+constexpr LineFacts::Kind pair_kind = LineFacts::Kind::pair;
+constexpr LineFacts::Kind number_kind = LineFacts::Kind::number;
+
+// In the order of the configuration, which is also the order in which the memory limit adds up.
+constexpr LineRule line_rules[] = {
+    {line_of(numproc), &Computation::take_count},
+    {line_of(average_count), &Computation::average},
+    {line_of(numtcpsock), &Computation::take_count},
+    {line_of(numothersock), &Computation::take_count},
+    {line_of(terminal_count), &Computation::take_count},
+    {{numfile.line, pair_kind, numfile.unit, numfile.label,
+      Sources::of(numfile, numtcpsock, numothersock, terminal_count, average_count), no_margin,
+      no_step},
+     &Computation::open_files},
+    {of_bytes("DCACHESIZE", Sources::of(numfile), margin), &Computation::dentry_cache},
+    {of_bytes("KMEMSIZE", Sources::of(numproc, numfile)), &Computation::kernel_memory},
+    {of_bytes("TCPSNDBUF", Sources::of(numtcpsock)), &Computation::tcp_send_buffers},
+    {of_bytes("TCPRCVBUF", Sources::of(numtcpsock)), &Computation::tcp_receive_buffers},
+    {of_bytes("OTHERSOCKBUF", Sources::of(numothersock)), &Computation::other_buffers},
+    {of_bytes("DGRAMRCVBUF", Sources()), &Computation::datagram_buffers},
+    {of_pages("PRIVVMPAGES", privvmpages, margin), &Computation::private_pages},
+    {of_pages("VMGUARPAGES", privvmpages), &Computation::guaranteed_pages},
+    {of_pages("OOMGUARPAGES", privvmpages), &Computation::guaranteed_pages},
+    {of_pages("LOCKEDPAGES", lockedpages), &Computation::locked_pages},
+    {line_of(&PhysParams::shmpages), &Computation::shared_pages},
+    {fixed("PHYSPAGES", pair_kind, Unit::page_of_system, ""), &Computation::physical_pages},
+    {line_of(&PhysParams::numflock, margin), &Computation::take_count},
+    {fixed("NUMSIGINFO", pair_kind, Unit::thing, "queued signals"), &Computation::queued_signals},
+    {line_of(&PhysParams::numiptent), &Computation::take_count},
+    {line_of(&PhysParams::diskspace, margin), &Computation::take_count},
+    {{"DISKINODES", pair_kind, Unit::thing, "inodes",
+      Sources::of(count_of(&PhysParams::diskinodes)), margin, no_step},
+     &Computation::take_count},
+    {fixed("CPUUNITS", number_kind, Unit::thing, "shares of the processors"),
+     &Computation::cpu_units},
+    {fixed("QUOTATIME", number_kind, Unit::thing, "seconds over a soft limit"),
+     &Computation::quota_time},
+    {{quota_count.line, number_kind, quota_count.unit, quota_count.label, Sources::of(quota_count),
+      no_margin, OneShotStep::quotas},
+     &Computation::quota_ids},
+    {of_bytes("SLMMEMORYLIMIT",
+              Sources::of(privvmpages, lockedpages, numproc, numfile, numtcpsock, numothersock)),
+     &Computation::memory_limit},
+    {of_text("SLMMODE", no_step), &Computation::memory_mode},
+    {of_text("DISTRIBUTION", OneShotStep::distribution), &Computation::distribution},
+    {of_text("HOSTNAME", OneShotStep::host_name), &Computation::host_name},
+    // The "#" makes it a comment in the configuration; that is the rule.
+    {of_text("#IP_ADDRESS", OneShotStep::interfaces), &Computation::addresses},
+    {of_text("SEARCHDOMAIN", OneShotStep::resolver), &Computation::search_domains},
+    {of_text("NAMESERVER", OneShotStep::resolver), &Computation::name_servers},
+    {of_text("FEATURES", OneShotStep::mounts), &Computation::features},
+};
 
 }  // namespace
 
-std::int32_t apply_rule(const CountRule& rule, std::int32_t measured, ConfigScales scales) {
-    std::int32_t count = measured;
-    if (rule.floor_is_scaled) {
-        raise_to(count, rule.floor);
-        return scaled(count, rule.factor, scales);
+std::vector<LineFacts> config_line_facts() {
+    std::vector<LineFacts> facts;
+    for (const LineRule& rule : line_rules) {
+        facts.push_back(rule.facts);
     }
-    count = scaled(count, rule.factor, scales);
-    raise_to(count, rule.floor);
-    return count;
+    return facts;
+}
+
+std::int32_t apply_rule(const Count& count, std::int32_t measured, ConfigScales scales) {
+    std::int32_t value = measured;
+    if (count.floor.place == Floor::Place::before_factor) {
+        raise_to(value, count.floor.value);
+    }
+    value = scaled(value, count.factor, scales);
+    if (count.floor.place == Floor::Place::behind_factor) {
+        raise_to(value, count.floor.value);
+    }
+    return value;
 }
 
 std::vector<ConfigLine> compute_config(const PhysParams& profile, ConfigScales scales,
                                        std::int32_t page_size) {
-    return Computation(profile, scales, page_size).run();
+    Computation computation(profile, scales, page_size);
+    computation.adjust();
+    std::vector<ConfigLine> lines;
+    for (const LineRule& rule : line_rules) {
+        lines.emplace_back(rule.facts);
+        (computation.*rule.compute)(lines.back());
+    }
+    return lines;
 }
 
 void write_config(const std::vector<ConfigLine>& lines, EnvConfig& config) {

@@ -3,75 +3,100 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "calc/counts.h"
 #include "calc/host_profile.h"
+#include "calc/sample_parsers.h"
 #include "inspect/host.h"
 
-// The counts of one pass, named and measured as those of the profile; 0 where a step was not taken.
-struct SampleCounts {
-    std::int32_t numproc = 0;
-    std::int32_t numtcpsock = 0;
-    std::int32_t numothersock = 0;
-    std::int32_t numfile = 0;
-    std::int32_t privvmpages = 0;  // 4-KiB pages
-    std::int32_t lockedpages = 0;  // 4-KiB pages
-    std::int32_t shmpages = 0;
-    std::int32_t numflock = 0;
-    std::int32_t numiptent = 0;
-    std::int32_t diskspace = 0;  // KiB
-    std::int32_t diskinodes = 0;
+// The counts of one pass, by their place in sampled_counts or by the profile's field; 0 where a
+// step was not taken.
+class SampleCounts {
+public:
+    std::int32_t& operator[](std::size_t place) { return values_.at(place); }
+    std::int32_t operator[](std::size_t place) const { return values_.at(place); }
+    std::int32_t& operator[](CountField field) { return values_.at(place_of(field)); }
+    std::int32_t operator[](CountField field) const { return values_.at(place_of(field)); }
+
+private:
+    std::array<std::int32_t, sampled_count_number> values_ = {};
 };
 
-// A count by its name, and where the profile keeps the largest of it.
-struct SampleField {
-    const char* name;
-    std::int32_t SampleCounts::*count;
-    std::int32_t PhysParams::*largest;
-};
+// Which counts a pass has, by their place in sampled_counts.
+using TakenCounts = std::bitset<sampled_count_number>;
 
-constexpr std::size_t sample_field_count = 11;
-
-// All of them, in the order of the structure.
-extern const std::array<SampleField, sample_field_count> sample_fields;
-
-// One step of a pass: a command whose output is counted, or the memory scan.
+// One step of a pass: a command whose output is counted, or the memory scan. A row has every cell.
 struct SampleStep {
-    const char* command;  // null for the memory scan
-    std::int32_t (*parse)(const std::string& out);
-    std::int32_t SampleCounts::*count;  // its number is added to this one; null as above
-    bool forgiven;                      // a failure adds nothing and ends nothing
+    using Parser = std::int32_t (*)(const std::string& out);
+
+    constexpr SampleStep(const char* its_label, const char* its_command, Parser its_parser,
+                         CountField its_count, CountField its_other_count, bool is_forgiven)
+        : label(its_label),
+          command(its_command),
+          parse(its_parser),
+          count(its_count),
+          other_count(its_other_count),
+          forgiven(is_forgiven) {}
+
+    // The counts that the step gives, or a part of them.
+    TakenCounts counts() const;
+
+    const char* label;       // for a person
+    const char* command;     // null for the memory scan
+    Parser parse;            // null as above
+    CountField count;        // a command's number is added to this one
+    CountField other_count;  // only the memory scan has one
+    bool forgiven;           // a failure adds nothing and ends nothing
 };
 
-constexpr std::size_t sample_step_count = 11;
+// All of them, in the order in which a pass takes them. The header lines that the sources print are
+// counted too; that is the rule. A host without a packet filter or without the routing tool still
+// gets a rule count: those two are forgiven.
+inline constexpr SampleStep sample_steps[] = {
+    {"processes", "ps ax | wc -l", parse_count, &PhysParams::numproc, nullptr, false},
+    {"TCP sockets", "wc -l < /proc/net/tcp", parse_count, &PhysParams::numtcpsock, nullptr, false},
+    {"other sockets", "cat /proc/net/unix /proc/net/udp /proc/net/raw | wc -l", parse_count,
+     &PhysParams::numothersock, nullptr, false},
+    {"open files", "ls /proc/*/fd/* | wc -l", parse_count, &PhysParams::numfile, nullptr, false},
+    {"memory", nullptr, nullptr, &PhysParams::privvmpages, &PhysParams::lockedpages, false},
+    {"shared memory", "/usr/bin/ipcs -m -u", parse_shm_pages, &PhysParams::shmpages, nullptr,
+     false},
+    {"file locks", "wc -l < /proc/locks", parse_count, &PhysParams::numflock, nullptr, false},
+    {"filter rules", "iptables -n -L -t filter | wc -l", parse_count, &PhysParams::numiptent,
+     nullptr, true},
+    {"routes", "ip route list | wc -l", parse_count, &PhysParams::numiptent, nullptr, true},
+    {"disk space", "df -k -l", sum_used_column, &PhysParams::diskspace, nullptr, false},
+    {"inodes", "df -i -l", sum_used_column, &PhysParams::diskinodes, nullptr, false},
+};
 
-// All of them, in the order in which a pass takes them.
-extern const std::array<SampleStep, sample_step_count> sample_steps;
+constexpr std::size_t sample_step_number = std::size(sample_steps);
 
 // Why a step failed, and with it a pass that ended early.
 struct SampleFailure {
     enum class Source { command, processes };
     Source source = Source::command;
-    std::string text;      // whole, as the calculator's last error has it
-    std::size_t step = 0;  // in sample_steps; those before it have been taken
+    std::string text;  // whole, as the calculator's last error has it
 };
 
 // Takes one step, a forgiven one too, and adds what it finds to its count. Returns the failure, if
 // any, with the counts unchanged.
-std::optional<SampleFailure> take_step(const Host& host, std::size_t step, SampleCounts& counts);
+std::optional<SampleFailure> take_step(const Host& host, const SampleStep& step,
+                                       SampleCounts& counts);
 
 struct Sample {
     SampleCounts counts;
+    TakenCounts taken;  // those of the steps before the failure; all of them without one
     std::optional<SampleFailure> failure;
 };
 
 // Takes one pass: every step in its order, the first failing one that is not forgiven ends it.
 Sample take_sample(const Host& host);
 
-// Raises the profile's counts to those of a pass, and carries the running average on. `pass_no` is
-// 1 for the first. After a failed pass, the counts of the steps before the failure are kept as
-// well.
+// Raises the profile's counts to those that the pass has taken, and carries the running average on
+// where it has counted the processes. `pass_no` is 1 for the first.
 void keep_largest(PhysParams& profile, const Sample& sample, std::int32_t pass_no);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "calc/config_scales.h"
 #include "calc/env_config.h"
 #include "calc/host_profile.h"
 #include "calc/scan_clock.h"
@@ -33,8 +34,8 @@ public:
     // Settings, written by the option parser.
     std::int32_t scan_time = 0;    // seconds to keep sampling
     std::int32_t scan_period = 0;  // seconds between two passes
-    float mem_scale = 1.2F;
-    float disk_scale = 1.5F;
+    float mem_scale = ConfigScales().memory;
+    float disk_scale = ConfigScales().disk;
     std::vector<std::string> dist_detect_scripts;  // tried before the default script
 
     // What the steps read, and the time that a scan goes by.

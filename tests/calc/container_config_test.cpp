@@ -13,11 +13,11 @@
 
 namespace {
 
-// A profile with the counts in the order of sample_fields.
+// A profile with the counts in the order of sampled_counts.
 PhysParams counted(const std::vector<std::int32_t>& counts, float average = 0.0F) {
     PhysParams profile;
     for (std::size_t i = 0; i < counts.size(); ++i) {
-        profile.*sample_fields[i].largest = counts[i];
+        profile.*sampled_counts[i].field = counts[i];
     }
     profile.avnumproc = average;
     return profile;

@@ -46,9 +46,9 @@ TEST(SampleParsers, TakeWhatIsANumberAndWrap) {
 }
 
 // Takes a pass over a host where step 0 counts 100, step 1 counts 101 and so on, unless it fails.
-Sample pass(std::size_t failing = sample_step_count) {
+Sample pass(std::size_t failing = sample_step_number) {
     MadeUpHost made_up;
-    for (std::size_t i = 0; i < sample_step_count; ++i) {
+    for (std::size_t i = 0; i < sample_step_number; ++i) {
         const std::string number = std::to_string(100 + i);
         const char* command = sample_steps[i].command;
         made_up.answers[command != nullptr ? command : ""] = {
@@ -60,8 +60,8 @@ Sample pass(std::size_t failing = sample_step_count) {
 
 Counts counts_of(const Sample& sample) {
     Counts counts;
-    for (const SampleField& field : sample_fields) {
-        counts.push_back(sample.counts.*field.count);
+    for (std::size_t place = 0; place < sampled_count_number; ++place) {
+        counts.push_back(sample.counts[place]);
     }
     return counts;
 }
@@ -70,32 +70,35 @@ TEST(Sample, EveryStepGivesItsCountUntilOneFails) {
     EXPECT_EQ(counts_of(pass()),
               (Counts{100, 101, 102, 103, 104, 1000, 105, 106, 107 + 108, 109, 110}));
     std::string ending;
-    for (std::size_t i = 0; i < sample_step_count; ++i) {
+    for (std::size_t i = 0; i < sample_step_number; ++i) {
         ending += pass(i).failure ? " " + std::to_string(i) : "";
     }
     EXPECT_EQ(ending, " 0 1 2 3 5 6 9 10");
-    EXPECT_EQ(pass(7).counts.numiptent, 108);
+    EXPECT_EQ(pass(7).counts[&PhysParams::numiptent], 108);
     const Sample failed = pass(5);
-    EXPECT_EQ(failed.failure->step, 5U);
     EXPECT_EQ(failed.failure->text, "Error running '/usr/bin/ipcs -m -u':\nno\n");
     EXPECT_EQ(counts_of(failed), (Counts{100, 101, 102, 103, 104, 1000, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(failed.taken.to_string(), "00000111111");
 }
 
 TEST(Profile, KeepsTheLargestAndAveragesTheMaximum) {
     PhysParams profile;
     Sample sample;
+    sample.taken.set();
     const auto average_after = [&](std::int32_t numproc, int pass_no) {
-        sample.counts.numproc = numproc;
+        sample.counts[&PhysParams::numproc] = numproc;
         keep_largest(profile, sample, pass_no);
         return profile.avnumproc;
     };
     EXPECT_EQ(average_after(300, 1), 300.0F);
     EXPECT_EQ(average_after(600, 2), 450.0F);
     EXPECT_EQ(average_after(100, 3), 500.0F) << "(600 - 450) / 3 above it: 600 is the maximum";
-    sample.failure = SampleFailure{SampleFailure::Source::command, "", 0};
-    EXPECT_EQ(average_after(0, 4), 500.0F) << "nothing was counted";
-    sample.failure->step = 1;
+    profile.shmpages = -5;  // it wrapped
+    sample.taken.reset();
+    EXPECT_EQ(average_after(900, 4), 500.0F) << "nothing was counted";
+    sample.taken.set(place_of(&PhysParams::numproc));
     EXPECT_EQ(average_after(0, 4), 525.0F);
+    EXPECT_EQ(profile.shmpages, -5) << "a step that was not taken raises nothing";
 }
 
 TEST(ProcessStatus, TakesItsKeysAtTheStartOfALine) {
