@@ -14,9 +14,9 @@
 #include "bench/bench_support.h"
 #include "calc/sample.h"
 #include "kiln/runscript.h"
-#include "plan/combined_scan.h"
-#include "plan/record_file.h"
-#include "plan/recorder.h"
+#include "plan/record/record_file.h"
+#include "plan/record/recorder.h"
+#include "plan/recording/combined_scan.h"
 
 namespace {
 
@@ -93,9 +93,14 @@ std::string long_recording() {
     header.page_size = 4096;
     header.spans = {long_recording_passes * 300, 300};
     std::string text = header_line(header);
-    SampleCounts counts = {120, 40, 300, 2500, 150000, 100, 500, 20, 30, 5000000, 200000};
+    SampleCounts counts;
+    std::size_t place = 0;
+    for (const std::int32_t count :
+         {120, 40, 300, 2500, 150000, 100, 500, 20, 30, 5000000, 200000}) {
+        counts[place++] = count;
+    }
     for (std::int32_t number = 1; number <= long_recording_passes; ++number) {
-        counts.numproc = 120 + number % 7;
+        counts[&PhysParams::numproc] = 120 + number % 7;
         text += pass_line(pass_of(number, counts));
     }
     return text;

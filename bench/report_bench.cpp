@@ -12,7 +12,7 @@
 #include <string>
 
 #include "bench/bench_support.h"
-#include "plan/recording.h"
+#include "plan/recording/recording.h"
 
 namespace {
 
@@ -41,8 +41,8 @@ std::string recording_text(int server) {
         pass.number = number;
         pass.at_ms = std::int64_t{number} * period_seconds * 1000;
         pass.taken.set();
-        for (const SampleField& field : sample_fields) {
-            pass.counts.*field.count = 100000 + (number * 7919 + server) % 90000;
+        for (std::size_t place = 0; place < sampled_count_number; ++place) {
+            pass.counts[place] = 100000 + (number * 7919 + server) % 90000;
         }
         text += pass_line(pass);
     }

@@ -2,7 +2,7 @@
 #include <variant>
 
 #include "fuzz/support.h"
-#include "plan/explanation.h"
+#include "plan/explain/explanation.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text = fuzz::text_of(data, size);
@@ -29,7 +29,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Kiln::Result<CombinedScan> scan = combine(recordings);
     if (scan) {
         const Explanation explanation = explain(recordings, *scan, ConfigScales());
-        fuzz::require(explanation.counts.size() == sample_field_count, "every count is told");
+        fuzz::require(explanation.counts.size() == sampled_count_number, "every count is told");
         fuzz::require(explanation.coverage.grade >= 1 && explanation.coverage.grade <= 5,
                       "coverage has a grade");
     }

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "kiln/process_setup.h"
-#include "plan/commands.h"
+#include "plan/cli/commands.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // What recordings come to: the largest values, the average, the newest findings, what is missing.
-#include "plan/combined_scan.h"
+#include "plan/recording/combined_scan.h"
 
 #include <gtest/gtest.h>
 
-#include "plan/coverage.h"
+#include "plan/explain/coverage.h"
 #include "tests/plan/recordings.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Where each line comes from, and what deserves a look.
-#include "plan/explanation.h"
+#include "plan/explain/explanation.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-LineStory line_of(const NamedRecording& named, const std::string& name) {
-    for (const LineStory& line : explained({named}).lines) {
+LineExplanation line_of(const NamedRecording& named, const std::string& name) {
+    for (const LineExplanation& line : explained({named}).lines) {
         if (line.name == name) {
             return line;
         }
@@ -18,7 +18,7 @@ LineStory line_of(const NamedRecording& named, const std::string& name) {
 }
 
 TEST(Explanation, AFloorAndAMeasurement) {
-    const LineStory floor = line_of(recording_of({100, 240, 50}), "NUMPROC");
+    const LineExplanation floor = line_of(recording_of({100, 240, 50}), "NUMPROC");
     EXPECT_EQ(floor.basis, Basis::floor);
     EXPECT_EQ(floor.floor, 240);
     EXPECT_EQ(floor.value, "288:288");
@@ -27,7 +27,7 @@ TEST(Explanation, AFloorAndAMeasurement) {
     EXPECT_EQ(floor.peak->pass, 2);
     EXPECT_EQ(floor.peak->at_ms, 10000);
 
-    const LineStory measured = line_of(recording_of({100, 241, 241}), "NUMPROC");
+    const LineExplanation measured = line_of(recording_of({100, 241, 241}), "NUMPROC");
     EXPECT_EQ(measured.basis, Basis::measurement);
     EXPECT_FLOAT_EQ(*measured.factor, 1.2F);
     EXPECT_EQ(measured.peak->pass, 2) << "where it was seen first";
@@ -36,23 +36,23 @@ TEST(Explanation, AFloorAndAMeasurement) {
 
 TEST(Explanation, AFloorBehindTheFactorHasNone) {
     NamedRecording named = recording_of({1});
-    named.recording.passes[0].counts.privvmpages = 50000;  // 60000 with the factor
-    LineStory line = line_of(named, "PRIVVMPAGES");
+    named.recording.passes[0].counts[&PhysParams::privvmpages] = 50000;  // 60000 with the factor
+    LineExplanation line = line_of(named, "PRIVVMPAGES");
     EXPECT_EQ(line.basis, Basis::floor);
     EXPECT_FALSE(line.factor);
     EXPECT_EQ(*line.margin, 1.1);
     EXPECT_EQ(line.seen, "195 MiB (50000)");
     EXPECT_EQ(line.meaning, "256 MiB, 282 MiB for a moment");
-    named.recording.passes[0].counts.privvmpages = 60000;
+    named.recording.passes[0].counts[&PhysParams::privvmpages] = 60000;
     EXPECT_EQ(line_of(named, "PRIVVMPAGES").basis, Basis::measurement);
 }
 
 TEST(Explanation, OpenFilesForSocketsAreDerived) {
     NamedRecording named = recording_of({1});
-    named.recording.passes[0].counts.numfile = 9000;
+    named.recording.passes[0].counts[&PhysParams::numfile] = 9000;
     EXPECT_EQ(line_of(named, "NUMFILE").basis, Basis::floor);
-    named.recording.passes[0].counts.numtcpsock = 20000;
-    const LineStory line = line_of(named, "NUMFILE");
+    named.recording.passes[0].counts[&PhysParams::numtcpsock] = 20000;
+    const LineExplanation line = line_of(named, "NUMFILE");
     EXPECT_EQ(line.basis, Basis::derived);
     EXPECT_EQ(line.made_from, (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
     EXPECT_EQ(line_of(named, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
@@ -72,8 +72,9 @@ TEST(Explanation, WhatNoPassCounts) {
 TEST(Explanation, NumbersThatDidNotFit) {
     NamedRecording named = recording_of({2000000000});
     SampleCounts& counts = named.recording.passes[0].counts;
-    counts.numtcpsock = 60000;  // 72000 buffers of 64 KiB are over 2^32: a small positive number
-    counts.diskinodes = 1400000000;
+    // 72000 buffers of 64 KiB are over 2^32: a small positive number.
+    counts[&PhysParams::numtcpsock] = 60000;
+    counts[&PhysParams::diskinodes] = 1400000000;
     const std::string clamped = "the number was clamped to the largest of 32 bits";
     const std::string wrapped = "the number did not fit into 32 bits and wrapped around";
     EXPECT_EQ(line_of(named, "NUMPROC").remarks, Remarks{clamped});

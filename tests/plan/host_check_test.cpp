@@ -1,5 +1,5 @@
 // What the check of a host notices.
-#include "plan/host_check.h"
+#include "plan/check/host_check.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "plan/host_hazards.h"
-#include "plan/output_shapes.h"
+#include "plan/check/host_warnings.h"
+#include "plan/check/output_shapes.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -43,7 +43,7 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         {df_step, "", "", "prints nothing"},
     };
     for (const Case& test : cases) {
-        const std::string objection = shape_objection(test.step, test.out, test.err);
+        const std::string objection = shape_objection(sample_steps[test.step], test.out, test.err);
         EXPECT_EQ(objection.empty(), test.objection.empty()) << test.out << objection;
         EXPECT_NE(objection.find(test.objection), std::string::npos) << objection;
     }
@@ -109,7 +109,7 @@ TEST_F(CheckedHost, NothingIsFoundOnAGoodOne) {
 
 TEST_F(CheckedHost, EveryStepThatFailsIsNamedWithItsReason) {
     const std::map<std::string, MadeUpHost::Answer> usual = made_up_.answers;
-    for (std::size_t step = 0; step < sample_steps.size(); ++step) {
+    for (std::size_t step = 0; step < sample_step_number; ++step) {
         if (sample_steps[step].command == nullptr) {
             continue;
         }
@@ -153,13 +153,13 @@ TEST_F(CheckedHost, WhatIsMissingInAPipeline) {
 
 TEST_F(CheckedHost, SocketsThatNothingCounts) {
     put("net/tcp6", 301);
-    EXPECT_TRUE(socket_hazards(host_).empty()) << "the floor is enough for them";
+    EXPECT_TRUE(socket_warnings(host_).empty()) << "the floor is enough for them";
     put("net/tcp", 101);
-    expect(socket_hazards(host_), "the 300 TCP sockets of IPv6; only 100");
+    expect(socket_warnings(host_), "the 300 TCP sockets of IPv6; only 100");
     put("net/tcp", 9001);
-    EXPECT_TRUE(socket_hazards(host_).empty()) << "too few to matter";
+    EXPECT_TRUE(socket_warnings(host_).empty()) << "too few to matter";
     put("net/raw6", 500);
-    expect(socket_hazards(host_), "499 UDP and raw sockets");
+    expect(socket_warnings(host_), "499 UDP and raw sockets");
 }
 
 TEST_F(CheckedHost, DescriptorsAsArguments) {
@@ -173,11 +173,11 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
     EXPECT_EQ(listed.directories, 1U);
     EXPECT_EQ(listed.listed_lines, 7U);
 
-    EXPECT_TRUE(descriptor_hazards({750, 10, 0, 0}, 1000).empty());
-    expect(descriptor_hazards({751, 10, 0, 0}, 1000), "take 751 bytes, a command gets 1000");
-    EXPECT_TRUE(descriptor_hazards({1, 8000, 1, 1313}, 1000).empty()) << "below the floor of 9312";
-    expect(descriptor_hazards({1, 8000, 1, 1314}, 1000), "1 descriptors are of directories");
-    EXPECT_TRUE(descriptor_hazards({1, 100001, 1, 10000}, 1000).empty()) << "a tenth";
+    EXPECT_TRUE(descriptor_warnings({750, 10, 0, 0}, 1000).empty());
+    expect(descriptor_warnings({751, 10, 0, 0}, 1000), "take 751 bytes, a command gets 1000");
+    EXPECT_TRUE(descriptor_warnings({1, 8000, 1, 1313}, 1000).empty()) << "below the floor of 9312";
+    expect(descriptor_warnings({1, 8000, 1, 1314}, 1000), "1 descriptors are of directories");
+    EXPECT_TRUE(descriptor_warnings({1, 100001, 1, 10000}, 1000).empty()) << "a tenth";
 }
 
 TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
@@ -188,25 +188,25 @@ TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
     const std::string why = ": commands may come from the working directory\n";
     const std::string open_word = "PATH has " + open_folder + ", which may be written by others\n";
     // A folder that is not root's is blamed for that first.
-    EXPECT_EQ(own(search_path_hazards(path)), (geteuid() == 0 ? open_word : "") +
-                                                  "PATH has relative" + why +
-                                                  "PATH has an empty word" + why);
+    EXPECT_EQ(own(search_path_warnings(path)), (geteuid() == 0 ? open_word : "") +
+                                                   "PATH has relative" + why +
+                                                   "PATH has an empty word" + why);
 
     const std::string script = open_folder + "/a//script";
     put("open/a/script", 1);
-    expect(script_hazards(script), open_folder + ", on the way");
+    expect(script_warnings(script), open_folder + ", on the way");
     if (geteuid() == 0) {
         chmod(open_folder.c_str(), 01777);
-        EXPECT_TRUE(script_hazards(script).empty()) << "sticky, and the rest is root's";
+        EXPECT_TRUE(script_warnings(script).empty()) << "sticky, and the rest is root's";
         const std::string link = folder_ + "/link";
         fs::create_symlink(open_folder, link);
-        EXPECT_TRUE(script_hazards(link + "/a/script").empty());
+        EXPECT_TRUE(script_warnings(link + "/a/script").empty());
         ASSERT_EQ(lchown(link.c_str(), 65534, 65534), 0);
-        expect(script_hazards(link + "/a/script"), link + ", on the way");
+        expect(script_warnings(link + "/a/script"), link + ", on the way");
         ASSERT_EQ(chown(script.c_str(), 65534, 65534), 0);
-        expect(script_hazards(script), "belongs to user 65534");
+        expect(script_warnings(script), "belongs to user 65534");
     }
-    EXPECT_TRUE(script_hazards(open_folder + "/a/none").empty());
+    EXPECT_TRUE(script_warnings(open_folder + "/a/none").empty());
 }
 
 TEST_F(CheckedHost, TheMountThatMakesDfFail) {

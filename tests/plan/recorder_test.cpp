@@ -1,5 +1,5 @@
 // The file behind a recording, the recorder on a made-up host, and what they stand on.
-#include "plan/recorder.h"
+#include "plan/record/recorder.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -9,7 +9,7 @@
 #include <csignal>
 
 #include "kiln/files.h"
-#include "plan/bounded_task.h"
+#include "plan/record/bounded_task.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -169,8 +169,8 @@ TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
     EXPECT_EQ(made.passes[1].number, 2);
     EXPECT_EQ(made.passes[1].failure, "Error running 'df -k -l':\nno more\n");
     EXPECT_EQ(made.passes[1].taken.to_ulong(), 0x1FFU) << "all but the two of the disk";
-    EXPECT_EQ(made.passes[1].counts.numproc, 7);
-    EXPECT_EQ(made.passes[1].counts.numiptent, 14);
+    EXPECT_EQ(made.passes[1].counts[&PhysParams::numproc], 7);
+    EXPECT_EQ(made.passes[1].counts[&PhysParams::numiptent], 14);
 }
 
 TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {

@@ -1,11 +1,11 @@
 // The lines of a recording: what is written comes back, and damage is noticed.
-#include "plan/recording.h"
+#include "plan/recording/recording.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "plan/explanation.h"
+#include "plan/explain/explanation.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -15,7 +15,7 @@ const std::string hostile("\"><script>\n\0\x1b[2J\xff\xc3", 18);
 RecordedPass failed_pass() {
     RecordedPass pass = pass_of(2, 10, 7);
     pass.taken = 3;  // the first two counts
-    pass.counts.numtcpsock = -1;
+    pass.counts[&PhysParams::numtcpsock] = -1;
     pass.failure = "Error running 'ls':\n" + hostile;
     return pass;
 }
@@ -40,7 +40,8 @@ Summary full_summary() {
 std::string small_recording() {
     return header_line(header_of(hostile)) + pass_line(pass_of(1, 0, 120)) +
            pass_line(failed_pass()) + summary_line(full_summary()) +
-           continuation_line({15000, "1.1", "6.2.0", {200, 20}}) + pass_line(pass_of(3, 30, 121));
+           continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}}) +
+           pass_line(pass_of(3, 30, 121));
 }
 
 TEST(Recording, WhatIsWrittenComesBack) {
@@ -97,14 +98,25 @@ TEST(Recording, DamageIsNamedWithItsLine) {
         {"no recording", "line 1: this is no recording"},
         {"root:x:0:0::/root:/bin/sh\n", "line 1: this is not JSON"},
         {with(header, ":1,", ":2,"), "line 1: the format is another one than 1"},
-        {with(header, "4096", "0"), "line 1: \"page_size\" is not a whole number"},
-        {with(header, "-03-", "-13-"), "line 1: \"start\" is not a time"},
+        {with(header, "4096", "0"), "line 1: \"page_size\": not a whole number that it can be"},
+        {with(header, "-03-", "-13-"), "line 1: \"start\": not a time"},
         {header + "{}}\n", "line 2: this is not JSON"},
         {header + "7\n", "line 2: this is no JSON object"},
-        {header + pass + with(pass, "\"pass\":1", "\"pass\":0"), "line 3: \"pass\" is not"},
-        {header + with(pass, "\"numproc\":1", "\"numproc\":2147483648"), "\"numproc\" is not"},
+        {header + pass + with(pass, "\"pass\":1", "\"pass\":0"), "line 3: \"pass\": not"},
+        {header + with(pass, "\"numproc\":1", "\"numproc\":2147483648"),
+         "\"counts\": \"numproc\": not a whole"},
         {header + with(pass, "\"numproc\":1,", ""), "a count is missing"},
-        {header + with(pass, "\"at_ms\":0", "\"at_ms\":-1"), "\"at_ms\" is not"},
+        {header + with(pass, "\"at_ms\":0", "\"at_ms\":-1"), "\"at_ms\": not"},
+        {header + with(pass, "\"at_ms\":0", "\"at_ms\":true"), "\"at_ms\": not"},
+        {header + with(pass, "\"at_ms\":0", "\"at_ms\":18446744073709551615"), "\"at_ms\": not"},
+        {with(header, "\"box\"", "7"), "\"host\": a text is missing"},
+        {header + "{\"at_ms\":1,\"interrupted\":0,\"findings\":{}}\n",
+         "\"interrupted\": type must be boolean, but is number"},
+        {header + "{\"pass\":1,\"at_ms\":0,\"took_ms\":0,\"counts\":[]}\n",
+         "\"counts\": not an object"},
+        {header + "{\"at_ms\":1,\"interrupted\":true,\"findings\":{\"quotaugidlimit\":0,"
+                  "\"interfaces\":7}}\n",
+         "\"findings\": \"interfaces\": not a list"},
         {header + with(pass, "at_ms", "at"), "\"at_ms\" is missing"},
         {header + "{\"findings\":{},\"at_ms\":1,\"interrupted\":false}\n", "is missing"},
         {with(header, "\"box\"", "{\"hex\":\"fg\"}"), "something else than digits"},

@@ -5,19 +5,18 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "calc/sample.h"
-#include "plan/explanation.h"
-#include "plan/recording.h"
+#include "plan/explain/explanation.h"
+#include "plan/recording/format.h"
 #include "tests/support/made_up_host.h"
 
 using Remarks = std::vector<std::string>;
 
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
     const std::int64_t start = 1773324300;  // 2026-03-12T14:05:00Z
-    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans};
+    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans, {}};
 }
 
 // A pass that counted nothing but processes, and took no time.
@@ -25,7 +24,7 @@ inline RecordedPass pass_of(std::int32_t number, std::int64_t at_seconds, std::i
     RecordedPass pass;
     pass.number = number;
     pass.at_ms = at_seconds * 1000;
-    pass.counts.numproc = numproc;
+    pass.counts[&PhysParams::numproc] = numproc;
     pass.taken.set();
     return pass;
 }

@@ -1,0 +1,113 @@
+// tarnhwplan check: asks every source that a run asks, once, and says what would go wrong.
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "inspect/host.h"
+#include "kiln/strings.h"
+#include "plan/check/host_check.h"
+#include "plan/cli/commands.h"
+#include "plan/recording/json_text.h"
+#include "plan/text/printable.h"
+
+namespace {
+
+using nlohmann::ordered_json;
+
+struct Options {
+    bool json = false;
+    std::string out_path;
+};
+
+constexpr std::size_t what_width = 16;
+constexpr std::size_t state_width = 10;
+constexpr std::size_t time_width = 10;
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
+}
+
+const char* state_of(const CheckedStep& step) {
+    if (step.succeeded) {
+        return "found";
+    }
+    return step.forgiven ? "forgiven" : "FAILED";
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    return Kiln::join(" ", words);
+}
+
+// The reason may have several lines.
+std::string indented(const std::string& text) {
+    std::string shown;
+    for (const std::string& line : Kiln::split("\n", text, 0)) {
+        shown += std::string(what_width, ' ') + printable(line) + "\n";
+    }
+    return shown;
+}
+
+std::string step_text(const CheckedStep& step) {
+    return padded(step.what, what_width) + padded(state_of(step), state_width) +
+           padded(std::to_string(step.took_ms) + " ms", time_width) + printable(step.command) +
+           "\n" + indented(step.result) +
+           indented("for " + (step.lines.empty() ? "the notes" : joined(step.lines)));
+}
+
+std::string check_text(const HostCheck& check) {
+    std::string text;
+    for (const CheckedStep& step : check.steps) {
+        text += step_text(step);
+    }
+    text += "\n";
+    for (const CheckFinding& finding : check.findings) {
+        text += "! " + printable(finding.text) + "\n" +
+                "  what to do: " + printable(finding.remedy) + "\n";
+    }
+    text += check.run_succeeds() ? "A run will succeed" : "A run will fail";
+    text +=
+        check.findings.empty() ? "; nothing else was found.\n" : "; see what was found above.\n";
+    return text;
+}
+
+ordered_json step_json(const CheckedStep& step) {
+    ordered_json object;
+    object["what"] = step.what;
+    object["command"] = text_to_json(step.command);
+    object["succeeded"] = step.succeeded;
+    object["forgiven"] = step.forgiven;
+    object["result"] = text_to_json(step.result);
+    object["took_ms"] = step.took_ms;
+    object["lines"] = step.lines;
+    return object;
+}
+
+ordered_json finding_json(const CheckFinding& finding) {
+    return {{"text", text_to_json(finding.text)}, {"remedy", text_to_json(finding.remedy)}};
+}
+
+std::string check_json(const HostCheck& check) {
+    ordered_json object;
+    object["run_succeeds"] = check.run_succeeds();
+    object["steps"] = list_to_json(check.steps, step_json);
+    object["findings"] = list_to_json(check.findings, finding_json);
+    return object.dump(2) + "\n";
+}
+
+int run(const Options& options) {
+    const HostCheck check = check_host(Host());
+    if (!write_result(options.out_path, options.json ? check_json(check) : check_text(check))) {
+        return status_io;
+    }
+    return check.run_succeeds() && check.findings.empty() ? status_done : status_flawed;
+}
+
+}  // namespace
+
+Command add_check(CLI::App& program) {
+    CLI::App* app = program.add_subcommand(
+        "check", "Ask every source of a run once and say what would go wrong");
+    const auto options = std::make_shared<Options>();
+    app->add_flag("--json", options->json, "Write JSON");
+    app->add_option("-o,--out", options->out_path, "Write to this file");
+    return {app, [options] { return run(*options); }};
+}

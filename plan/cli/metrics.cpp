@@ -1,0 +1,109 @@
+// tarnhwplan metrics: the last pass and the resulting limits, for a node exporter's text files.
+#include <cstdio>
+#include <memory>
+
+#include "plan/cli/recording_command.h"
+#include "plan/explain/coverage.h"
+
+namespace {
+
+constexpr mode_t everybodys_mode = 0644;  // who collects it is seldom root
+
+std::string heading(const std::string& name, const char* help) {
+    return "# HELP " + name + " " + help + "\n# TYPE " + name + " gauge\n";
+}
+
+std::string labelled(const std::string& name, const char* label, const std::string& value,
+                     const std::string& number) {
+    return name + "{" + label + "=\"" + value + "\"} " + number + "\n";
+}
+
+std::string single(const std::string& name, const char* help, const std::string& number) {
+    return heading(name, help) + name + " " + number + "\n";
+}
+
+// Seconds with three digits behind the point.
+std::string seconds_text(std::int64_t milliseconds) {
+    char text[48];
+    std::snprintf(text, sizeof(text), "%lld.%03d", static_cast<long long>(milliseconds / 1000),
+                  static_cast<int>(milliseconds % 1000));
+    return text;
+}
+
+std::string counts_text(const RecordedPass& pass) {
+    const std::string name = "tarnhwplan_last_seen";
+    std::string text = heading(name, "What the last pass counted.");
+    for (std::size_t place = 0; place < sampled_count_number; ++place) {
+        if (pass.taken.test(place)) {
+            text += labelled(name, "count", sampled_counts[place].name,
+                             std::to_string(pass.counts[place]));
+        }
+    }
+    return text;
+}
+
+std::string pass_text(const RecordingHeader& header, const RecordedPass& pass) {
+    return counts_text(pass) +
+           single("tarnhwplan_last_pass_timestamp_seconds", "When the last pass began.",
+                  seconds_text(header.start * 1000 + pass.at_ms)) +
+           single("tarnhwplan_last_pass_duration_seconds", "How long the last pass took.",
+                  seconds_text(pass.took_ms)) +
+           single("tarnhwplan_last_pass_success", "Whether every step of the last pass succeeded.",
+                  pass.failure ? "0" : "1");
+}
+
+std::string limits_text(const std::vector<ConfigLine>& lines) {
+    const std::string barrier = "tarnhwplan_barrier";
+    const std::string limit = "tarnhwplan_limit";
+    std::string barriers = heading(barrier, "The barrier of a line of the configuration.");
+    std::string limits = heading(limit, "The limit of a line of the configuration, or its value.");
+    for (const ConfigLine& line : lines) {
+        if (line.kind == LineFacts::Kind::pair) {
+            barriers += labelled(barrier, "line", line.name, std::to_string(line.barrier));
+        }
+        if (line.kind != LineFacts::Kind::text) {
+            limits += labelled(limit, "line", line.name, std::to_string(line.limit));
+        }
+    }
+    return barriers + limits;
+}
+
+std::string coverage_text(const Coverage& coverage) {
+    return single("tarnhwplan_planned_passes", "Passes that were planned.",
+                  std::to_string(coverage.planned)) +
+           single("tarnhwplan_passes", "Passes that were taken and did not fail.",
+                  std::to_string(coverage.taken)) +
+           single("tarnhwplan_failed_passes", "Passes that failed.",
+                  std::to_string(coverage.failed)) +
+           single("tarnhwplan_longest_gap_seconds", "The longest time between two passes.",
+                  seconds_text(coverage.longest_gap_ms)) +
+           single("tarnhwplan_coverage_grade", "From 1, scant, to 5, complete.",
+                  std::to_string(coverage.grade));
+}
+
+int run(const RecordingOptions& options) {
+    RecordedHost host;
+    if (const ExitStatus status = read_recorded_host(options, host)) {
+        return status;
+    }
+    const Recording& recording = host.recordings.front().recording;
+    const ComputedConfig computed = compute_known_lines(host.scan, host.scales);
+    const std::string text = pass_text(recording.header, recording.passes.back()) +
+                             limits_text(computed.lines) +
+                             coverage_text(measure_coverage(host.recordings)) + "# EOF\n";
+    if (!write_result(options.out_path, text, everybodys_mode)) {
+        return status_io;
+    }
+    return say_flaws(host, computed);
+}
+
+}  // namespace
+
+Command add_metrics(CLI::App& program) {
+    CLI::App* app =
+        program.add_subcommand("metrics", "Print the last pass and the limits as OpenMetrics");
+    const auto options = std::make_shared<RecordingOptions>();
+    add_recording_options(*app, *options);
+    app->add_option("recording", options->paths, "The recording")->required()->expected(1);
+    return {app, [options] { return run(*options); }};
+}

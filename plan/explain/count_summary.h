@@ -1,0 +1,32 @@
+// What all passes say about one count. Pure; a part of the explanation.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "plan/recording/combined_scan.h"
+
+// The largest value of a count, where it was seen first.
+struct Peak {
+    std::int32_t value = 0;
+    std::int64_t time_ms = 0;   // since the epoch
+    std::int64_t at_ms = 0;     // since the start of its recording
+    std::int32_t pass = 0;      // its number there
+    std::size_t recording = 0;  // which one of those that were given
+};
+
+struct CountSummary {
+    const Count* count = nullptr;
+    std::int64_t unit_bytes = 0;  // what one of it is in bytes; 0 for things
+    std::optional<Peak> peak;     // none when no pass has it
+    std::int32_t least = 0;
+    std::int32_t median = 0;
+    std::vector<std::string> remarks;  // steady or jumping, a late peak, still rising
+    bool may_grow = false;             // more may be to come: then the first remark says why
+};
+
+// In the order of sampled_counts.
+std::vector<CountSummary> summarize_counts(const std::vector<NamedRecording>& recordings,
+                                           std::int32_t page_size);

@@ -1,0 +1,176 @@
+#include "plan/record/bounded_task.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <system_error>
+
+#include "kiln/files.h"
+#include "kiln/owners.h"
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr std::int64_t longest_wait_ms = 1000;
+
+[[noreturn]] void fail(const char* call) {
+    throw std::system_error(errno, std::generic_category(), call);
+}
+
+struct Pipe {
+    Pipe() {
+        int ends[2] = {-1, -1};
+        if (pipe2(ends, O_CLOEXEC) != 0) {
+            fail("pipe");
+        }
+        reader.reset(ends[0]);
+        writer.reset(ends[1]);
+    }
+    Kiln::Descriptor reader;
+    Kiln::Descriptor writer;
+};
+
+using Task = std::function<void(const TakePiece&)>;
+
+[[noreturn]] void be_child(const Task& task, const Pipe& result, const Pipe& messages) {
+    setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        signal(number, SIG_DFL);
+    }
+    dup2(messages.writer.get(), STDERR_FILENO);
+    int status = 1;
+    try {
+        bool written = true;
+        task([&](std::string_view piece) {
+            written =
+                Kiln::write_all(result.writer.get(), piece.data(), piece.size()) == 0 && written;
+        });
+        status = written ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
+    _exit(status);
+}
+
+// Appends what can be read now. False at the end.
+bool read_some(int fd, std::string& text) {
+    char bytes[65536];
+    const ssize_t got = read(fd, bytes, sizeof(bytes));
+    if (got > 0) {
+        text.append(bytes, static_cast<std::size_t>(got));
+    }
+    return got > 0 || (got < 0 && (errno == EINTR || errno == EAGAIN));
+}
+
+void read_rest(int fd, std::string& text) {
+    fcntl(fd, F_SETFL, O_NONBLOCK);
+    pollfd entry = {fd, POLLIN, 0};
+    while (poll(&entry, 1, 0) > 0 && read_some(fd, text)) {
+    }
+}
+
+// Collects what the child writes until it closes the result, is silent for too long or somebody
+// wakes us.
+BoundedTask::End collect(const Pipe& result, const Pipe& messages, std::chrono::seconds limit,
+                         int wake_fd, BoundedTask& outcome) {
+    SteadyClock::time_point end = SteadyClock::now() + limit;
+    pollfd entries[3] = {
+        {result.reader.get(), POLLIN, 0}, {wake_fd, POLLIN, 0}, {messages.reader.get(), POLLIN, 0}};
+    for (;;) {
+        const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now()).count();
+        if (left <= 0) {
+            return BoundedTask::End::too_long;
+        }
+        const auto slice = static_cast<int>(std::min<std::int64_t>(left, longest_wait_ms));
+        if (poll(entries, 3, slice) <= 0) {
+            continue;
+        }
+        if (entries[1].revents != 0) {
+            return BoundedTask::End::stopped;
+        }
+        if (entries[2].revents != 0 && !read_some(entries[2].fd, outcome.messages)) {
+            entries[2].fd = -1;
+        }
+        if (entries[0].revents != 0) {
+            if (!read_some(entries[0].fd, outcome.text)) {
+                return BoundedTask::End::finished;
+            }
+            end = SteadyClock::now() + limit;
+        }
+    }
+}
+
+// Whether the child has ended well; one that does not go away in a second is left.
+bool reap(pid_t child) {
+    for (int i = 0; i < 1000; ++i) {
+        int status = 0;
+        const pid_t reaped = waitpid(child, &status, WNOHANG);
+        if (reaped == child) {
+            return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        }
+        if (reaped < 0 && errno != EINTR) {
+            return false;
+        }
+        poll(nullptr, 0, 1);
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string why_not_finished(const BoundedTask& task, int limit_seconds) {
+    switch (task.end) {
+        case BoundedTask::End::too_long:
+            return "no answer within " + std::to_string(limit_seconds) + " s; it was left";
+        case BoundedTask::End::stopped:
+            return "it was not waited for";
+        default:
+            return "it ended before its time";
+    }
+}
+
+BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seconds, int wake_fd) {
+    return run_bounded([&](const TakePiece& take_piece) { take_piece(task()); }, limit_seconds,
+                       wake_fd);
+}
+
+BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
+    Pipe result;
+    Pipe messages;
+    std::fflush(nullptr);
+    const auto start = SteadyClock::now();
+    const pid_t child = fork();
+    if (child < 0) {
+        fail("fork");
+    }
+    if (child == 0) {
+        be_child(task, result, messages);
+    }
+    setpgid(child, child);  // whoever comes first
+    result.writer.reset();
+    messages.writer.reset();
+
+    BoundedTask outcome;
+    outcome.end = collect(result, messages, std::chrono::seconds(limit_seconds), wake_fd, outcome);
+    outcome.took_ms = std::chrono::duration_cast<milliseconds>(SteadyClock::now() - start).count();
+    read_rest(messages.reader.get(), outcome.messages);
+    const bool finished = outcome.end == BoundedTask::End::finished;
+    if (!finished) {
+        kill(-child, SIGKILL);
+    }
+    if (!reap(child) && finished) {
+        outcome.end = BoundedTask::End::died;
+    }
+    return outcome;
+}

@@ -1,0 +1,123 @@
+#include "plan/record/one_shot_steps.h"
+
+#include <system_error>
+#include <utility>
+
+#include "inspect/distribution.h"
+#include "inspect/excludes.h"
+#include "inspect/net_ifaces.h"
+#include "inspect/quota_count.h"
+#include "inspect/resolver.h"
+#include "plan/record/bounded_task.h"
+#include "plan/recording/format.h"
+
+namespace {
+
+template <class Value>
+void keep(const Kiln::Result<Value>& result, OneShotStep step, Value& value, Findings& findings) {
+    if (result) {
+        value = *result;
+    } else {
+        findings.failures.push_back({step, result.reason()});
+    }
+}
+
+void count_quotas(const Host& host, Findings& findings) {
+    std::uint32_t ids = 0;
+    keep(count_quota_ids(host), OneShotStep::quotas, ids, findings);
+    findings.quotaugidlimit = static_cast<std::int32_t>(ids);
+}
+
+void list_interfaces(const Host& /*host*/, Findings& findings) {
+    keep(list_net_ifaces(), OneShotStep::interfaces, findings.ifaces, findings);
+}
+
+void ask_distribution(const Host& host, Findings& findings) {
+    DistributionFinding finding = detect_distribution(host, {});
+    findings.distribution = std::move(finding.name);
+    findings.notes.warnings = std::move(finding.warnings);
+}
+
+void read_host_name(const Host& host, Findings& findings) {
+    findings.hostname = host.host_name().value_or("");
+}
+
+void read_resolver_settings(const Host& host, Findings& findings) {
+    findings.ns_attrs = read_resolver(host);
+}
+
+void read_mounts(const Host& host, Findings& findings) {
+    ExcludeFindings found = find_excludes(host);
+    findings.notes.excludes = std::move(found.excludes);
+    findings.notes.warnings = std::move(found.warnings);
+    findings.nfs_found = found.nfs_found;
+    findings.reiserfs_found = found.reiserfs_found;
+}
+
+void take(const Host& host, OneShotStep step, Findings& findings) {
+    switch (step) {
+        case OneShotStep::quotas:
+            return count_quotas(host, findings);
+        case OneShotStep::interfaces:
+            return list_interfaces(host, findings);
+        case OneShotStep::distribution:
+            return ask_distribution(host, findings);
+        case OneShotStep::host_name:
+            return read_host_name(host, findings);
+        case OneShotStep::resolver:
+            return read_resolver_settings(host, findings);
+        case OneShotStep::mounts:
+            return read_mounts(host, findings);
+    }
+}
+
+template <class Value>
+void append(std::vector<Value>& list, const std::vector<Value>& more) {
+    list.insert(list.end(), more.begin(), more.end());
+}
+
+}  // namespace
+
+StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd) {
+    const auto take_here = [&] {
+        Findings findings;
+        take(host, step, findings);
+        return findings_text(findings);
+    };
+    StepOutcome outcome;
+    BoundedTask task;
+    try {
+        task = run_bounded(take_here, limit_seconds, wake_fd);
+    } catch (const std::system_error& error) {
+        outcome.findings.failures.push_back({step, error.what()});
+        return outcome;
+    }
+    outcome.took_ms = task.took_ms;
+    outcome.stopped = task.end == BoundedTask::End::stopped;
+    const Kiln::Result<Findings> findings =
+        task.end == BoundedTask::End::finished
+            ? parse_findings(task.text)
+            : Kiln::Reason{why_not_finished(task, limit_seconds)};
+    if (findings) {
+        outcome.findings = *findings;
+    } else {
+        outcome.findings.failures.push_back({step, findings.reason()});
+    }
+    outcome.findings.messages = task.messages;
+    return outcome;
+}
+
+void add_findings(Findings& findings, const Findings& more) {
+    findings.quotaugidlimit += more.quotaugidlimit;
+    append<NetIface>(findings.ifaces, more.ifaces);
+    findings.distribution += more.distribution;
+    findings.hostname += more.hostname;
+    append(findings.ns_attrs.nameservers, more.ns_attrs.nameservers);
+    append(findings.ns_attrs.search_domains, more.ns_attrs.search_domains);
+    append(findings.notes.warnings, more.notes.warnings);
+    append(findings.notes.excludes, more.notes.excludes);
+    findings.nfs_found = findings.nfs_found || more.nfs_found;
+    findings.reiserfs_found = findings.reiserfs_found || more.reiserfs_found;
+    append(findings.failures, more.failures);
+    findings.messages += more.messages;
+}

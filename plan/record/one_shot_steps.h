@@ -1,0 +1,19 @@
+// The steps that a run takes once, each in a child process that may not take too long.
+#pragma once
+
+#include <cstdint>
+
+#include "inspect/host.h"
+#include "plan/recording/recording.h"
+
+struct StepOutcome {
+    Findings findings;  // with the failure, where the step failed or was ended
+    std::int64_t took_ms = 0;
+    bool stopped = false;  // somebody woke us before it ended
+};
+
+// Takes one step, for so many seconds at most and until `wake_fd` (or -1) can be read.
+StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd);
+
+// Adds what one step found to what others did.
+void add_findings(Findings& findings, const Findings& more);

@@ -1,0 +1,75 @@
+#include "plan/record/recorded_pass.h"
+
+#include <system_error>
+
+#include "plan/record/bounded_task.h"
+#include "plan/recording/format.h"
+
+namespace {
+
+// The child hands over what it has after every step, a line each: when a step hangs, the last line
+// has what came before it.
+void take_steps(const Host& host, const TakePiece& take_piece) {
+    RecordedPass pass;
+    pass.number = 1;
+    pass.failure = "";
+    take_piece(pass_line(pass));
+    for (const SampleStep& step : sample_steps) {
+        const std::optional<SampleFailure> failure = take_step(host, step, pass.counts);
+        if (failure && !step.forgiven) {
+            pass.failure = failure->text;
+            take_piece(pass_line(pass));
+            return;
+        }
+        pass.taken |= step.counts();
+        take_piece(pass_line(pass));
+    }
+    pass.failure.reset();
+    take_piece(pass_line(pass));
+}
+
+// The pass in the last whole line.
+RecordedPass last_pass(const std::string& lines) {
+    const std::size_t end = lines.rfind('\n');
+    const std::size_t before =
+        end == 0 || end == std::string::npos ? end : lines.rfind('\n', end - 1);
+    const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+    const Kiln::Result<RecordedPass> pass =
+        parse_pass(end == std::string::npos ? "" : lines.substr(begin, end - begin));
+    return pass ? *pass : RecordedPass();
+}
+
+// What the calculator calls the step that did not come to its end.
+std::string name_of_step_behind(const TakenCounts& taken) {
+    for (const SampleStep& step : sample_steps) {
+        if ((step.counts() & ~taken).any()) {
+            return step.command == nullptr ? "the memory scan" : step.command;
+        }
+    }
+    return sample_steps[sample_step_number - 1].command;
+}
+
+}  // namespace
+
+std::optional<RecordedPass> take_bounded_pass(const Host& host, int limit_seconds, int wake_fd) {
+    BoundedTask task;
+    try {
+        task = run_bounded([&](const TakePiece& take_piece) { take_steps(host, take_piece); },
+                           limit_seconds, wake_fd);
+    } catch (const std::system_error& error) {
+        RecordedPass pass;
+        pass.failure = error.what();
+        return pass;
+    }
+    if (task.end == BoundedTask::End::stopped) {
+        return {};
+    }
+    RecordedPass pass = last_pass(task.text);
+    if (task.end != BoundedTask::End::finished) {
+        pass.failure = "Error running '" + name_of_step_behind(pass.taken) + "':\n" +
+                       (task.end == BoundedTask::End::too_long
+                            ? "it took longer than " + std::to_string(limit_seconds) + " s\n"
+                            : why_not_finished(task, limit_seconds) + "\n");
+    }
+    return pass;
+}

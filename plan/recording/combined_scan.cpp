@@ -1,0 +1,210 @@
+#include "plan/recording/combined_scan.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+constexpr const char* no_findings = "there is no recording with its last line";
+
+// Why the second recording cannot be taken for one of the host of the first; empty when it can.
+std::string difference(const NamedRecording& first, const NamedRecording& second) {
+    const RecordingHeader& a = first.recording.header;
+    const RecordingHeader& b = second.recording.header;
+    const std::string names = first.name + " and " + second.name;
+    if (a.host != b.host) {
+        return names + " are of two hosts: " + a.host + " and " + b.host;
+    }
+    if (a.machine != b.machine) {
+        return names + " are of two machines: " + a.machine + " and " + b.machine;
+    }
+    if (a.page_size != b.page_size) {
+        return names + " differ in the page size: " + std::to_string(a.page_size) + " and " +
+               std::to_string(b.page_size);
+    }
+    return {};
+}
+
+std::int64_t since_epoch_ms(const Recording& recording, std::int64_t at_ms) {
+    return recording.header.start * 1000 + at_ms;
+}
+
+struct TimedPass {
+    std::int64_t time_ms;  // since the epoch
+    const RecordedPass* pass;
+};
+
+std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordings) {
+    std::vector<TimedPass> passes;
+    for (const NamedRecording& named : recordings) {
+        for (const RecordedPass& pass : named.recording.passes) {
+            passes.push_back({since_epoch_ms(named.recording, pass.at_ms), &pass});
+        }
+    }
+    std::stable_sort(passes.begin(), passes.end(),
+                     [](const TimedPass& a, const TimedPass& b) { return a.time_ms < b.time_ms; });
+    return passes;
+}
+
+// A pass that failed before it counted anything is none for the average.
+void keep_passes(const std::vector<TimedPass>& passes, CombinedScan& scan) {
+    std::int32_t pass_no = 0;
+    for (const TimedPass& timed : passes) {
+        if (timed.pass->taken.any()) {
+            Sample sample;
+            sample.counts = timed.pass->counts;
+            sample.taken = timed.pass->taken;
+            keep_largest(scan.profile, sample, ++pass_no);
+            scan.seen |= timed.pass->taken;
+        }
+    }
+}
+
+const NamedRecording* newest_with_findings(const std::vector<NamedRecording>& recordings) {
+    const NamedRecording* newest = nullptr;
+    const auto time_of = [](const Recording& recording) {
+        return since_epoch_ms(recording, recording.summary->at_ms);
+    };
+    for (const NamedRecording& named : recordings) {
+        if (named.recording.summary &&
+            (newest == nullptr || time_of(named.recording) >= time_of(newest->recording))) {
+            newest = &named;
+        }
+    }
+    return newest;
+}
+
+void keep_findings(const Findings& findings, CombinedScan& scan) {
+    scan.has_findings = true;
+    scan.failures = findings.failures;
+    scan.messages = findings.messages;
+    scan.profile.quotaugidlimit = findings.quotaugidlimit;
+    scan.profile.ifaces = findings.ifaces;
+    scan.profile.distribution = findings.distribution;
+    scan.profile.hostname = findings.hostname;
+    scan.profile.ns_attrs = findings.ns_attrs;
+    scan.profile.notes = findings.notes;
+    scan.profile.nfs_used = findings.nfs_found;
+    scan.reiserfs_found = findings.reiserfs_found;
+    if (findings.reiserfs_found) {
+        scan.profile.diskinodes = reiserfs_diskinodes;
+    }
+}
+
+// Why the step's line cannot be computed; empty when it can.
+std::string missing_finding(const CombinedScan& scan, OneShotStep step) {
+    // The first line of a recording has the host name as well.
+    if (!scan.has_findings) {
+        return step == OneShotStep::host_name ? "" : no_findings;
+    }
+    for (const StepFailure& failure : scan.failures) {
+        if (failure.step == step) {
+            return failure.text;
+        }
+    }
+    return {};
+}
+
+// What is no count of the passes is not missed.
+bool was_seen(const CombinedScan& scan, const Count& count) {
+    const std::size_t place = place_of(count.field);
+    return place == sampled_count_number || scan.seen.test(place);
+}
+
+std::string missing_count(const CombinedScan& scan, const ConfigLine& line) {
+    for (const Count* source : line.sources) {
+        if (!was_seen(scan, *source)) {
+            return std::string("no pass counted ") + source->name;
+        }
+    }
+    return {};
+}
+
+std::string why_missing(const CombinedScan& scan, const ConfigLine& line) {
+    return line.step ? missing_finding(scan, *line.step) : missing_count(scan, line);
+}
+
+// The missing lines by their reasons, in the order of the lines.
+std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing) {
+    std::vector<MissingLine> groups;
+    for (const MissingLine& line : missing) {
+        const auto same = std::find_if(groups.begin(), groups.end(), [&](const MissingLine& group) {
+            return group.reason == line.reason;
+        });
+        if (same == groups.end()) {
+            groups.push_back(line);
+        } else {
+            same->name += ", " + line.name;
+        }
+    }
+    std::vector<std::string> texts;
+    for (const MissingLine& group : groups) {
+        texts.push_back("left out: " + group.name + " (" + group.reason + ")");
+    }
+    return texts;
+}
+
+// Empty when no pass failed.
+std::string failed_passes(const NamedRecording& named) {
+    const std::vector<RecordedPass>& passes = named.recording.passes;
+    const auto failed = [](const RecordedPass& pass) { return pass.failure.has_value(); };
+    const auto first = std::find_if(passes.begin(), passes.end(), failed);
+    if (first == passes.end()) {
+        return {};
+    }
+    return named.name + ": passes that failed: " +
+           std::to_string(std::count_if(passes.begin(), passes.end(), failed)) + " of " +
+           std::to_string(passes.size()) + ", the first is pass " + std::to_string(first->number) +
+           ": " + *first->failure;
+}
+
+}  // namespace
+
+Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings) {
+    CombinedScan scan;
+    for (const NamedRecording& named : recordings) {
+        const std::string reason = difference(recordings.front(), named);
+        if (!reason.empty()) {
+            return Kiln::Reason{reason};
+        }
+        scan.page_size = named.recording.header.page_size;
+        scan.profile.hostname = named.recording.header.host;
+    }
+    keep_passes(passes_by_time(recordings), scan);
+    if (scan.seen.none()) {
+        return Kiln::Reason{"there is no pass that counted anything"};
+    }
+    if (const NamedRecording* newest = newest_with_findings(recordings)) {
+        keep_findings(newest->recording.summary->findings, scan);
+    }
+    return scan;
+}
+
+ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales) {
+    ComputedConfig computed;
+    for (ConfigLine& line : compute_config(scan.profile, scales, scan.page_size)) {
+        const std::string reason = why_missing(scan, line);
+        if (reason.empty()) {
+            computed.lines.push_back(std::move(line));
+        } else {
+            computed.missing.push_back({line.name, reason});
+        }
+    }
+    return computed;
+}
+
+std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
+                                    const CombinedScan& scan, const ComputedConfig& computed) {
+    std::vector<std::string> flaws = missing_by_reason(computed.missing);
+    if (!scan.has_findings) {
+        flaws.push_back(std::string("warnings and paths to exclude are not known (") + no_findings +
+                        ")");
+    }
+    for (const NamedRecording& named : recordings) {
+        const std::string failed = failed_passes(named);
+        if (!failed.empty()) {
+            flaws.push_back(failed);
+        }
+    }
+    return flaws;
+}

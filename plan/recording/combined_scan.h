@@ -1,0 +1,49 @@
+// What recordings of one host come to, as if one long scan had taken all their passes. Pure.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "calc/container_config.h"
+#include "calc/host_profile.h"
+#include "kiln/result.h"
+#include "plan/recording/recording.h"
+
+// A recording and what it is called in messages.
+struct NamedRecording {
+    std::string name;
+    Recording recording;
+};
+
+struct CombinedScan {
+    PhysParams profile;
+    std::int32_t page_size = 0;         // bytes
+    TakenCounts seen;                   // the counts that at least one pass has
+    bool has_findings = false;          // of the one-shot steps
+    bool reiserfs_found = false;        // the profile's inodes are not what the passes counted
+    std::vector<StepFailure> failures;  // of the newest one-shot steps
+    std::string messages;               // what they said on standard error
+};
+
+// The largest of every count; the average over all passes in the order of time; the newest
+// findings. The reason says which recordings are not of one host, or that there is no pass.
+Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings);
+
+// A line that cannot be computed, and why.
+struct MissingLine {
+    std::string name;
+    std::string reason;
+};
+
+struct ComputedConfig {
+    std::vector<ConfigLine> lines;     // those that can be computed, in their order
+    std::vector<MissingLine> missing;  // the others; lines that the host has no use for are neither
+};
+
+ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
+
+// What is wrong with what was computed, a line for each: lines that are missing, passes that
+// failed.
+std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
+                                    const CombinedScan& scan, const ComputedConfig& computed);

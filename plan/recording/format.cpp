@@ -1,0 +1,387 @@
+#include "plan/recording/format.h"
+
+#include <algorithm>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <type_traits>
+
+#include "plan/recording/json_text.h"
+#include "plan/recording/members.h"
+#include "plan/text/utc.h"
+
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+constexpr const char* format_name = "recording_format";
+constexpr const char* continued_name = "continued";
+constexpr const char* pass_name = "pass";
+constexpr const char* findings_name = "findings";
+
+// ---- Writing ----
+
+template <class Part>
+ordered_json object_of(const Part& part);
+
+template <class Value>
+ordered_json json_of(const Value& value) {
+    if constexpr (std::is_arithmetic_v<Value>) {
+        return value;
+    } else {
+        return object_of(value);
+    }
+}
+
+ordered_json json_of(const std::string& text) {
+    return text_to_json(text);
+}
+
+ordered_json json_of(OneShotStep step) {
+    return name_of(step);
+}
+
+template <class Item>
+ordered_json json_of(const std::vector<Item>& items) {
+    ordered_json list = ordered_json::array();
+    for (const Item& item : items) {
+        list.push_back(json_of(item));
+    }
+    return list;
+}
+
+ordered_json json_of(const NetIfaceList& ifaces) {
+    return json_of(static_cast<const std::vector<NetIface>&>(ifaces));
+}
+
+class Writer {
+public:
+    explicit Writer(ordered_json& object) : object_(object) {}
+
+    template <class Value>
+    void operator()(const char* name, const Value& value) {
+        object_[name] = json_of(value);
+    }
+
+    template <class Value>
+    void operator()(const char* name, const std::optional<Value>& value) {
+        if (value) {
+            object_[name] = json_of(*value);
+        }
+    }
+
+    template <class Value>
+    void operator()(const char* name, const Value& value, const Range& /*range*/) {
+        (*this)(name, value);
+    }
+
+    void time(const char* name, std::int64_t seconds) { object_[name] = utc_text(seconds); }
+
+    void counts(const char* name, const SampleCounts& counts, const TakenCounts& taken) {
+        ordered_json object = ordered_json::object();
+        for (std::size_t place = 0; place < sampled_count_number; ++place) {
+            if (taken.test(place)) {
+                object[sampled_counts[place].name] = counts[place];
+            }
+        }
+        object_[name] = std::move(object);
+    }
+
+private:
+    ordered_json& object_;
+};
+
+template <class Part>
+void add_members(const Part& part, ordered_json& object) {
+    Writer writer(object);
+    Members<Part>::visit(writer, part);
+}
+
+template <class Part>
+ordered_json object_of(const Part& part) {
+    ordered_json object = ordered_json::object();
+    add_members(part, object);
+    return object;
+}
+
+std::string finished(const ordered_json& line) {
+    return line.dump() + "\n";
+}
+
+// ---- Reading ----
+
+template <class Part>
+void read_object(const json& value, Part& part);
+
+// A whole number; nlohmann would turn a fraction or a truth into one without a word.
+std::int64_t integer_of(const json& value, const Range& range) {
+    const bool is_integer = value.is_number_integer();
+    const bool is_too_large =
+        value.is_number_unsigned() &&
+        value.get<std::uint64_t>() >
+            static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    const std::int64_t number = is_integer && !is_too_large ? value.get<std::int64_t>() : 0;
+    if (!is_integer || is_too_large || number < range.least || number > range.most) {
+        throw JsonDamage("not a whole number that it can be");
+    }
+    return number;
+}
+
+template <class Value>
+void read_value(const json& value, Value& into) {
+    if constexpr (std::is_same_v<Value, bool>) {
+        into = value.get<bool>();
+    } else if constexpr (std::is_integral_v<Value>) {
+        using Limits = std::numeric_limits<Value>;
+        into = static_cast<Value>(
+            integer_of(value, {std::int64_t{Limits::min()}, std::int64_t{Limits::max()}}));
+    } else {
+        read_object(value, into);
+    }
+}
+
+void read_value(const json& value, std::string& into) {
+    into = text_from_json(value);
+}
+
+void read_value(const json& value, OneShotStep& into) {
+    const auto name = value.get<std::string>();
+    for (const OneShotStepRow& row : one_shot_steps) {
+        if (name == row.name) {
+            into = row.step;
+            return;
+        }
+    }
+    throw JsonDamage("a step that is not known");
+}
+
+template <class Item>
+void read_value(const json& value, std::vector<Item>& into) {
+    if (!value.is_array()) {
+        throw JsonDamage("not a list");
+    }
+    into.clear();
+    for (const json& entry : value) {
+        read_value(entry, into.emplace_back());
+    }
+}
+
+void read_value(const json& value, NetIfaceList& into) {
+    read_value(value, static_cast<std::vector<NetIface>&>(into));
+}
+
+// nlohmann's words behind its "[json.exception.type_error.302] ".
+std::string words_of(const std::exception& error) {
+    const std::string text = error.what();
+    const std::size_t end = text.find("] ");
+    return text.front() == '[' && end != std::string::npos ? text.substr(end + 2) : text;
+}
+
+class Reader {
+public:
+    explicit Reader(const json& object) : object_(object) {}
+
+    template <class Value>
+    void operator()(const char* name, Value& value) const {
+        read(name, [&](const json& found) { read_value(found, value); });
+    }
+
+    template <class Value>
+    void operator()(const char* name, std::optional<Value>& value) const {
+        if (object_.contains(name)) {
+            (*this)(name, value.emplace());
+        }
+    }
+
+    template <class Value>
+    void operator()(const char* name, Value& value, const Range& range) const {
+        read(name,
+             [&](const json& found) { value = static_cast<Value>(integer_of(found, range)); });
+    }
+
+    template <class Value>
+    void operator()(const char* name, std::optional<Value>& value, const Range& range) const {
+        if (object_.contains(name)) {
+            (*this)(name, value.emplace(), range);
+        }
+    }
+
+    void time(const char* name, std::int64_t& seconds) const {
+        read(name, [&](const json& found) {
+            const std::optional<std::int64_t> time = parse_utc(found.get<std::string>());
+            if (!time) {
+                throw JsonDamage("not a time");
+            }
+            seconds = *time;
+        });
+    }
+
+    void counts(const char* name, SampleCounts& counts, TakenCounts& taken) const {
+        read(name, [&](const json& found) {
+            if (!found.is_object()) {
+                throw JsonDamage("not an object");
+            }
+            const Reader reader(found);
+            for (std::size_t place = 0; place < sampled_count_number; ++place) {
+                const char* count = sampled_counts[place].name;
+                if (found.contains(count)) {
+                    reader(count, counts[place]);
+                    taken.set(place);
+                }
+            }
+        });
+    }
+
+private:
+    // Whatever is wrong with a member is told with its name.
+    template <class Read>
+    void read(const char* name, Read read_found) const {
+        const auto found = object_.find(name);
+        if (found == object_.end()) {
+            throw JsonDamage("\"" + std::string(name) + "\" is missing");
+        }
+        try {
+            read_found(*found);
+        } catch (const std::exception& damage) {
+            throw JsonDamage("\"" + std::string(name) + "\": " + words_of(damage));
+        }
+    }
+
+    const json& object_;
+};
+
+template <class Part>
+void read_object(const json& value, Part& part) {
+    if (!value.is_object()) {
+        throw JsonDamage("this is no JSON object");
+    }
+    Reader reader(value);
+    Members<Part>::visit(reader, part);
+}
+
+template <class Part>
+Part part_of(const json& object) {
+    Part part;
+    read_object(object, part);
+    return part;
+}
+
+RecordingHeader header_of(const json& line) {
+    if (!line.is_object() || !line.contains(format_name)) {
+        throw JsonDamage("this is no recording");
+    }
+    if (line.at(format_name) != recording_format) {
+        throw JsonDamage("the format is another one than " + std::to_string(recording_format));
+    }
+    return part_of<RecordingHeader>(line);
+}
+
+RecordedPass pass_of(const json& line) {
+    auto pass = part_of<RecordedPass>(line);
+    if (!pass.failure && !pass.taken.all()) {
+        throw JsonDamage("a count is missing from a pass that did not fail");
+    }
+    return pass;
+}
+
+// A line that is none of these was added by a later program.
+void take_line(const json& line, Recording& recording) {
+    if (!line.is_object()) {
+        throw JsonDamage("this is no JSON object");
+    }
+    if (line.contains(pass_name)) {
+        recording.passes.push_back(pass_of(line));
+        recording.summary_is_last = false;
+    } else if (line.contains(findings_name)) {
+        recording.summary = part_of<Summary>(line);
+        recording.summary_is_last = true;
+    } else if (line.contains(continued_name)) {
+        recording.continuations.push_back(part_of<Continuation>(line));
+    }
+}
+
+json parse_line(std::string_view text) {
+    json line = json::parse(text.begin(), text.end(), nullptr, false);
+    if (line.is_discarded()) {
+        throw JsonDamage("this is not JSON");
+    }
+    return line;
+}
+
+}  // namespace
+
+std::string header_line(const RecordingHeader& header) {
+    ordered_json line;
+    line[format_name] = recording_format;
+    add_members(header, line);
+    return finished(line);
+}
+
+std::string continuation_line(const Continuation& continuation) {
+    ordered_json line;
+    line[continued_name] = true;
+    add_members(continuation, line);
+    return finished(line);
+}
+
+std::string pass_line(const RecordedPass& pass) {
+    return finished(object_of(pass));
+}
+
+std::string summary_line(const Summary& summary) {
+    return finished(object_of(summary));
+}
+
+std::string findings_text(const Findings& findings) {
+    return object_of(findings).dump();
+}
+
+Kiln::Result<Findings> parse_findings(std::string_view text) {
+    try {
+        return part_of<Findings>(parse_line(text));
+    } catch (const std::exception& damage) {
+        return Kiln::Reason{words_of(damage)};
+    }
+}
+
+Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
+    try {
+        return pass_of(parse_line(line));
+    } catch (const std::exception& damage) {
+        return Kiln::Reason{words_of(damage)};
+    }
+}
+
+Kiln::Result<Recording> parse_recording(std::string_view text) {
+    Recording recording;
+    std::size_t number = 0;
+    try {
+        for (std::size_t end = text.find('\n'); end != std::string_view::npos;
+             end = text.find('\n', recording.whole_size)) {
+            ++number;
+            const json line =
+                parse_line(text.substr(recording.whole_size, end - recording.whole_size));
+            if (number == 1) {
+                recording.header = header_of(line);
+            } else {
+                take_line(line, recording);
+            }
+            recording.whole_size = end + 1;
+        }
+    } catch (const std::exception& damage) {
+        return Kiln::Reason{"line " + std::to_string(number) + ": " + words_of(damage)};
+    }
+    if (number == 0) {
+        return Kiln::Reason{is_torn_header(text) ? "its first line was never written"
+                                                 : "line 1: this is no recording"};
+    }
+    recording.torn = recording.whole_size < text.size();
+    return recording;
+}
+
+bool is_torn_header(std::string_view text) {
+    const std::string begin = "{\"" + std::string(format_name) + "\":";
+    const std::size_t size = std::min(text.size(), begin.size());
+    return text.find('\n') == std::string_view::npos &&
+           text.substr(0, size) == begin.substr(0, size);
+}

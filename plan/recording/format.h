@@ -1,0 +1,30 @@
+// The lines of a recording, one JSON object each. Pure: from values to lines and from text to
+// values. Which members a line has stands in members.h.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kiln/result.h"
+#include "plan/recording/recording.h"
+
+constexpr std::int32_t recording_format = 1;
+
+// Reads a recording. A last line without its end is left out; any other damage is the reason, which
+// names the line. Lines and members that a later program may add are passed over.
+Kiln::Result<Recording> parse_recording(std::string_view text);
+
+// Whether the text can be the beginning of a first line that was not written to its end.
+bool is_torn_header(std::string_view text);
+
+// Each line with its newline at the end.
+std::string header_line(const RecordingHeader& header);
+std::string continuation_line(const Continuation& continuation);
+std::string pass_line(const RecordedPass& pass);
+std::string summary_line(const Summary& summary);
+
+// The same for what a child process hands to its parent.
+Kiln::Result<RecordedPass> parse_pass(std::string_view line);
+std::string findings_text(const Findings& findings);
+Kiln::Result<Findings> parse_findings(std::string_view text);

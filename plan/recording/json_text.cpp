@@ -1,0 +1,71 @@
+#include "plan/recording/json_text.h"
+
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+constexpr const char* hex_digits = "0123456789abcdef";
+constexpr const char* hex_member = "hex";
+
+bool is_utf8(const std::string& text) {
+    try {
+        static_cast<void>(ordered_json(text).dump());
+        return true;
+    } catch (const json::type_error&) {
+        return false;
+    }
+}
+
+std::string to_hex(const std::string& text) {
+    std::string hex;
+    hex.reserve(2 * text.size());
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        hex += hex_digits[byte / 16];
+        hex += hex_digits[byte % 16];
+    }
+    return hex;
+}
+
+unsigned hex_value(char digit) {
+    const std::size_t value = std::string(hex_digits).find(digit);
+    if (value == std::string::npos) {
+        throw JsonDamage("a text in hex has something else than digits");
+    }
+    return static_cast<unsigned>(value);
+}
+
+std::string from_hex(const std::string& hex) {
+    if (hex.size() % 2 != 0) {
+        throw JsonDamage("a text in hex has half a byte");
+    }
+    std::string text;
+    for (std::size_t i = 0; i < hex.size(); i += 2) {
+        text += static_cast<char>(hex_value(hex[i]) * 16 + hex_value(hex[i + 1]));
+    }
+    return text;
+}
+
+}  // namespace
+
+ordered_json text_to_json(const std::string& text) {
+    if (is_utf8(text)) {
+        return text;
+    }
+    return {{hex_member, to_hex(text)}};
+}
+
+ordered_json texts_to_json(const std::vector<std::string>& texts) {
+    return list_to_json(texts, text_to_json);
+}
+
+std::string text_from_json(const json& value) {
+    if (value.is_string()) {
+        return value.get<std::string>();
+    }
+    if (value.is_object() && value.contains(hex_member) && value.at(hex_member).is_string()) {
+        return from_hex(value.at(hex_member).get<std::string>());
+    }
+    throw JsonDamage("a text is missing");
+}

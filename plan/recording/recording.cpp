@@ -1,0 +1,18 @@
+#include "plan/recording/recording.h"
+
+#include <algorithm>
+
+ScanSpans Recording::spans() const {
+    return continuations.empty() ? header.spans : continuations.back().spans;
+}
+
+std::int64_t Recording::last_ms() const {
+    std::int64_t last = summary ? summary->at_ms : 0;
+    if (!continuations.empty()) {
+        last = std::max(last, continuations.back().at_ms);
+    }
+    if (!passes.empty()) {
+        last = std::max(last, passes.back().at_ms + passes.back().took_ms);
+    }
+    return last;
+}

@@ -1,9 +1,0 @@
-// Recordings from files.
-#pragma once
-
-#include <string>
-
-#include "plan/combined_scan.h"
-
-// Reads the recording behind the path, or says why it cannot be read.
-Kiln::Result<NamedRecording> read_recording(const std::string& path);

@@ -1,0 +1,21 @@
+// From a recording to what the report shows of its server. Pure.
+#pragma once
+
+#include <string>
+
+#include "calc/container_config.h"
+#include "plan/recording/combined_scan.h"
+#include "plan/report/report_model.h"
+
+// The server of a recording: done when the recording has come to its planned end, failed when
+// nothing was counted, partly done otherwise.
+ReportServer report_server(NamedRecording recording, ConfigScales scales);
+
+// A server of which there is nothing but the reason.
+ReportServer failed_server(const std::string& name, const std::string& reason);
+
+// Says why a server is not done though there is a recording of it; one that was done is so partly.
+void add_reason(ReportServer& server, const std::string& reason);
+
+// Servers that call themselves the same get a warning each: they may be one, counted twice.
+void warn_of_same_names(std::vector<ReportServer>& servers);

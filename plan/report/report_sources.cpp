@@ -1,0 +1,45 @@
+#include "plan/report/report_sources.h"
+
+#include <filesystem>
+#include <map>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string add_folder(const std::string& folder, std::vector<ReportSource>& sources) {
+    std::error_code error;
+    std::map<std::string, ReportSource> found;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        const fs::path& path = at->path();
+        const std::string name = path.stem().string();
+        if (path.extension() == ".jsonl") {
+            found[name].recording = path.string();
+        } else if (path.extension() == ".failed") {
+            found[name].reason = path.string();
+        }
+    }
+    for (auto& [name, source] : found) {
+        source.server = name;
+        sources.push_back(source);
+    }
+    return error ? folder + " cannot be read: " + error.message() : "";
+}
+
+}  // namespace
+
+std::string find_report_sources(const std::vector<std::string>& paths,
+                                std::vector<ReportSource>& sources) {
+    for (const std::string& path : paths) {
+        std::error_code ignored;
+        if (!fs::is_directory(path, ignored)) {
+            sources.push_back({fs::path(path).stem().string(), path, ""});
+            continue;
+        }
+        const std::string error = add_folder(path, sources);
+        if (!error.empty()) {
+            return error;
+        }
+    }
+    return "";
+}

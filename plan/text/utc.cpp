@@ -1,0 +1,26 @@
+#include "plan/text/utc.h"
+
+#include <ctime>
+
+namespace {
+
+constexpr const char* format = "%Y-%m-%dT%H:%M:%SZ";
+
+}  // namespace
+
+std::string utc_text(std::int64_t seconds_since_epoch) {
+    const std::time_t seconds = seconds_since_epoch;
+    std::tm parts = {};
+    char text[64] = "";
+    if (gmtime_r(&seconds, &parts) != nullptr) {
+        std::strftime(text, sizeof(text), format, &parts);
+    }
+    return text;
+}
+
+std::optional<std::int64_t> parse_utc(const std::string& text) {
+    std::tm parts = {};
+    const char* end = strptime(text.c_str(), format, &parts);
+    const std::int64_t seconds = timegm(&parts);
+    return end != nullptr && utc_text(seconds) == text ? std::optional(seconds) : std::nullopt;
+}
