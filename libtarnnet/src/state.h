@@ -25,7 +25,7 @@ struct library_state {
 extern library_state state;
 
 // Sets the library up, once. Returns 0, or TARNNET_ERR_STATE when that failed; the next call tries
-// again then.
+// again then. (In start.cpp: the start is logged, and the log looks into the state.)
 int init_libtarnnet_state();
 
 }  // namespace tarnnet

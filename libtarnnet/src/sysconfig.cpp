@@ -1,11 +1,9 @@
 #include "sysconfig.h"
 
-#include <stddef.h>
 #include <stdio.h>
 #include <string.h>
 #include <unistd.h>
 
-#include "netinfo/records.h"
 #include "state.h"
 #include "tarnnet.h"
 #include "text.h"
@@ -18,8 +16,6 @@ constexpr char file_prefix[] = "ifcfg-";
 constexpr char boot_key[] = "BOOTPROTO=";
 constexpr char device_key[] = "DEVICE=";
 constexpr size_t longest_line = 65535;  // characters, a longer line continues as the next one
-
-using owned_result = owned<tarnnet_info, tarnnet_release_info_SL>;
 
 // Where a path is put together.
 struct path_buffer {
@@ -110,17 +106,6 @@ bool find_path(const char* name, uint32_t kind, const char* hwaddr, path_buffer*
     return state.suse ? find_by_hwaddr(name, kind, hwaddr, path) : find_by_device(name, path);
 }
 
-// Every line that asks for DHCP counts. The record is named, not pointed at: the first mark
-// replaces it by another one.
-void mark_dhcp(const char* name, const char* path) {
-    text_file file(path);
-    while (const char* line = file.next_line(longest_line)) {
-        if (ifcfg_line_asks_dhcp(line)) {
-            update_tarnnetif_info(name, 0, IFU_CONF_ADDRESSES, text_value("dhcp"));
-        }
-    }
-}
-
 }  // namespace
 
 //   BOOTPROTO='dhcp4'
@@ -150,24 +135,17 @@ owned_text find_sysconfig(const char* name, uint32_t kind, const char* hwaddr) {
     return owned_text(found ? strdup(path.text) : nullptr);
 }
 
-int check_sysconf() {
-    // Most hosts have neither folder: nothing is looked for then, not once for each interface.
-    if (access(state.host.scripts_dir, F_OK) != 0 && access(state.host.network_dir, F_OK) != 0) {
-        return 0;
+size_t count_dhcp_lines(const char* path) {
+    size_t count = 0;
+    text_file file(path);
+    while (const char* line = file.next_line(longest_line)) {
+        count += ifcfg_line_asks_dhcp(line) ? 1U : 0U;
     }
-    const tarnnet_filter host = {IFT_ALL, nullptr, nullptr, nullptr, 0, 0};
-    const owned_result snapshot(get_cached_info(&host));
-    if (!snapshot) {
-        return -1;
-    }
-    for (tarnnetif_info** record = snapshot->records; *record != nullptr; ++record) {
-        const tarnnetif_info* found = *record;
-        const owned_text path = find_sysconfig(found->name, found->type, found->hwaddr);
-        if (path) {
-            mark_dhcp(found->name, path.get());
-        }
-    }
-    return 0;
+    return count;
+}
+
+bool has_sysconfig() {
+    return access(state.host.scripts_dir, F_OK) == 0 || access(state.host.network_dir, F_OK) == 0;
 }
 
 }  // namespace tarnnet

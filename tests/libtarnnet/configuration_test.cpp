@@ -1,6 +1,6 @@
 // The library's configuration file with the lists and records that it fills, and the
 // distribution's interface files.
-#include "conf_file.h"
+#include "netinfo/conf_file.h"
 
 #include <sys/stat.h>
 #include <utime.h>

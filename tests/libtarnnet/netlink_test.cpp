@@ -9,7 +9,7 @@
 
 #include "made_up_host.h"
 #include "netinfo/link_facts.h"
-#include "netinfo/live_read.h"
+#include "netinfo/range_read.h"
 
 namespace {
 

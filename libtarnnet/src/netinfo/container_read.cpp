@@ -9,7 +9,6 @@
 
 #include "owners.h"
 #include "state.h"
-#include "tarnctl.h"
 #include "text.h"
 
 namespace tarnnet {
@@ -147,20 +146,24 @@ void read_container_links(uint32_t flags, uint32_t veid) {
     }
 }
 
-void read_running_containers(uint32_t flags) {
+running_containers::running_containers() {
     if (!tarnctl_is_there() || tarnctl_open() < 0) {
         return;
     }
-    tarnctl_env_ids* list = tarnctl_alloc_env_ids();
-    if (list == nullptr) {
-        return;
+    list_ = tarnctl_alloc_env_ids();
+    if (list_ != nullptr && tarnctl_get_env_ids_by_state(list_, TARNCTL_STATE_RUNNING) >= 0) {
+        count_ = list_->count;
     }
-    if (tarnctl_get_env_ids_by_state(list, TARNCTL_STATE_RUNNING) >= 0) {
-        for (uint32_t i = list->count; i > 0; --i) {
-            read_single_ifconfioctl(flags, list->ids[i - 1]);
-        }
+}
+
+running_containers::~running_containers() {
+    if (list_ != nullptr) {
+        tarnctl_free_env_ids(list_);
     }
-    tarnctl_free_env_ids(list);
+}
+
+uint32_t running_containers::veid(uint32_t i) const {
+    return list_->ids[i];
 }
 
 void read_container_conf(uint32_t veid) {

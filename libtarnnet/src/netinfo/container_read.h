@@ -6,6 +6,7 @@
 
 #include "netinfo/live_read.h"
 #include "owners.h"
+#include "tarnctl.h"
 
 namespace tarnnet {
 
@@ -23,8 +24,21 @@ void take_container_links(int fd, uint32_t veid);
 // Reads the links inside a container into its records.
 void read_container_links(uint32_t flags, uint32_t veid);
 
-// Reads every running container as an origin of its own, the one listed last first.
-void read_running_containers(uint32_t flags);
+// The ids of the containers that run, in the order in which the container-control library lists
+// them; none when they cannot be listed.
+class running_containers {
+public:
+    running_containers();
+    running_containers(running_containers&&) = delete;
+    ~running_containers();
+
+    uint32_t count() const { return count_; }
+    uint32_t veid(uint32_t i) const;
+
+private:
+    tarnctl_env_ids* list_ = nullptr;
+    uint32_t count_ = 0;
+};
 
 // Opens and reads the configuration of a container, of which nothing is taken.
 void read_container_conf(uint32_t veid);

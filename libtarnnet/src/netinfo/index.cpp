@@ -4,46 +4,16 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "kind_slots.h"
+
 namespace tarnnet {
 
 namespace {
-
-// The records of one container, a tree by name.
-struct container_node {
-    uint32_t veid;
-    void* names;
-};
-
-// The containers of one kind, or of one kind within a network. The host has a node of its own
-// beside the tree; `cached` is the container found last.
-struct container_level {
-    void* containers;
-    container_node host;
-    container_node* cached;
-};
 
 struct network_node {
     char* network_id;
     container_level level;
 };
-
-struct kind_slot {
-    uint32_t stamp;
-    container_level level;
-    void* networks;
-};
-
-constexpr uint32_t kind_count = 6;
-kind_slot slots[kind_count];
-
-kind_slot* slot_of(uint32_t kind) {
-    for (uint32_t bit = 0; bit < kind_count; ++bit) {
-        if (kind == 1u << bit) {
-            return &slots[bit];
-        }
-    }
-    return nullptr;
-}
 
 int compare_names(const void* a, const void* b) {
     return strcmp(static_cast<const tarnnetif_info*>(a)->name,
@@ -214,14 +184,6 @@ void destroy_network(void* node) {
 
 }  // namespace
 
-void stamp_index_slots() {
-    // Each next kind is 1 shifted by the kind before: 1, 2, 4, 16. That leaves out VLANs and
-    // virtual NICs, whose slots work the same: nothing reads a stamp.
-    for (uint32_t kind = IFT_GENERIC; kind <= IFT_VETH; kind = 1u << kind) {
-        slot_of(kind)->stamp = kind;
-    }
-}
-
 int network_index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id) {
     kind_slot* slot = slot_of(kind);
     network_node* network = slot == nullptr ? nullptr : obtain_network(slot, network_id);
@@ -267,7 +229,7 @@ void index_remove(const tarnnetif_info* record, uint32_t kind, const char* netwo
 }
 
 void index_clear() {
-    for (kind_slot& slot : slots) {
+    for (kind_slot& slot : kind_slots) {
         clear_level(&slot.level);
         tdestroy(slot.networks, destroy_network);
         slot.networks = nullptr;

@@ -11,9 +11,6 @@
 
 namespace tarnnet {
 
-// Marks the slots of kinds at the library's start: all but those of VLANs and virtual NICs.
-void stamp_index_slots();
-
 // Files the record under a kind and, unless that is null, a network. 0, or -1 with nothing filed:
 // memory is short, the kind is none, or another record has the place.
 int index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id);

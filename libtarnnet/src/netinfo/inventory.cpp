@@ -2,10 +2,9 @@
 #include <stddef.h>
 
 #include "netinfo/kind_sources.h"
-#include "netinfo/live_read.h"
+#include "netinfo/range_read.h"
 #include "netinfo/records.h"
 #include "netinfo/single_conf.h"
-#include "sysconfig.h"
 #include "tarnnet.h"
 
 namespace {

@@ -2,7 +2,6 @@
 
 #include <net/if.h>
 
-#include "netinfo/container_read.h"
 #include "netinfo/records.h"
 #include "state.h"
 #include "tarnnet.h"
@@ -11,9 +10,6 @@
 namespace tarnnet {
 
 namespace {
-
-// A wider range than this many ids apart asks for the running containers instead.
-constexpr uint32_t widest_range = 11;
 
 void print_linkinfo(const link_tables& tables, const link_entry& link, link_sink sink,
                     void* argument) {
@@ -38,10 +34,6 @@ tarnnetif_info* apply_hwaddr(const link_facts* facts) {
     }
     const bool vnic = has_prefix(facts->name, "vnic");
     return update_last_tarnnetif_info(IFU_TYPE, number_value(vnic ? IFT_VNIC : IFT_ETHERNET));
-}
-
-void apply_host_link(void* /*argument*/, const link_facts* facts) {
-    apply_link_facts(0, facts);
 }
 
 }  // namespace
@@ -70,30 +62,6 @@ void apply_link_facts(uint32_t veid, const link_facts* facts) {
     if (update_last_tarnnetif_info(
             IFU_STATE, number_value(up ? TARNNET_STATE_UP : TARNNET_STATE_DOWN)) != nullptr) {
         update_last_tarnnetif_info(IFU_LINK_FLAGS, number_value(facts->flags));
-    }
-}
-
-void read_single_ifconfioctl(uint32_t flags, uint32_t veid) {
-    use_origin(veid, origin_live);
-    if (veid == 0) {
-        read_ifconfioctl_insider(flags, apply_host_link, nullptr);
-    } else {
-        read_container_links(flags, veid);
-    }
-    purge_old_generations();
-}
-
-void read_ifconfioctl(uint32_t flags, uint32_t min_veid, uint32_t max_veid) {
-    if (max_veid < min_veid) {
-        return;
-    }
-    const uint32_t distance = max_veid - min_veid;
-    if (distance > widest_range) {
-        read_running_containers(flags);
-        return;
-    }
-    for (uint32_t i = 0; i <= distance; ++i) {
-        read_single_ifconfioctl(flags, min_veid + i);
     }
 }
 

@@ -1,4 +1,5 @@
-// The live read: the links of a network namespace with their addresses, applied to the records.
+// The live read of one network namespace: its links with their addresses, and what they change in
+// the records. Which namespaces are read is range_read's.
 #pragma once
 
 #include <stdint.h>
@@ -23,15 +24,8 @@ using link_sink = void (*)(void* argument, const link_facts* facts);
 // is never called.
 void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument);
 
-// Applies the facts of a link to the records of a container (0 for the host).
+// Applies the facts of a link to the records of a container (0 for the host). The library lock is
+// held.
 void apply_link_facts(uint32_t veid, const link_facts* facts);
-
-// Reads the host, or a container, as an origin of its own. The library lock is held, here and
-// below.
-void read_single_ifconfioctl(uint32_t flags, uint32_t veid);
-
-// Reads the containers min_veid..max_veid one by one, or, when these are more than twelve, all
-// containers that run, without the host.
-void read_ifconfioctl(uint32_t flags, uint32_t min_veid, uint32_t max_veid);
 
 }  // namespace tarnnet

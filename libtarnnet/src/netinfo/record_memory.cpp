@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "netinfo/records.h"
+#include "netinfo/record_state.h"
 #include "strarr.h"
 #include "text.h"
 

@@ -2,13 +2,18 @@
 
 #include <stddef.h>
 
-#include "conf_file.h"
+#include "netinfo/conf_file.h"
 #include "netinfo/container_read.h"
 #include "netinfo/records.h"
+#include "owners.h"
+#include "sysconfig.h"
+#include "tarnnet.h"
 
 namespace tarnnet {
 
 namespace {
+
+using owned_result = owned<tarnnet_info, tarnnet_release_info_SL>;
 
 // The two places where a cache of the configuration would come in. There is none: it is read anew
 // each time.
@@ -34,6 +39,14 @@ void clear_networks(uint32_t veid) {
     }
 }
 
+// Every line that asks for DHCP counts. The record is named, not pointed at: the first mark
+// replaces it by another one.
+void mark_dhcp(const char* name, const char* path) {
+    for (size_t lines = count_dhcp_lines(path); lines > 0; --lines) {
+        update_tarnnetif_info(name, 0, IFU_CONF_ADDRESSES, text_value("dhcp"));
+    }
+}
+
 }  // namespace
 
 void read_single_conf(uint32_t /*flags*/, uint32_t veid) {
@@ -49,6 +62,25 @@ void read_single_conf(uint32_t /*flags*/, uint32_t veid) {
     }
     purge_old_generations();
     mark_conf_up_to_date(veid);
+}
+
+int check_sysconf() {
+    if (!has_sysconfig()) {
+        return 0;  // nothing is looked for then, not once for each interface
+    }
+    const tarnnet_filter host = {IFT_ALL, nullptr, nullptr, nullptr, 0, 0};
+    const owned_result snapshot(get_cached_info(&host));
+    if (!snapshot) {
+        return -1;
+    }
+    for (tarnnetif_info** record = snapshot->records; *record != nullptr; ++record) {
+        const tarnnetif_info* found = *record;
+        const owned_text path = find_sysconfig(found->name, found->type, found->hwaddr);
+        if (path) {
+            mark_dhcp(found->name, path.get());
+        }
+    }
+    return 0;
 }
 
 }  // namespace tarnnet

@@ -1,4 +1,4 @@
-#include "conf_file.h"
+#include "netinfo/conf_file.h"
 
 #include <errno.h>
 #include <stddef.h>

@@ -1,0 +1,7 @@
+#include "netinfo/record_state.h"
+
+namespace tarnnet {
+
+record_state netinfo;
+
+}  // namespace tarnnet
