@@ -2,8 +2,11 @@
 
 #include <string.h>
 
+#include <utility>
+
 #include "state.h"
 #include "text.h"
+#include "vlan_naming.h"
 
 namespace tarnnet {
 
@@ -52,7 +55,7 @@ int add_network(const char* network_id, const char* bridge) {
     if (net == nullptr) {
         return -1;
     }
-    net->network_id.reset(id.release());
+    net->network_id = std::move(id);
     copy_cut(net->bridge, sizeof(net->bridge), bridge);
     net->master[0] = '\0';
     configured.networks.add_head(net);

@@ -7,9 +7,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "if_name.h"
 #include "list.h"
 #include "owners.h"
-#include "vlan_naming.h"
 
 namespace tarnnet {
 

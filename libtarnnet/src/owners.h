@@ -1,5 +1,6 @@
 // Owners of what the C library hands out: each gives its thing back once, when it goes out of
-// scope. They are moved, never copied.
+// scope. They are moved, never copied. Of the C++ library they take what is all header: no function
+// of it is called at run time.
 #pragma once
 
 #include <dirent.h>
@@ -8,6 +9,8 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <memory>
 
 namespace tarnnet {
 
@@ -43,55 +46,18 @@ private:
     int fd_;
 };
 
-// Something behind a pointer, or nothing.
-template <class Thing, void (*give_back)(Thing*)>
-class owned {
-public:
-    explicit owned(Thing* thing = nullptr) : thing_(thing) {}
-    owned(owned&& other) noexcept : thing_(other.release()) {}
-    owned& operator=(owned&& other) noexcept {
-        reset(other.release());
-        return *this;
-    }
-    ~owned() { reset(nullptr); }
-
-    Thing* get() const { return thing_; }
-    Thing* operator->() const { return thing_; }
-    explicit operator bool() const { return thing_ != nullptr; }
-
-    Thing* release() {
-        Thing* thing = thing_;
-        thing_ = nullptr;
-        return thing;
-    }
-
-    void reset(Thing* thing) {
-        if (thing_ != nullptr) {
-            give_back(thing_);
-        }
-        thing_ = thing;
-    }
-
-private:
-    Thing* thing_;
+struct by_free {
+    void operator()(void* memory) const { free(memory); }
 };
 
-inline void free_text(char* text) {
-    free(text);
-}
-
-inline void free_bytes(unsigned char* bytes) {
-    free(bytes);
-}
-
-inline void close_file(FILE* file) {
-    fclose(file);
-}
+struct by_fclose {
+    void operator()(FILE* file) const { fclose(file); }
+};
 
 // A string, or a buffer, from malloc().
-using owned_text = owned<char, free_text>;
-using owned_bytes = owned<unsigned char, free_bytes>;
-using owned_file = owned<FILE, close_file>;
+using owned_text = std::unique_ptr<char, by_free>;
+using owned_bytes = std::unique_ptr<unsigned char, by_free>;
+using owned_file = std::unique_ptr<FILE, by_fclose>;
 
 // The names in a directory in alphabetical order, "." and ".." among them. A directory that cannot
 // be read to its end has none.
@@ -123,19 +89,15 @@ public:
     ~growing_array() { free(entries_); }
 
     size_t count() const { return count_; }
-    Entry& operator[](size_t i) { return entries_[i]; }
-    const Entry& operator[](size_t i) const { return entries_[i]; }
+    Entry* begin() { return entries_; }
+    Entry* end() { return entries_ + count_; }
+    const Entry* begin() const { return entries_; }
+    const Entry* end() const { return entries_ + count_; }
 
     // A place behind the last entry, or null when memory is short. add_last() makes what was
     // written there an entry.
     Entry* place_for_next() { return count_ < room_ || grow() ? entries_ + count_ : nullptr; }
     void add_last() { ++count_; }
-
-    void sort(int (*compare)(const void* a, const void* b)) {
-        if (count_ > 0) {
-            qsort(entries_, count_, sizeof(Entry), compare);
-        }
-    }
 
 private:
     bool grow() {

@@ -1,12 +1,11 @@
 // How VLAN device names are made from the underlying device and the VLAN number.
 #pragma once
 
-#include <stddef.h>
 #include <stdint.h>
 
-namespace tarnnet {
+#include "if_name.h"
 
-constexpr size_t if_name_size = 16;  // of an interface name: 15 characters and the NUL
+namespace tarnnet {
 
 enum vlan_naming_style {
     VLAN_PLUS_VID = 0,         // vlan0005

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 #include <linux/if_addr.h>
-#include <linux/if_arp.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
+#include <net/if_arp.h>
 
 #include <cstdlib>
 #include <deque>

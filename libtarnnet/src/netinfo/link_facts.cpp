@@ -2,9 +2,9 @@
 
 #include <arpa/inet.h>
 #include <linux/if_addr.h>
-#include <linux/if_arp.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
+#include <net/if_arp.h>
 #include <stdio.h>
 #include <string.h>
 

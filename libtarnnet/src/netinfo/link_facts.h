@@ -8,7 +8,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "vlan_naming.h"
+#include "if_name.h"
 
 namespace tarnnet {
 

@@ -2,32 +2,20 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 namespace tarnnet {
 
 namespace {
 
-int compare_addresses(const void* a, const void* b) {
-    const auto* left = static_cast<const address_entry*>(a);
-    const auto* right = static_cast<const address_entry*>(b);
-    if (left->link != right->link) {
-        return left->link < right->link ? -1 : 1;
-    }
-    return left->order < right->order ? -1 : (left->order > right->order ? 1 : 0);
+// By link, and for one link by arrival. That makes every two entries differ, so that an order which
+// is not stable will do; std::stable_sort() takes its memory by operator new, which is not there.
+bool comes_before(const address_entry& left, const address_entry& right) {
+    return left.link != right.link ? left.link < right.link : left.order < right.order;
 }
 
-// The first address of a link, or where it would be.
-size_t first_address(const link_tables& tables, uint32_t link) {
-    size_t low = 0;
-    size_t high = tables.addresses.count();
-    while (low < high) {
-        const size_t middle = low + (high - low) / 2;
-        if (tables.addresses[middle].link < link) {
-            low = middle + 1;
-        } else {
-            high = middle;
-        }
-    }
-    return low;
+bool is_of_earlier_link(const address_entry& address, uint32_t link) {
+    return address.link < link;
 }
 
 // Appends what fits of a text at `used`, in front of the NUL; returns where the text ends then.
@@ -64,17 +52,19 @@ int collect_address(link_tables* tables, nlmsghdr* message) {
 }
 
 void sort_addresses(link_tables* tables) {
-    tables->addresses.sort(compare_addresses);
+    std::sort(tables->addresses.begin(), tables->addresses.end(), comes_before);
 }
 
 void print_selected_addrinfo(const link_tables& tables, uint32_t link,
                              char text[address_line_size]) {
     size_t used = 0;
     text[0] = '\0';
-    for (size_t i = first_address(tables, link);
-         i < tables.addresses.count() && tables.addresses[i].link == link; ++i) {
+    const address_entry* end = tables.addresses.end();
+    const address_entry* address =
+        std::lower_bound(tables.addresses.begin(), end, link, is_of_earlier_link);
+    for (; address != end && address->link == link; ++address) {
         used = append(text, used, used == 0 ? "" : " ");
-        used = append(text, used, tables.addresses[i].text);
+        used = append(text, used, address->text);
     }
 }
 

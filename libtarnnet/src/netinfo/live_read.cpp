@@ -44,8 +44,8 @@ void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument) {
         return;
     }
     sort_addresses(&tables);
-    for (size_t i = 0; i < tables.links.count(); ++i) {
-        print_linkinfo(tables, tables.links[i], sink, argument);
+    for (const link_entry& link : tables.links) {
+        print_linkinfo(tables, link, sink, argument);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <stddef.h>
 
+#include <memory>
+
 #include "netinfo/conf_file.h"
 #include "netinfo/container_read.h"
 #include "netinfo/records.h"
@@ -13,7 +15,10 @@ namespace tarnnet {
 
 namespace {
 
-using owned_result = owned<tarnnet_info, tarnnet_release_info_SL>;
+struct by_release {
+    void operator()(tarnnet_info* result) const { tarnnet_release_info_SL(result); }
+};
+using owned_result = std::unique_ptr<tarnnet_info, by_release>;
 
 // The two places where a cache of the configuration would come in. There is none: it is read anew
 // each time.
