@@ -11,7 +11,7 @@
  *     if (result == NULL) return 1;
  *     for (struct tarnnetif_info** r = result->records; *r != NULL; r++) {
  *         if (strcmp((*r)->name, ".") == 0 || strcmp((*r)->name, "..") == 0) continue;
- *         puts((*r)->name);
+ *         puts((*r)->name);  // addresses, hwaddr and others may be NULL
  *     }
  *     tarnnet_release_info(result);
  *
@@ -29,6 +29,12 @@
 #define TARNNET_API
 #endif
 
+/* The version of this header; pkg-config and the CMake package give the same. A larger minor number
+ * only adds, and a larger major number is another shared library. */
+#define TARNNET_VERSION_MAJOR 1
+#define TARNNET_VERSION_MINOR 0
+#define TARNNET_VERSION "1.0"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -45,7 +51,8 @@ enum {
 };
 
 /* States of an interface; 0 where no source tells it, as for one that only the configuration names.
- */
+ * "Up" is what an administrator set ("ip link set eth0 up", IFF_UP). It does not say that there is
+ * a cable or a peer: IFF_RUNNING in link_flags does. */
 enum { TARNNET_STATE_UP = 1, TARNNET_STATE_DOWN = 2 };
 
 /* Request flags of tarnnet_get_info(). */
@@ -142,8 +149,14 @@ TARNNET_API void tarnnet_release_filter(struct tarnnet_filter* filter);
 
 /*
  * Takes a fresh inventory and returns the records that match the filter (all of them for NULL).
- * Also decides what is read: the filter's container range, 0..0x7fffffff for NULL. A range of more
- * than twelve ids reads the running containers and not the live interfaces of the host.
+ *
+ * The filter's range of ids also decides what is read. Up to twelve ids: each of them. More: the
+ * containers that run, and not the live interfaces of the host. NULL stands for 0..0x7fffffff, so
+ * it is not the way to list a host: of that, its result has what configuration, pair devices, VLANs
+ * and bridges tell, without live addresses and states. Ask for 0..0.
+ *
+ * Loopback devices (lo) are left out with all their addresses. One has a record only where the
+ * configuration names it, and then no live address and no state.
  *
  * flags: TARNNET_READ_ bits. A source that cannot be read is left out; the result may be empty.
  * Returns NULL when the lock cannot be had or memory for the result is short. A result stays valid,
@@ -185,6 +198,14 @@ TARNNET_API int grab_excl_tarnnetlock(void);
 
 /* Releases what either of the grab functions took. Only for a caller that holds the lock. */
 TARNNET_API void release_tarnnetlock(void);
+
+/*
+ * Turns the library's log file, /var/log/tarnnetcfg.log, off (0) or on again (anything else). It is
+ * on when the process starts. Counts for the whole process, from the next message on: a program
+ * that wants no file made calls this before every other function. May be called at any time, from
+ * any thread, with or without the lock. What goes to standard error is another matter and stays.
+ */
+TARNNET_API void tarnnet_set_log(int on);
 
 #ifdef __cplusplus
 }

@@ -10,6 +10,7 @@
 
 #include "owners.h"
 #include "state.h"
+#include "tarnnet.h"
 
 namespace tarnnet {
 
@@ -60,6 +61,9 @@ void append_line(const char* message) {
 }  // namespace
 
 void tarnnetlog(const char* format, ...) {
+    if (state.log_off.load(std::memory_order_relaxed)) {
+        return;
+    }
     const int saved_errno = errno;
     char message[message_size] = "";
     va_list arguments;
@@ -71,3 +75,7 @@ void tarnnetlog(const char* format, ...) {
 }
 
 }  // namespace tarnnet
+
+void tarnnet_set_log(int on) {
+    tarnnet::state.log_off.store(on == 0, std::memory_order_relaxed);
+}

@@ -56,6 +56,14 @@ TEST_F(Lock, IsLoggedAsOneStampedLineForEachMessageCutTo1023Characters) {
               std::filesystem::perms(0644));
 
     ASSERT_EQ(unlink(state.host.log_file), 0);
+    tarnnet_set_log(0);
+    tarnnetlog("while it is off");
+    EXPECT_NE(access(state.host.log_file, F_OK), 0);
+    tarnnet_set_log(2);
+    tarnnetlog("on again");
+    EXPECT_EQ(logged_messages(), "on again\n");
+
+    ASSERT_EQ(unlink(state.host.log_file), 0);
     ASSERT_EQ(mkfifo(state.host.log_file, 0644), 0);
     errno = ERANGE;
     tarnnetlog("not waited for");
