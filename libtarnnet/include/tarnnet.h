@@ -193,7 +193,8 @@ TARNNET_API void tarnnet_release_info_SL(struct tarnnet_info* result);
  */
 TARNNET_API int grab_shared_tarnnetlock(int in_process_only);
 
-/* The lock of a writer: keeps every other process out. Results as above. */
+/* The lock of a writer: keeps every other process out. Results as above.
+ * Part of the interface; nothing in this project calls it. */
 TARNNET_API int grab_excl_tarnnetlock(void);
 
 /* Releases what either of the grab functions took. Only for a caller that holds the lock. */

@@ -31,6 +31,7 @@ vlan_set* obtain_vlan_set(const char* device) {
     return set;
 }
 
+// The same for the addresses of an interface.
 iface_addr_set* obtain_iface_addr_set(const char* ifname) {
     char cut[if_name_size];
     copy_cut(cut, sizeof(cut), ifname);
@@ -108,7 +109,7 @@ int add_iface_addr(const char* ifname, const char* address) {
     if (set == nullptr) {
         return -1;
     }
-    char cut[conf_address_size];
+    char cut[conf_address_size];  // before it is compared: two long ones may be the same then
     copy_cut(cut, sizeof(cut), address);
     for (const iface_addr& known : set->addresses) {
         if (strcmp(known.text, cut) == 0) {

@@ -57,6 +57,9 @@ struct veth_pair : list_entry {
     uint32_t veid;
 };
 
+// The inventory takes a bridge's network from the networks. What else stands in these lists is for
+// those who would change the host's network. Part of the interface; nothing in this project uses
+// it.
 struct conf_lists {
     list<network> networks;
     list<vlan_set> vlans;

@@ -83,10 +83,12 @@ int grab_excl_tarnnetlock(void) {
         return code;
     }
     tarnnet::wait_for_turn();
+    // The log gets no line before the wait, unlike for the shared lock.
     return tarnnet::lock_file(LOCK_EX, "grab_excl_tarnnetlock");
 }
 
 void release_tarnnetlock(void) {
+    // The file first: who is let in within the process may want it too.
     if (tarnnet::state.lock_fd >= 0) {
         tarnnet::unlock_file();
     }

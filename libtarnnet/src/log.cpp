@@ -20,6 +20,8 @@ constexpr mode_t log_mode = 0644;
 constexpr size_t message_size = 1024;
 constexpr size_t stamp_size = 3 * 21 + 1;  // three numbers with their tabs, and the newline
 
+// A line goes out in one piece, so that those of several processes do not mix, unless the file
+// system takes less of it.
 void write_whole(int fd, const char* text, size_t length) {
     while (length > 0) {
         const ssize_t written = write(fd, text, length);
@@ -44,6 +46,7 @@ int open_log() {
     return fd;
 }
 
+// Opened for each line: who moves the log away to keep it small need not tell anybody.
 void append_line(const char* message) {
     const owned_fd fd(open_log());
     if (!fd.is_open() || !fd.is_regular_file()) {

@@ -78,6 +78,7 @@ nlmsghdr dump_header(rtnl_sock* sock, int type, size_t body_bytes) {
     return header;
 }
 
+// Two sockets opened within a second count from the same number, so the port is compared too.
 bool answers_dump(const rtnl_sock* sock, const sockaddr_nl* sender, const nlmsghdr* message) {
     return sender->nl_pid == 0 && message->nlmsg_pid == sock->local_addr.nl_pid &&
            message->nlmsg_seq == sock->dump_seq;
@@ -90,11 +91,13 @@ int kernel_error(nlmsghdr* message) {
         tarnnetlog("ERROR truncated");
         return -1;
     }
+    // The code comes negated; the lowest one has no positive counterpart.
     errno = static_cast<int>(0U - static_cast<unsigned>(answer->error));
     return failed("RTNETLINK answers");
 }
 
-// One message of the dump itself.
+// One message of the dump itself. An answer goes over several datagrams, each full of whole
+// messages, and its last message is NLMSG_DONE.
 void take_answer(const sockaddr_nl* sender, nlmsghdr* message, const rtnl_receivers* receivers,
                  rtnl_walk* walk) {
     if (message->nlmsg_type == NLMSG_DONE) {
@@ -164,6 +167,7 @@ rtnl_walk dump_step(rtnl_sock* sock, const rtnl_receivers* receivers, message_by
     if (walk.finished) {
         return walk;
     }
+    // What was cut off leaves bytes over as well, and is not the kernel's mistake.
     if ((header.msg_flags & MSG_TRUNC) != 0) {
         tarnnetlog("Message truncated");
     } else if (walk.remaining > 0) {
@@ -175,7 +179,7 @@ rtnl_walk dump_step(rtnl_sock* sock, const rtnl_receivers* receivers, message_by
 }  // namespace
 
 int rtnl_open_byproto(rtnl_sock* sock, unsigned subscriptions, int protocol) {
-    memset(sock, 0, sizeof(*sock));
+    memset(sock, 0, sizeof(*sock));  // also the address of the kernel, which is all zeros
     sock->fd = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol);
     if (sock->fd < 0) {
         return failed("Cannot open netlink socket");

@@ -73,6 +73,7 @@ void rtnl_close(rtnl_sock* sock);
 // Ask for a whole table: of one address family, or with a request body of `len` bytes. The answers
 // to an earlier request become junk. Bytes sent, or -1 with errno set.
 int rtnl_wilddump_request(rtnl_sock* sock, int family, int type);
+// Part of the interface; nothing in this project calls it.
 int rtnl_dump_request(rtnl_sock* sock, int type, void* req, int len);
 
 // Sends a prepared message to the kernel as it is. Bytes sent, or -1 with errno set.
@@ -113,6 +114,7 @@ int parse_rtattr(rtattr* tb[], int max, rtattr* rta, int len);
 
 // The same walk, but the first `max` attributes with a type of at most `max` are stored in their
 // order into `tb` (`max` slots, cleared first). The number stored.
+// Part of the interface; nothing in this project calls it.
 int parse_rtattr_byindex(rtattr* tb[], int max, rtattr* rta, int len);
 
 }  // namespace tarnnet

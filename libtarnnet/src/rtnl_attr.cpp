@@ -30,6 +30,7 @@ void end_walk(message_bytes rest) {
                length == nullptr ? 0 : *length);
 }
 
+// What an earlier message left in the table would look like this one's.
 void clear_slots(rtattr* tb[], int slots) {
     for (int i = 0; i < slots; ++i) {
         tb[i] = nullptr;

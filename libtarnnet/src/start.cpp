@@ -10,6 +10,7 @@ namespace tarnnet {
 
 namespace {
 
+// The semaphore cannot guard its own start.
 pthread_mutex_t start_mutex = PTHREAD_MUTEX_INITIALIZER;
 
 int start_once() {

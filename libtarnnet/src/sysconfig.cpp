@@ -40,6 +40,7 @@ size_t leading_letters(const char* name) {
     return count;
 }
 
+// SUSE may name a file by the hardware address: ifcfg-eth-id-00:16:3e:5e:6c:00.
 // The entry whose name contains the hardware address, when there is one only; among several the
 // first that also contains the letters which begin the interface name ("eth" of "eth0").
 const char* entry_by_hwaddr(const dir_listing& entries, const char* name, const char* hwaddr) {
@@ -108,7 +109,8 @@ bool find_path(const char* name, uint32_t kind, const char* hwaddr, path_buffer*
 
 }  // namespace
 
-//   BOOTPROTO='dhcp4'
+// BOOTPROTO='dhcp4'
+// Blanks in front do not matter, and the word counts wherever it stands behind the "=".
 bool ifcfg_line_asks_dhcp(const char* line) {
     while (is_space(*line)) {
         ++line;
@@ -117,6 +119,7 @@ bool ifcfg_line_asks_dhcp(const char* line) {
 }
 
 // DEVICE=eth0
+// Another name may begin alike (eth01), and a name in quotes is not found.
 bool ifcfg_line_names_device(const char* line, const char* name) {
     if (!has_prefix(line, device_key)) {
         return false;

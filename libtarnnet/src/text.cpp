@@ -11,6 +11,7 @@ namespace {
 
 constexpr size_t first_room = 4096;  // bytes for a file, doubled as needed
 
+// A pipe in a file's place is neither waited for here nor read later.
 int open_for_reading(const char* path) {
     int fd = -1;
     do {
@@ -96,7 +97,7 @@ char* text_file::next_line(size_t most) {
     if (next_ == end_) {
         return nullptr;
     }
-    *next_ = kept_;
+    *next_ = kept_;  // the line given last ended here
     char* line = next_;
     const auto left = static_cast<size_t>(end_ - line);
     const size_t longest = left < most ? left : most;

@@ -1,3 +1,7 @@
+// What the kernel shows of a bridge br0 with a port eth0:
+//
+//     /sys/class/net/br0/bridge/      a directory; other interfaces have none
+//     /sys/class/net/br0/brif/eth0    a link to the port
 #include "netinfo/bridges.h"
 
 #include <stdio.h>
@@ -57,7 +61,7 @@ bool is_bridge(const char* name) {
 }  // namespace
 
 void read_bridges() {
-    const dir_listing interfaces(state.host.interfaces);
+    const dir_listing interfaces(state.host.interfaces);  // in the order of the names
     for (int i = 0; i < interfaces.count(); ++i) {
         if (is_bridge(interfaces.name(i))) {
             read_bridge(interfaces.name(i));

@@ -50,7 +50,7 @@ void add_member(network* net, const char* ifname) {
 void take_interfaces(const char* bridge, char* words) {
     network* net = find_network_by_br(bridge);
     if (net == nullptr) {
-        return;
+        return;  // its VNID_ line has to come first
     }
     while (const char* word = strsep(&words, " ")) {
         if (*word != '\0') {
@@ -108,7 +108,11 @@ int read_conf_file() {
 
 }  // namespace
 
-// VNID_br0="net1"
+// VNID_br0="network7"
+// IFLST_br0="eth0 eth1"
+// VLAN_eth1="10 20"
+// ADDR_eth0="10.0.0.1/24 10.0.0.2/24"
+// What stands behind the second quote does not matter; a value without quotes is none.
 conf_line parse_conf_line(char* line) {
     conf_line parsed = {CONF_NONE, nullptr, nullptr};
     const conf_prefix* prefix = prefix_of(line);
@@ -132,6 +136,8 @@ conf_line parse_conf_line(char* line) {
 }
 
 int read_tarnnetconf(int force) {
+    // Also when there is nothing to read, so that what was configured once does not stay. The style
+    // first: the names of the VLANs are made by it.
     configured.networks.flush();
     configured.vlans.flush();
     configured.iface_addrs.flush();

@@ -25,7 +25,7 @@ conf_line parse_conf_line(char* line);
 // their configured addresses; the VLAN naming style is read anew as well. 0, also when there is no
 // file; 1 when it cannot be examined or read, with nothing taken from it. Unless `force`, a file
 // whose modification time is the one that the library remembers as its own is not read. The caller
-// holds the library lock.
+// holds the library lock. `force`: Part of the interface; nothing in this project uses it.
 int read_tarnnetconf(int force);
 
 }  // namespace tarnnet

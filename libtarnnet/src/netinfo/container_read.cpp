@@ -60,7 +60,7 @@ void write_link_lines(void* stream, const link_facts* facts) {
 // Runs inside the container.
 int read_inside(void* argument) {
     const auto* request = static_cast<const inside_request*>(argument);
-    close(request->read_end);
+    close(request->read_end);  // a parent that is gone ends the writing
     FILE* stream = fdopen(request->write_end, "w");
     if (stream == nullptr) {
         close(request->write_end);
@@ -106,7 +106,7 @@ void read_links_below(const char* root, uint32_t flags, uint32_t veid) {
     owned_fd write_end(ends[1]);
     inside_request request = {flags, ends[0], ends[1]};
     const pid_t child = tarnctl_env_exec_fn_async(veid, root, read_inside, &request);
-    write_end.reset();
+    write_end.reset();  // the child's is the last one: the pipe ends with it
     if (child >= 0) {
         take_container_links(read_end.release(), veid);
         wait_for(child);
@@ -141,6 +141,7 @@ void read_container_links(uint32_t flags, uint32_t veid) {
         return;
     }
     const container_conf conf(veid);
+    // A container that is not there, or has no configuration, has no links.
     if (conf.root() != nullptr) {
         read_links_below(conf.root(), flags, veid);
     }

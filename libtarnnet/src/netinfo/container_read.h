@@ -11,7 +11,12 @@
 namespace tarnnet {
 
 // Over the pipe from the container goes a link as four lines of text: its name, its addresses, its
-// hardware address or nothing, its flags in decimal.
+// hardware address or nothing, its flags in decimal:
+//
+//     eth0
+//     10.1.0.101/24 fd00::65/64
+//     00:18:51:0c:7a:02
+//     69699
 constexpr int link_lines = 4;
 
 // Takes the four lines, without their line ends, apart. What is too long is cut.

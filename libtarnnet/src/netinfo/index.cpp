@@ -52,6 +52,7 @@ tarnnetif_info** find_place(const container_node* node, const char* name) {
 }
 
 container_node* find_container(container_level* level, uint32_t veid) {
+    // Nearly every record is the host's, and a container's come one after the other.
     if (veid == 0) {
         return &level->host;
     }
@@ -85,7 +86,7 @@ void drop_container_if_empty(container_level* level, container_node* node) {
     if (node->names != nullptr || node == &level->host) {
         return;
     }
-    level->cached = nullptr;
+    level->cached = nullptr;  // may be this very node
     tdelete(node, &level->containers, compare_containers);
     free(node);
 }
@@ -100,6 +101,7 @@ int level_insert(container_level* level, tarnnetif_info* record) {
         return -1;
     }
     const int result = add_item(&node->names, record, compare_names);
+    // After a failure the node may be new, and empty.
     drop_container_if_empty(level, node);
     return result;
 }
@@ -163,6 +165,7 @@ void drop_network_if_empty(kind_slot* slot, network_node* network) {
     free_network(network);
 }
 
+// The records are not the index's.
 void keep_record(void* /*record*/) {}
 
 void destroy_container(void* node) {

@@ -28,7 +28,9 @@ void index_replace(const tarnnetif_info* record, tarnnetif_info* other);
 int network_index_insert(tarnnetif_info* record, uint32_t kind, const char* network_id);
 void network_index_remove(const tarnnetif_info* record, uint32_t kind, const char* network_id);
 
+// The record that is filed there, or null.
 tarnnetif_info* index_find(const char* name, uint32_t veid, uint32_t kind);
+// Part of the interface; nothing in this project calls it.
 tarnnetif_info* network_index_find(const char* network_id, const char* name, uint32_t veid,
                                    uint32_t kind);
 

@@ -34,6 +34,7 @@ int dump_table(rtnl_sock* sock, int family, int type, link_tables* tables) {
 }
 
 int dump_tables(rtnl_sock* sock, uint32_t flags, link_tables* tables) {
+    // One request at a time: the answer to an older one would be taken for junk.
     if (dump_table(sock, AF_UNSPEC, RTM_GETLINK, tables) != 0) {
         return -1;
     }

@@ -8,11 +8,12 @@ namespace tarnnet {
 
 namespace {
 
-// The fields of a line of a pair-device file end with the line.
+// The fields of a line of a pair-device file end with the line, but for the version line.
 constexpr char pair_separators[] = " \n";
 
 }  // namespace
 
+// A run of separators counts as one, also at the start of the line.
 size_t split_fields(char* line, const char* separators, char** fields, size_t most) {
     size_t count = 0;
     char* rest = nullptr;
@@ -31,6 +32,7 @@ bool is_known_version(char* line) {
            strcmp(fields[1], "1.0\n") == 0;
 }
 
+// The two ends of a pair, host first, each as hardware address and name, and the container's id:
 // 00:18:51:0C:7A:01         veth101.0 00:18:51:0C:7A:02              eth0        101
 bool parse_veth_line(char* line, veth_line* parsed) {
     char* fields[5];
@@ -41,12 +43,14 @@ bool parse_veth_line(char* line, veth_line* parsed) {
     return true;
 }
 
+// A device of the host, whose other end is not told:
 // vme101.0 00:18:51:0C:7A:01
 const char* parse_vmth_line(char* line) {
     char* field = nullptr;
     return split_fields(line, pair_separators, &field, 1) == 1 ? field : nullptr;
 }
 
+// From the third line on:
 // eth0.10        | 10  | eth0
 bool parse_vlan_line(char* line, vlan_line* parsed) {
     char* fields[3];
@@ -57,6 +61,7 @@ bool parse_vlan_line(char* line, vlan_line* parsed) {
     return true;
 }
 
+// The second line, below "VLAN Dev name    | VLAN ID":
 // Name-Type: VLAN_NAME_TYPE_RAW_PLUS_VID_NO_PAD
 const char* parse_vlan_naming_line(char* line) {
     char* fields[2];

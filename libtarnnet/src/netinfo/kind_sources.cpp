@@ -61,7 +61,7 @@ void set_vlan_record(const vlan_line* vlan) {
     }
 }
 
-// Takes the naming style from the second line; false when there is none.
+// Takes the naming style from the second line, below the titles; false when there is none.
 bool take_vlan_naming(text_file* file) {
     char* line = file->next_line() == nullptr ? nullptr : file->next_line();
     const char* word = line == nullptr ? nullptr : parse_vlan_naming_line(line);
@@ -86,6 +86,7 @@ void read_vlan_config(int make_records) {
     }
 }
 
+// Bridges come last: a port that is an end of a pair hands its network on to the other end.
 void read_iface_types() {
     read_veth_file();
     read_vmth_file();

@@ -9,8 +9,8 @@ namespace tarnnet {
 // file that is missing or of another version is left out. The library lock is held.
 void read_iface_types();
 
-// Reads "/proc/net/vlan/config": hands the naming style to set_vlan_naming() and, unless
-// make_records is 0, makes a record of each VLAN device. The library lock is held for the latter.
+// Reads "/proc/net/vlan/config": keeps the naming style in state.vlan_naming and, unless
+// make_records is 0, makes a record of each VLAN device. The library lock is held.
 void read_vlan_config(int make_records);
 
 }  // namespace tarnnet

@@ -17,7 +17,8 @@ namespace {
 constexpr int last_link_attribute = IFLA_IFNAME;  // the highest one that is looked at
 constexpr int last_address_attribute = IFA_LOCAL;
 
-// Two ends with the same first four bytes are one address, whatever the family.
+// Two ends with the same first four bytes are one address, whatever the family: of IPv6 that is a
+// common beginning, and the prefix stays. Not to be mended.
 constexpr size_t compared_address_bytes = 4;
 
 // Indexes the attributes behind the body of a message.
@@ -68,6 +69,10 @@ bool print_addrinfo(nlmsghdr* message, const ifaddrmsg* body, char text[live_add
 
 }  // namespace
 
+// As the kernel answers a request for the links, sizes in bytes, each attribute padded to four:
+//
+//     nlmsghdr 16 | ifinfomsg 16 | rtattr 4 IFLA_IFNAME | "eth0" and its NUL 5 | ...
+//     ... | rtattr 4 IFLA_ADDRESS | 00 1a 2b 3c 4d 5e | some thirty others
 bool parse_link(nlmsghdr* message, link_entry* link) {
     const auto* body = body_of(message).begin_with<ifinfomsg>();
     if (message->nlmsg_type != RTM_NEWLINK || body == nullptr ||
@@ -90,6 +95,12 @@ bool parse_link(nlmsghdr* message, link_entry* link) {
     return true;
 }
 
+// The same for addresses; nothing follows that is looked at:
+//
+//     nlmsghdr 16 | ifaddrmsg 8 | rtattr 4 IFA_ADDRESS | 10 0 0 1 | rtattr 4 IFA_LOCAL | 10 0 0 1
+//
+// IPv6 has no IFA_LOCAL as a rule. Where the two differ, the link leads to one other host and
+// IFA_ADDRESS is that host's.
 bool parse_address(nlmsghdr* message, address_entry* address) {
     const auto* body = body_of(message).begin_with<ifaddrmsg>();
     if (message->nlmsg_type != RTM_NEWADDR || body == nullptr ||

@@ -33,6 +33,7 @@ int collect_link(link_tables* tables, nlmsghdr* message) {
     if (link == nullptr) {
         return -1;
     }
+    // What is to be ignored leaves the place for the next one.
     if (parse_link(message, link)) {
         tables->links.add_last();
     }

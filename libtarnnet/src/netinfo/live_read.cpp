@@ -50,6 +50,7 @@ void read_ifconfioctl_insider(uint32_t flags, link_sink sink, void* argument) {
 }
 
 void apply_link_facts(uint32_t veid, const link_facts* facts) {
+    // Also without addresses: this makes the record, and empties its list.
     tarnnetif_info* record =
         update_tarnnetif_info(facts->name, veid, IFU_ADDRESSES, text_value(facts->addresses));
     if (record != nullptr && is_alphanumeric(facts->hwaddr[0])) {

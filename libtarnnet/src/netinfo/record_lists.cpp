@@ -28,6 +28,7 @@ void unlink_record(tarnnetif_info** head, tarnnetif_info* record) {
 }
 
 void discard_record(tarnnetif_info* record) {
+    // Who updates "the record touched last" must not get one that is gone.
     if (netinfo.last_ib == record) {
         netinfo.last_ib = nullptr;
     }

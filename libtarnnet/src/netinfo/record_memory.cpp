@@ -62,7 +62,7 @@ tarnnetif_info* new_record(const char* name, uint32_t veid) {
         free(record);
         return nullptr;
     }
-    record->origin_name = record->name;
+    record->origin_name = record->name;  // the very same string, to be freed once
     record->set_mask = IFU_NAME | IFU_VEID;
     record->type = IFT_GENERIC;
     record->veid = veid;

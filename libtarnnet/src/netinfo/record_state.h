@@ -13,6 +13,7 @@ namespace tarnnet {
 constexpr uint32_t IFU_TYPE = 1;
 constexpr uint32_t IFU_NAME = 2;  // fixed when the record is made
 constexpr uint32_t IFU_VEID = 4;  // fixed when the record is made
+// Part of the interface; nothing in this project uses it.
 constexpr uint32_t IFU_ORIGIN_NAME = 8;
 constexpr uint32_t IFU_HWADDR = 16;
 constexpr uint32_t IFU_BRIDGE = 32;
@@ -20,8 +21,9 @@ constexpr uint32_t IFU_NETWORK_ID = 64;
 constexpr uint32_t IFU_ADDRESSES = 128;
 constexpr uint32_t IFU_CONF_ADDRESSES = 256;
 constexpr uint32_t IFU_STATE = 512;
-constexpr uint32_t IFU_PEER_VEID = 1024;    // IFT_VETH
-constexpr uint32_t IFU_PEER_VEID_2 = 2048;  // another code for the same field
+constexpr uint32_t IFU_PEER_VEID = 1024;  // IFT_VETH
+// Another code for that field. Part of the interface; nothing in this project uses it.
+constexpr uint32_t IFU_PEER_VEID_2 = 2048;
 constexpr uint32_t IFU_PEER_NAME = 4096;    // IFT_VETH
 constexpr uint32_t IFU_VLAN_MASTER = 8192;  // IFT_VLAN
 constexpr uint32_t IFU_VLAN_ID = 16384;     // IFT_VLAN

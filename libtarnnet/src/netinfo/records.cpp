@@ -9,6 +9,7 @@ namespace tarnnet {
 void use_origin(uint32_t veid, uint32_t source) {
     netinfo.cur_origin.veid = veid;
     netinfo.cur_origin.source = source;
+    // Negative ones are no generations: the one is junk.
     netinfo.next_generation =
         netinfo.next_generation == INT32_MAX ? 0 : netinfo.next_generation + 1;
 }
@@ -59,7 +60,7 @@ void purge_old_generations() {
 }
 
 void purge_all_generations() {
-    index_clear();
+    index_clear();  // all at once, so the records are not looked up one by one
     while (netinfo.active != nullptr) {
         tarnnetif_info* record = netinfo.active;
         unlink_record(&netinfo.active, record);

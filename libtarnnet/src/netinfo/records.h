@@ -31,7 +31,8 @@ void use_origin(uint32_t veid, uint32_t source);
 
 // Makes a record at the head of the active list and in the indexes: a generic one, or with a
 // template a copy of that one under the given name and container. No record of that name, container
-// and kind may exist. null when memory is short; nothing has changed then.
+// and kind may exist. null when memory is short; nothing has changed then. The template:
+// Part of the interface; nothing in this project uses it.
 tarnnetif_info* create_tarnnetif_info(const char* name, uint32_t veid,
                                       const tarnnetif_info* source);
 

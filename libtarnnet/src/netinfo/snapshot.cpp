@@ -68,7 +68,7 @@ tarnnet_info* get_cached_info(const tarnnet_filter* filter) {
         if (!matches(filter, record)) {
             continue;
         }
-        record->refcount++;
+        record->refcount++;  // from here on an update makes a copy
         result->records[count++] = record;
         result->records[count] = nullptr;
         if (keep_room(result, count, &room) != 0) {

@@ -14,7 +14,7 @@ namespace tarnnet {
 
 namespace {
 
-// The order in which a name is looked up.
+// The order in which a name is looked up: of several records of one name the first one is meant.
 constexpr uint32_t lookup_order[] = {IFT_ETHERNET, IFT_BRIDGE, IFT_VETH,
                                      IFT_VLAN,     IFT_VNIC,   IFT_GENERIC};
 
@@ -66,6 +66,7 @@ bool fits_record(tarnnetif_info* record, uint32_t code) {
            text_field(record, code) != nullptr;
 }
 
+// What is absent on both sides is the same for two of the codes only.
 bool same_text(uint32_t code, const char* stored, const char* text) {
     if (stored == nullptr && text == nullptr) {
         return code == IFU_BRIDGE || code == IFU_NETWORK_ID;
@@ -86,6 +87,8 @@ bool equals_stored(tarnnetif_info* record, uint32_t code, if_value value) {
     return text != nullptr && same_text(code, *text, value.text);
 }
 
+// Such a one counts as another interface of that name: it gets a record of its own, at the head of
+// the list, even when nobody holds the old one.
 bool leaves_special_kind(const tarnnetif_info* record, uint32_t code, if_value value) {
     const bool special =
         record->type == IFT_BRIDGE || record->type == IFT_VLAN || record->type == IFT_VETH;
@@ -96,6 +99,7 @@ int change_kind(tarnnetif_info* record, uint32_t kind) {
     if (record->type == kind) {
         return 0;
     }
+    // Into the new place before out of the old one: without memory nothing has changed.
     if (index_insert(record, kind, record->network_id) != 0) {
         return -1;
     }
@@ -149,7 +153,7 @@ int change_text(tarnnetif_info* record, uint32_t code, const char* text) {
 }
 
 // Appends the blank-separated pieces of a text, to an emptied list when it is of an older
-// generation.
+// generation. So a text without pieces empties the list of the read before.
 int append_pieces(char*** list, int32_t* list_generation, const char* text) {
     char* copy = strdup(text == nullptr ? "" : text);
     if (copy == nullptr) {
@@ -234,7 +238,7 @@ tarnnetif_info* update_record(tarnnetif_info* record, uint32_t code, if_value va
     if (record->refcount == 0 && !leaves_special_kind(record, code, value)) {
         return apply_update(record, code, value);
     }
-    record->generation = netinfo.next_generation;
+    record->generation = netinfo.next_generation;  // touched, whatever comes of it
     if (equals_stored(record, code, value)) {
         return record;
     }
