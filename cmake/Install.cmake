@@ -19,7 +19,7 @@ if(TARGET tarnhwplan)
     DESTINATION ${docdir}/examples/systemd COMPONENT program)
   # Whoever records from here has results beside the playbooks.
   install(DIRECTORY examples/ansible DESTINATION ${docdir}/examples COMPONENT program
-    FILES_MATCHING PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.j2" PATTERN results EXCLUDE)
+    FILES_MATCHING PATTERN "README.md" PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.j2" PATTERN results EXCLUDE)
 endif()
 
 install(TARGETS tarnnet_static tarnnet_shared EXPORT tarnnet
