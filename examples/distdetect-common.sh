@@ -16,8 +16,8 @@ usr_lib=${1:-}/usr/lib
 
 # print_name NAME VERSION: what a template's name may hold, in lower case; fails on an empty name.
 print_name() {
-    name=$(printf '%s' "$1" | tr 'A-Z' 'a-z' | tr -cd 'a-z0-9._-')
-    version=$(printf '%s' "$2" | tr 'A-Z' 'a-z' | tr -cd 'a-z0-9._-')
+    name=$(printf '%s' "$1" | tr '[:upper:]' '[:lower:]' | tr -cd 'a-z0-9._-')
+    version=$(printf '%s' "$2" | tr '[:upper:]' '[:lower:]' | tr -cd 'a-z0-9._-')
     [ -n "$name" ] && printf '%s\n' "$name${version:+-$version}"
 }
 

@@ -152,7 +152,7 @@ while read -r call first last; do
         [[ $error == EIO || $call =~ ^(open|openat|read|write|ppoll|wait4|recvmsg)$ ]] || continue
         for ((at = first; at <= last; at += at < first + 12 ? 1 : FAULT_STRIDE)); do
             ((number++ % 4 == FAULT_SHARE)) || continue
-            try $error $call $at
+            try "$error" "$call" "$at"
             judge
         done
     done

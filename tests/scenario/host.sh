@@ -28,6 +28,7 @@ link() {
         2>/dev/null || skip "the kernel has no pair links"
     "$stage/ip" link set "p$((next_index++))" addrgenmode none
     "$stage/ip" link set "$name" addrgenmode none up
+    # shellcheck disable=SC2086 # it may be "ADDRESS peer ADDRESS"
     for address in "${@:2}"; do "$stage/ip" address add $address dev "$name"; done
 }
 
@@ -92,14 +93,14 @@ verdict() {
     same "the result" "$stage/want.out" "$result"
     [[ $result == "$stage/got.out" ]] || is "standard output" '' "$(cat "$stage/got.out")"
     same "standard error" "$stage/want.err" "$stage/got.err"
-    : >"$stage/want.out" >"$stage/want.err"
+    truncate -s 0 "$stage"/want.{out,err}
 }
 
-: >"$stage/want.out" >"$stage/want.err" >"$stage/calls"
+truncate -s 0 "$stage"/want.{out,err} "$stage/calls"
 echo box >"$stage/proc/sys/kernel/hostname"
 detect 'echo testos'
 link eth0
-for table in /proc/net/{tcp,unix,udp,raw} /proc/locks /etc/mtab "$out"/{ps,iptables,ip,ipcs,df-k,df-i}; do rows 0 $table; done
+for table in /proc/net/{tcp,unix,udp,raw} /proc/locks /etc/mtab "$out"/{ps,iptables,ip,ipcs,df-k,df-i}; do rows 0 "$table"; done
 # The counting commands print their file, and only when called with the arguments that the run gives them.
 while read -r command arguments; do
     stub "$command" "[ \"\$*\" = '$arguments' ] || exit 64; cat $out/$command"

@@ -15,9 +15,9 @@ process 1000 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
 process 1001 PPid=1 VmRSS=500 VmSize=1000103 VmLck=4000000 VmLib=100
 process 2 PPid=0
 put "$out/ipcs" $'\n------ Shared Memory Status --------\nsegments allocated 24\npages allocated 3000000\npages resident  2800000'
-df=$'Filesystem 1K-blocks Used Available Use%% Mounted on\n/dev/sda1 9 %s 9 79%% /\n/dev/sdb1 9 %s 9 56%% /srv\n'
-printf "$df" 1500000000 500000000 >"$out/df-k"
-printf "$df" 123456000 789 >"$out/df-i"
+disks() { printf 'Filesystem 1K-blocks Used Available Use%% Mounted on\n/dev/sda1 9 %s 9 79%% /\n/dev/sdb1 9 %s 9 56%% /srv\n' "$@"; }
+disks 1500000000 500000000 >"$out/df-k"
+disks 123456000 789 >"$out/df-i"
 
 # Users and groups of /home: (602 + 2) x 2 ids. A device of every system stands in for a disk.
 put "$out/users" $'*** Report for user quotas on device /dev/sda1\n------\n'"$(seq -f '#%.0f -- 20 0 0 1 0 0' 602)"

@@ -20,7 +20,10 @@ ends() {
     run "$1" "${@:3}"
     is "the commands" '' "$(cat "$stage/calls")"
 }
-for option in -h '-?' '-p 1m --help --no-such-option'; do ends 0 "$usage" $option; done
+for option in -h '-?' '-p 1m --help --no-such-option'; do
+    # shellcheck disable=SC2086 # several words
+    ends 0 "$usage" $option
+done
 ends 0 "$program: unrecognized option '--no-such-option'"$'\n'"$usage" --no-such-option -v
 prints $'Corvane hardware configuration calculator v. 1.0\n'
 run 0 -v --no-such-option
