@@ -1,6 +1,7 @@
 // The time of a recording: the wall clock's, but never back.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
