@@ -6,8 +6,8 @@
 #include <string>
 
 #include "inspect/exclude_rules.h"
+#include "inspect/host_file.h"
 #include "inspect/mount_table.h"
-#include "kiln/files.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr std::int64_t login_record_limit_bytes = 1073741824;
 
 FsTypeTable read_filesystem_types(const HostPaths& paths) {
     std::string text;
-    if (Kiln::get_file(paths.filesystems, text) != 0) {
+    if (read_host_file(paths.filesystems, text) != 0) {
         return {};
     }
     return parse_filesystem_types(text);

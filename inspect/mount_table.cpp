@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include "kiln/files.h"
+#include "inspect/host_file.h"
 #include "kiln/owners.h"
 #include "kiln/strings.h"
 
@@ -32,7 +32,7 @@ std::vector<MountEntry> parse_mount_table(std::string text) {
 // The text is read as a whole first: the system's reader takes a read error for the end.
 Kiln::Result<std::vector<MountEntry>> read_mount_table(const std::string& path) {
     std::string text;
-    if (const int error = Kiln::get_file(path, text)) {
+    if (const int error = read_host_file(path, text)) {
         return Kiln::Reason{std::strerror(error)};
     }
     return parse_mount_table(std::move(text));

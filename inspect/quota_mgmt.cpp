@@ -7,8 +7,8 @@
 #include <cstring>
 #include <vector>
 
+#include "inspect/host_file.h"
 #include "inspect/shell_word.h"
-#include "kiln/files.h"
 #include "kiln/log.h"
 #include "kiln/strings.h"
 
@@ -60,7 +60,7 @@ int QuotaMgmt::quota_is_enabled_phys(const char* name, bool& usr, bool& grp,
     }
     const std::string& mtab = host_.paths.mtab;
     std::string table;
-    if (const int error = Kiln::get_file(mtab, table)) {
+    if (const int error = read_host_file(mtab, table)) {
         return err(-1, 0, "Error reading '%s': %s", mtab.c_str(), std::strerror(error));
     }
     const std::vector<std::string> fields = find_mount_line(table, wanted);

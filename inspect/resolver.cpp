@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "kiln/files.h"
+#include "inspect/host_file.h"
 #include "kiln/strings.h"
 
 namespace {
@@ -46,7 +46,7 @@ NSAttrs parse_resolver(const std::string& text) {
 
 NSAttrs read_resolver(const Host& host) {
     std::string text;
-    if (Kiln::get_file(host.paths.resolv_conf, text) != 0) {
+    if (read_host_file(host.paths.resolv_conf, text) != 0) {
         return {};
     }
     return parse_resolver(text);

@@ -1,7 +1,6 @@
 #include "kiln/files.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,13 +11,12 @@ namespace {
 
 constexpr std::size_t piece_size = 65536;
 
-// 0, or why the file is not one to read to its end.
-int refusal(int fd) {
-    struct stat status = {};
-    if (fstat(fd, &status) != 0) {
-        return errno;
-    }
-    return S_ISFIFO(status.st_mode) ? EOPNOTSUPP : 0;
+Descriptor open_patiently(int folder_fd, const std::string& path, int flags, mode_t mode) {
+    int fd = -1;
+    do {
+        fd = openat(folder_fd, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    } while (fd < 0 && errno == EINTR);
+    return Descriptor(fd);
 }
 
 }  // namespace
@@ -28,11 +26,7 @@ Descriptor open_at_once(const std::string& path, int flags, mode_t mode) {
 }
 
 Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_t mode) {
-    int fd = -1;
-    do {
-        fd = openat(folder_fd, path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
-    } while (fd < 0 && errno == EINTR);
-    return Descriptor(fd);
+    return open_patiently(folder_fd, path, flags | O_NONBLOCK, mode);
 }
 
 int append_rest(int fd, std::string& out) {
@@ -51,12 +45,9 @@ int append_rest(int fd, std::string& out) {
 }
 
 int get_file(const std::string& path, std::string& out) {
-    const Descriptor file = open_at_once(path, O_RDONLY);
+    const Descriptor file = open_patiently(AT_FDCWD, path, O_RDONLY, 0);
     if (!file) {
         return errno;
-    }
-    if (const int error = refusal(file.get())) {
-        return error;
     }
     out.clear();
     return append_rest(file.get(), out);

@@ -19,9 +19,9 @@ Descriptor open_at_once(const std::string& path, int flags, mode_t mode = 0);
 // The same for a path that begins at an open folder.
 Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_t mode = 0);
 
-// Reads the whole file. Returns 0 or the system error number: EOPNOTSUPP for a FIFO, whose end is
-// up to others, EAGAIN for a device that has nothing yet. A file that cannot be opened, a FIFO
-// among them, leaves `out` untouched; after a read error `out` holds what had been read before.
+// Reads the whole file, of whatever kind: it waits for who writes to a FIFO, and for the end of
+// what they write. Returns 0 or the system error number. A file that cannot be opened leaves `out`
+// untouched; after a read error `out` holds what had been read before.
 int get_file(const std::string& path, std::string& out);
 
 // Appends everything up to the end of the file, whatever size the file system reports for it: under

@@ -106,7 +106,7 @@ TEST_F(Excludes, AHugeLoginRecordIsListedThroughALink) {
 }
 
 // A directory, a file that opens but cannot be read (nothing is mapped at its start), a FIFO whose
-// other end nobody opens.
+// other end nobody opens, a device without an end.
 TEST_F(HostTest, WhatCannotBeReadIsNotThere) {
     const std::string mtab = path("mtab");
     std::string reasons = count();
@@ -114,7 +114,8 @@ TEST_F(HostTest, WhatCannotBeReadIsNotThere) {
     put("dns", "nameserver 10.0.0.1\n");
     EXPECT_EQ(excluded(), "+/misc ");
     EXPECT_EQ(read_resolver(host).nameservers, std::vector<std::string>{"10.0.0.1"});
-    for (const std::string& table : {root, std::string("/proc/self/mem"), path("fifo")}) {
+    for (const std::string& table :
+         {root, std::string("/proc/self/mem"), path("fifo"), std::string("/dev/zero")}) {
         host.paths.fstab = host.paths.filesystems = host.paths.resolv_conf = table;
         host.paths.mtab = mtab;
         EXPECT_EQ(excluded(), "+/misc ");
@@ -127,7 +128,11 @@ TEST_F(HostTest, WhatCannotBeReadIsNotThere) {
                            root +
                            "': Is a directory; Error opening '/proc/self/mem': "
                            "Input/output error; Error opening '" +
-                           path("fifo") + "': Operation not supported");
+                           path("fifo") +
+                           "': Operation not supported; Error opening '/dev/zero': Operation not "
+                           "supported");
+    host.paths.mtab = "/dev/null";
+    EXPECT_EQ(count(), "0") << "somebody wants the table to be empty";
 }
 
 // Devices of every system stand in for disks.
