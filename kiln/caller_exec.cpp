@@ -140,6 +140,8 @@ void CallerExec::doMainLoop_() {
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
         passLoop_(mask, poll_timeout);
     }
+    // A child that lives on must not wait for a reader while we wait for its end.
+    closePipes_();
     while (!collected_) {
         collectChild_(0);
     }
@@ -211,8 +213,8 @@ void CallerExec::dropEntry_(unsigned index) {
 // neither by an exit nor by a signal; what its pipes hold is read as ever.
 //
 // A child that lives on (a SIGCHLD that somebody sent, or a stop seen because the child is traced)
-// is "reaped" in that the loop goes on for the pipes alone and the true end is awaited behind it.
-// Not with stop_on_exit, where the pipes of a healthy child would be closed.
+// counts as reaped all the same, as required: the loop goes on for the pipes alone, and with
+// stop_on_exit it ends there and then. The true end is awaited behind the loop.
 bool CallerExec::askForChild_(int wait_flags) noexcept {
     int answer = unknown_wait_status;
     pid_t result = -1;
@@ -229,7 +231,7 @@ bool CallerExec::askForChild_(int wait_flags) noexcept {
         collected_ = true;
     }
     missed_ = missed_ || missing;
-    reaped = reaped || collected_ || (!missing && !intrinsics.stop_on_exit);
+    reaped = reaped || collected_ || !missing;
     return true;
 }
 
