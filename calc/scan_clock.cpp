@@ -8,11 +8,11 @@ std::int64_t system_seconds() {
 }
 
 ScanSchedule make_schedule(std::int64_t start, std::int32_t scan_time, std::int32_t scan_period) {
-    return {start + scan_time, std::min(scan_time, scan_period)};
+    return {start + scan_time, std::min(scan_time, scan_period), scan_time == 0};
 }
 
 std::int32_t next_sleep(ScanSchedule& schedule, std::int64_t now) {
-    if (now >= schedule.end_time) {
+    if (schedule.one_pass || now >= schedule.end_time) {
         return -1;
     }
     if (schedule.interval + now > schedule.end_time) {

@@ -24,10 +24,11 @@ struct Clock {
 struct ScanSchedule {
     std::int64_t end_time = 0;  // seconds since the epoch
     std::int32_t interval = 0;  // seconds between two passes
+    bool one_pass = false;      // without a span: over with its first pass, whatever the clock says
 };
 
 ScanSchedule make_schedule(std::int64_t start, std::int32_t scan_time, std::int32_t scan_period);
 
 // The seconds to sleep before the next pass, with the schedule's interval shrunk where it must be;
-// -1 when the scan is over. Passes of 5 minutes by 2 begin at 0, 2, 4 and 5.
+// -1 when the scan is over. A scan of 5 minutes by 2 begins its passes at 0, 2, 4 and 5.
 std::int32_t next_sleep(ScanSchedule& schedule, std::int64_t now);

@@ -39,6 +39,7 @@ struct FakeTime {
 TEST(Scan, PassesAreDueByTheClock) {
     const std::tuple<std::int32_t, std::int32_t, std::int64_t, Seconds> cases[] = {
         {0, 0, 0, {0, 0}},
+        {0, 60, -60, {0, -60}},  // one, also when the clock is set back during it
         {300, 120, 0, {0, 120, 240, 300, 300}},
         {300, 600, 0, {0, 300, 300}},  // the shorter of the two
         {300, 300, 300, {0, 300}},     // over with the first pass
