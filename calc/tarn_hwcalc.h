@@ -38,12 +38,13 @@ public:
     float disk_scale = ConfigScales().disk;
     std::vector<std::string> dist_detect_scripts;  // tried before the default script
 
-    // What the steps read, and the time that a scan goes by.
-    Host host;
-    Clock clock;
-
     // The text of the last error; nothing prints it.
     char error_text[4096] = "";
+
+    // What the steps read, and the time that a scan goes by. These members stand behind the six
+    // above, whose order is fixed.
+    Host host;
+    Clock clock;
 
     // Told how a scan goes on; null for nobody. Not owned, must outlive the run.
     ScanObserver* scan_observer = nullptr;

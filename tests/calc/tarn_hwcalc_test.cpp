@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
+#include <iterator>
+#include <tuple>
 
 #include "tests/support/made_up_host.h"
 
@@ -17,6 +21,22 @@ extern "C" int __wrap_gethostname(char* name, std::size_t size) {
 }
 
 namespace {
+
+TEST(TarnHWCalc, BeginsWithItsSixMembersInTheirOrder) {
+    const TarnHWCalc calc;
+    const void* const members[] = {&calc,
+                                   &calc.scan_period,
+                                   &calc.mem_scale,
+                                   &calc.disk_scale,
+                                   &calc.dist_detect_scripts,
+                                   calc.error_text,
+                                   &calc.host};
+    EXPECT_EQ(&calc.scan_time, members[0]);
+    EXPECT_TRUE(std::is_sorted(std::begin(members), std::end(members), std::less<>()));
+    EXPECT_TRUE(&calc.clock > members[5] && &calc.scan_observer > members[5]);
+    EXPECT_EQ(std::tuple(calc.scan_time, calc.scan_period, calc.mem_scale, calc.disk_scale),
+              std::tuple(0, 0, 1.2F, 1.5F));
+}
 
 TEST(TarnHWCalc, ReasonsBecomeCodes) {
     MadeUpHost made_up;
