@@ -18,7 +18,8 @@ constexpr std::int32_t kib_per_page = 4;  // the profile counts pages of 4 KiB
 
 using ProcessIds = std::vector<std::int32_t>;
 
-// Whether the whole name is a decimal number, as strtol reads one; stores it.
+// Whether the whole name is a decimal number, as strtol reads one; stores it. Beside the processes
+// ("1", "4711") the directory holds "self", "net", "meminfo" and many more.
 bool parse_process_id(const char* name, std::int32_t& pid) {
     char* end = nullptr;
     pid = static_cast<std::int32_t>(std::strtoll(name, &end, 10));
@@ -64,7 +65,7 @@ ProcessTables read_processes(int proc_fd, const ProcessIds& pids) {
     return tables;
 }
 
-// The private total cannot be more than the machine has.
+// The private total cannot be more than the machine has. The locked one is never capped.
 std::int32_t cap_at_physical_pages(std::int32_t pages, std::int64_t physical_pages) {
     const bool too_many = physical_pages != -1 && pages > physical_pages;
     return too_many ? static_cast<std::int32_t>(physical_pages) : pages;

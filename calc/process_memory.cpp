@@ -32,6 +32,7 @@ struct TextSizes {
     std::int32_t lib = 0;
 };
 
+// A key counts at the very start of a line only; the last line of a key decides.
 void parse_status_line(std::string_view line, proc_info_t& info, TextSizes& text_sizes) {
     if (has_key(line, "PPid:")) {
         info.ppid = number_of(line);

@@ -18,5 +18,5 @@ std::int32_t next_sleep(ScanSchedule& schedule, std::int64_t now) {
     if (schedule.interval + now > schedule.end_time) {
         schedule.interval = static_cast<std::int32_t>(schedule.end_time - now);
     }
-    return std::max(schedule.interval, 0);
+    return std::max(schedule.interval, 0);  // a negative period is none
 }

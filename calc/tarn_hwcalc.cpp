@@ -28,6 +28,8 @@ void append(const TarnHWCalc::Warnings& found, TarnHWCalc::Warnings& warnings) {
 int TarnHWCalc::calcPhysParams(PhysParams* params) {
     Warnings& warnings = params->notes.warnings;
 
+    // The order is fixed: it is that of the warnings, and the reiserfs rule of the last step
+    // replaces a count of the first.
     int code = calcProcParams(params);
     if (code == 0) {
         code = calcQuotaUGIDLimit(params);
@@ -40,7 +42,7 @@ int TarnHWCalc::calcPhysParams(PhysParams* params) {
     }
     // From here on nothing can fail: what goes wrong becomes a warning.
     params->distribution = getDistribution(warnings);
-    params->hostname = host.host_name().value_or(params->hostname);
+    params->hostname = host.host_name().value_or(params->hostname);  // kept when there is none
     params->ns_attrs = getNSAttrs(warnings);
     params->notes.excludes = calcExcludes(params, warnings);
     return 0;
@@ -115,6 +117,7 @@ int TarnHWCalc::calcVPSConf(const PhysParams& params, EnvConfig& config) const {
     return 0;
 }
 
+// Without the average, the pseudo-terminals and the dentry cache, as required.
 void TarnHWCalc::printPhysParams(const PhysParams& params) const {
     const auto count = [](const char* name, std::int32_t value) {
         std::printf("%s: %u\n", name, static_cast<unsigned>(value));

@@ -66,12 +66,14 @@ public:
 
     // One snapshot of the memory of all processes: raises privvmpages and lockedpages of the
     // profile. Returns 0 or an ec_t; on failure the profile is unchanged.
+    // Part of the interface; nothing in this project calls it.
     int calcMemInfoByVmSize(PhysParams* params);
 
-    // Returns an empty list; no part of the run needs it.
+    // Returns an empty list. Part of the interface; nothing in this project calls it.
     Excludes compressExcludes(const Excludes& excludes) const;
 
     // Dumps the profile to standard output, for debugging.
+    // Part of the interface; nothing in this project calls it.
     void printPhysParams(const PhysParams& params) const;
 
     // Raises `counter` to `value` if it is lower; signed comparison.
@@ -79,6 +81,7 @@ public:
 
     // `value` truncated toward zero, kept within 32 signed bits: 2147483647 from 2^31 up,
     // -2147483648 for a NaN or anything too low. The name is not used: nothing is reported.
+    // Part of the interface; nothing in this project calls it.
     static int check_overflow_parameter(const char* name, float value);
 
     // Formats the error text (cut to the buffer) and returns the code. Writes to no stream.

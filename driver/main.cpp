@@ -22,6 +22,7 @@ int run(int argc, char** argv) {
     if (parsed != 0) {
         return parsed > 0 ? 0 : 1;
     }
+    // One pass is over before a line could tell anything.
     ProgressLine progress_line(STDERR_FILENO);
     if (calc.scan_time > 0 && isatty(STDERR_FILENO) == 1) {
         calc.scan_observer = &progress_line;
@@ -34,7 +35,7 @@ int run(int argc, char** argv) {
         code = calc.calcVPSConf(profile, config);
     }
     if (code != 0) {
-        return code;
+        return code;  // without a word; the calculator keeps its text to itself
     }
     if (write_configuration(out_path, config.text()) != 0) {
         return 0;  // reported already; the status is lenient

@@ -17,6 +17,8 @@ constexpr int usage_error = -1;
 constexpr int mem_scale_option = 'M';
 constexpr int disk_scale_option = 'D';
 
+// "?" is an option of its own, and also what the library returns for one that it does not know:
+// both show the usage text.
 constexpr const char* short_options = "?ht:p:d:vo:";
 
 const option long_options[] = {
@@ -53,6 +55,7 @@ int set_scale(const char* name, const char* arg, float* scale) {
     return usage_error;
 }
 
+// A repeated option replaces what the earlier one set; the first that fails ends the parsing.
 int apply_option(int code, const char* arg, const char* progname, TarnHWCalc* calc,
                  std::string& out_path) {
     switch (code) {

@@ -25,7 +25,7 @@ Kiln::Descriptor open_for_writing(const char* path, int flags, unsigned mode) {
 
 // The descriptor is written to directly: a stream would lose text to an interrupted write.
 void write_standard_output(const std::string& text) {
-    std::fflush(stdout);
+    std::fflush(stdout);  // what the log has said comes first
     if (Kiln::write_all(STDOUT_FILENO, text.data(), text.size()) != 0) {
         err(-1, errno, "unable to write to standard output");
     }
@@ -54,6 +54,7 @@ int write_configuration(const std::string& path, const std::string& text) {
     return str2file(path.c_str(), text.c_str(), O_CREAT, config_file_mode);
 }
 
+// Nobody is left to be told of a failure.
 void list_notes(const TarnACalculateHWNodeNotes& notes) {
     const std::string text = notes_text(notes);
     Kiln::write_all(STDERR_FILENO, text.data(), text.size());

@@ -16,7 +16,7 @@ namespace {
 constexpr std::int32_t distribution_warning_code = 0;
 
 // What the script prints, without any blanks; nothing when it cannot be run or does not exit with
-// 0.
+// 0. It prints a name, such as: debian-12
 std::optional<std::string> ask_script(const std::string& script) {
     Kiln::CtoDynaBuf output;
     std::vector<Kiln::Connector*> connectors = {nullptr, &output, nullptr};
@@ -45,7 +45,7 @@ std::string missing_answer_text(bool found_any, const std::vector<std::string>& 
 
 DistributionFinding detect_distribution(const Host& host, const std::vector<std::string>& scripts) {
     std::vector<std::string> candidates = scripts;
-    candidates.push_back(host.paths.detect_script);
+    candidates.push_back(host.paths.detect_script);  // the last resort, always tried
     DistributionFinding finding;
     bool found_any = false;
     for (const std::string& script : candidates) {

@@ -21,7 +21,8 @@ bool is_detached(const MountEntry& entry) {
            Kiln::contains(entry.options, "removable_t");
 }
 
-// The first rule that applies decides; nothing for a local disk.
+// The first rule that applies decides; nothing for a local disk. A network mount with the option
+// "bind" is a network mount, a fuse mount that the kernel marks "nodev" is still a fuse mount.
 std::optional<MntFlags> classify(const MountEntry& entry, const FsTypeTable& types) {
     const std::string& type = entry.type;
     if (is_one_of(type, {"rootfs", "devfs", "tarnfs"})) {
@@ -84,7 +85,7 @@ void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flag
     while (!path.empty() && path.back() == '/') {
         path.pop_back();
     }
-    if (!Kiln::contains(path, "/")) {
+    if (!Kiln::contains(path, "/")) {  // the root, now empty, or no path at all
         return;
     }
     const auto root = table.find(std::string_view("/"));
@@ -98,7 +99,7 @@ void add_exclude_dir(ExcludeTable& table, std::string path, const MntFlags& flag
 
 ExcludeTable refactor_excludes(const ExcludeTable& candidates) {
     ExcludeTable reduced;
-    for (const auto& [path, flags] : candidates) {
+    for (const auto& [path, flags] : candidates) {  // in path order: an ancestor comes first
         add_exclude_dir(reduced, path, flags);
     }
     return reduced;

@@ -7,7 +7,7 @@ std::optional<std::string> kernel_host_name() {
     if (gethostname(buffer, sizeof buffer) != 0) {
         return {};
     }
-    buffer[sizeof buffer - 1] = '\0';
+    buffer[sizeof buffer - 1] = '\0';  // a name that was cut need not have an end
     return buffer;
 }
 

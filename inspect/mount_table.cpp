@@ -38,7 +38,9 @@ Kiln::Result<std::vector<MountEntry>> read_mount_table(const std::string& path) 
     return parse_mount_table(std::move(text));
 }
 
-// Lines read "nodev\tproc" or "\text4".
+// Lines read, with a tab in front of the name:
+// nodev	proc
+// 	ext4
 FsTypeTable parse_filesystem_types(const std::string& text) {
     FsTypeTable types;
     for (const std::string& line : Kiln::split("\n", text, 0)) {

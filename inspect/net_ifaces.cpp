@@ -18,6 +18,7 @@ struct ResultReleaser {
 
 }  // namespace
 
+// An address reads 10.1.2.3/24, that of a point-to-point link 10.1.2.3.
 NetIface make_net_iface(const tarnnetif_info& record) {
     NetIface iface;
     iface.if_type = record.type;
@@ -43,7 +44,7 @@ Kiln::Result<NetIfaceList> list_net_ifaces() {
     }
     const std::unique_ptr<tarnnet_info, ResultReleaser> result(
         tarnnet_get_info(TARNNET_EVERYTHING, filter));
-    tarnnet_release_filter(filter);
+    tarnnet_release_filter(filter);  // the result does not need it
     if (!result || *result->records == nullptr) {
         return Kiln::Reason{"Error: Could not get network configuration!"};
     }

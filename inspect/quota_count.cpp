@@ -61,12 +61,13 @@ Kiln::Result<std::uint32_t> count_quota_ids(const Host& host) {
     bool old_style = false;
     for (const MountEntry& mount : *table) {
         const std::string option = quota_option(mount);
-        if (!option.empty()) {
+        if (!option.empty()) {  // a device that is mounted twice is asked twice; ids count once
             add_device(quota_mgmt, mount.device, ids);
             old_style = old_style || option == old_style_option;
         }
     }
     const auto users = static_cast<std::uint32_t>(ids.users.size());
     const auto groups = static_cast<std::uint32_t>(ids.groups.size());
+    // One mount of the old style is enough to count all users twice and no group, as required.
     return old_style ? 2 * users : users + groups;
 }

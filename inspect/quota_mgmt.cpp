@@ -91,12 +91,13 @@ int QuotaMgmt::quota_get_phys(const char* device, std::string& limits, std::stri
                    mount_point.c_str(), device);
     }
     for (const char kind : kinds) {
-        // Numeric ids, all of them, with the header lines.
+        // Numeric ids, all of them, with the header lines, which say whose quotas they are.
         if (append_output(host_.run, std::string("repquota -") + kind + "nv " + mount_point,
                           limits) != 0) {
             return -1;
         }
-        // The editor of the grace periods, with a printer as its editor: it changes nothing.
+        // The editor of the grace periods, with a printer as its editor: it changes nothing. Nobody
+        // reads the periods, but a device whose tools fail here does not count.
         const std::string editor = std::string("VISUAL=cat EDITOR=cat edquota -") + kind + "tf ";
         if (append_output(host_.run, editor + mount_point, graces) != 0) {
             return -1;

@@ -107,6 +107,14 @@ Quota parse_record(const std::string& line) {
 
 }  // namespace
 
+// The reports for users and for groups follow each other, each with such a header:
+// *** Report for user quotas on device /dev/sda3
+// Block grace time: 7days; Inode grace time: 7days
+//                         Block limits                File limits
+// User            used    soft    hard  grace    used  soft  hard  grace
+// ----------------------------------------------------------------------
+// #0        --      20       0       0              2     0     0
+// A line of another kind, such as the empty one behind the records, begins the next header.
 int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* grp) {
     usr->quotas.clear();
     grp->quotas.clear();
@@ -134,6 +142,7 @@ int QuotaMgmt::limits_parse_phys(const std::string& text, Quotas* usr, Quotas* g
     return 0;
 }
 
+// Reads "6days", "23:59" (hours and minutes) or "none", which is no number and gives 0.
 std::uint64_t QuotaMgmt::grace_atoll(const char* text) {
     if (text[std::strspn(text, " \t")] == '\0') {
         return 0;

@@ -49,6 +49,6 @@ public:
     std::string get_ip() const;
 
     // The ethernet interfaces as "ifname=NAME[,dhcp=yes]" with ";" before each one that is not the
-    // first of the whole list.
+    // first of the whole list. Part of the interface; nothing in this project calls it.
     std::string get_netif() const;
 };

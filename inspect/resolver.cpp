@@ -23,13 +23,15 @@ void append_words(const std::string& text, std::vector<std::string>& words) {
 
 }  // namespace
 
-// Lines read "nameserver 10.0.0.1" and "search a.example b.example".
+// Lines read:
+// search a.example b.example
+// nameserver 10.0.0.1
 NSAttrs parse_resolver(const std::string& text) {
     NSAttrs attrs;
     for (std::string line : Kiln::split("\n", text, 0)) {
         Kiln::strip(line);
         const std::size_t keyword_end = line.find_first_of(blanks_in_line);
-        if (keyword_end == npos) {
+        if (keyword_end == npos) {  // a keyword without a value, or nothing
             continue;
         }
         const std::string keyword = line.substr(0, keyword_end);

@@ -30,7 +30,7 @@ timespec as_timeout(std::chrono::nanoseconds longest) {
 }
 
 void replace_disposition(int signal_number, void (*handler)(int), struct sigaction& old) {
-    struct sigaction action = {};
+    struct sigaction action = {};  // without SA_RESTART: the signal is to end a wait
     sigemptyset(&action.sa_mask);
     action.sa_handler = handler;
     // Without the handler nothing would ever tell of the child's end.
@@ -65,7 +65,7 @@ int CallerExec::enter(std::vector<Connector*>& connector_list) {
     }
     openPipes_();
     if (running) {
-        installDispositions_();
+        installDispositions_();  // before the fork: a child may end before fork() returns
     }
     const pid_t child = fork();
     if (child < 0) {
@@ -88,7 +88,7 @@ void CallerExec::openPipes_() {
         if (connectors[i] == nullptr) {
             continue;
         }
-        if (running) {
+        if (running) {  // else nobody polls
             connectors[i]->pfd = &pollfds[nfds];
             slot_connectors[nfds] = connectors[i];
             ++nfds;
@@ -121,12 +121,14 @@ void CallerExec::doDad_() {
         if (connectors[i] == nullptr) {
             continue;
         }
+        // Held on, it would keep the pipe's other end from ever coming to the end of the data.
         pipes[i][child_end].reset();
         const int fd = pipes[i][parent_end].get();
         if (connectors[i]->pfd != nullptr) {  // null when no call() is running
             connectors[i]->pfd->fd = fd;
             connectors[i]->pfd->events = i == STDIN_FILENO ? POLLOUT : POLLIN;
         }
+        // A connector that finds less than it was told of must not hold up the others.
         if (setFDNonblock(fd) == -1) {
             throw Error(Error::CallerGenericError,
                         "Can't set O_NONBLOCK for fd %d (connector #%u): %s", fd, i,
@@ -180,6 +182,8 @@ int CallerExec::pollEntries_(const SigMask& mask, std::chrono::nanoseconds longe
     return ready;
 }
 
+// A pipe that others have closed is ready as well (POLLHUP without POLLIN): its connector finds the
+// end.
 void CallerExec::serveEntries_() {
     for (unsigned i = 0; i < nfds; ++i) {
         if (pollfds[i].revents != 0 && slot_connectors[i]->process() < 1) {
@@ -253,12 +257,14 @@ void CallerExec::finishMainLoop_() {
     restoreDispositions_();
 }
 
+// A child whose status nobody knows (see above) has neither exited nor been killed.
 void CallerExec::analyzeExitStatus_() {
     exited_normally = WIFEXITED(wait_status);
     status = exited_normally ? WEXITSTATUS(wait_status) : -1;
     term_signal = WIFSIGNALED(wait_status) ? WTERMSIG(wait_status) : 0;
 }
 
+// The kernel's file reads "0" or "1"; only its first character counts.
 std::string CallerExec::getCoreDumpName() const {
     if (term_signal == 0 || (wait_status & core_dump_bit) == 0) {
         return {};

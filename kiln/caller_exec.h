@@ -46,6 +46,7 @@ public:
     void leave() override;
 
     // The file that the kernel wrote when a signal ended the child with a core dump, or "".
+    // Part of the interface; nothing in this project calls it.
     std::string getCoreDumpName() const;
 
     // The handler of SIGCHLD while a child runs; it does no more than set the flag.

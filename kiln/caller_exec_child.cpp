@@ -60,7 +60,7 @@ void CallerExec::doKid_() noexcept {
         if (intrinsics.own_group) {
             setpgid(0, 0);
         }
-        connectKid_();
+        connectKid_();  // first, so that a failure behind it is told to whoever reads the output
         restoreDispositions_();
         restore_file_size_signal();
         if (!intrinsics.work_dir.empty() && chdir(intrinsics.work_dir.c_str()) != 0) {
@@ -94,7 +94,7 @@ void CallerExec::connectKid_() {
 void CallerExec::execKid_() {
     const std::string path = get_full_name(program.c_str(), env);
     std::vector<char*> argv = pointers_to(args);
-    argv.insert(argv.begin(), program.data());
+    argv.insert(argv.begin(), program.data());  // its bare name: a shell shows it in messages
     const std::vector<char*> envp = pointers_to(env);
     execve(path.c_str(), argv.data(), envp.data());
     fail_kid("Can't execute %s", program.c_str());

@@ -39,12 +39,13 @@ long CtoDynaBuf::process() {
     char chunk[chunk_size];
     const ssize_t count = read(pfd->fd, chunk, sizeof chunk);
     if (count < 0) {
+        // EAGAIN ends it too: only an entry that is ready is asked.
         return errno == EINTR ? keep_entry : -errno;
     }
     if (count > 0) {
         const auto size = static_cast<std::size_t>(count);
         if (!store(chunk, size) && !keep_draining) {
-            return close_entry;
+            return close_entry;  // and the copy goes without this chunk
         }
         copy_to_tee(chunk, size);
     }

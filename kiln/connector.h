@@ -55,6 +55,7 @@ private:
 };
 
 // Feeds the child from a fixed area, which must outlive the call.
+// Part of the interface; nothing in this project calls it.
 class CfromStaticBuf : public Connector {
 public:
     CfromStaticBuf(const char* bytes, std::size_t byte_count, pollfd* entry)
@@ -70,6 +71,7 @@ public:
 };
 
 // Takes nothing: the pipe end is closed as soon as the child writes or ends.
+// Part of the interface; nothing in this project calls it.
 class CtoStaticBuf : public Connector {
 public:
     using Connector::Connector;

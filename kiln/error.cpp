@@ -32,6 +32,7 @@ constexpr DomainRow domains_[] = {
     {0, "Unknown error domain"},
 };
 
+// Ends at the last row at the latest: its code is that of no other.
 const ErrorRow& find_error(Error::Code code) {
     const ErrorRow* row = errors_;
     while (row->code != code && row->code != Error::UnknownError) {

@@ -2,6 +2,7 @@
 // runner, caught by runscript and by whoever drives a CallerExec itself.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 
@@ -26,7 +27,7 @@ public:
 
     Code code;
     std::uint32_t error_domain;
-    std::uint32_t error_category;  // groups codes within a domain
+    std::uint32_t error_category;  // groups codes within a domain; nothing here reads it
     const char* error_message;     // the table's text for the code, not owned
     char error_detail[text_size];
 

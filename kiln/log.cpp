@@ -34,6 +34,7 @@ void write_time_stamp(std::FILE* stream) {
     std::fprintf(stream, "%lu ", static_cast<unsigned long>(std::time(nullptr)));
 }
 
+// Flushed line by line: who ends without warning has said what was said.
 void write_line(std::FILE* stream, int level, const char* message) {
     std::fprintf(stream, "%s%s\n", prefix_of(level), message);
     std::fflush(stream);
@@ -84,7 +85,7 @@ void log_ap(int level, int errnum, const char* format, std::va_list arguments) {
         write_time_stamp(state.log_file.get());
         write_line(state.log_file.get(), level, message);
     }
-    if (level < 0) {
+    if (level < 0) {  // kept also where nothing is shown
         std::memcpy(error_buffer, message, sizeof error_buffer);
     }
     errno = saved_errno;
@@ -108,7 +109,7 @@ int err(int status, int errnum, const char* format, ...) {
 int log_set_file(const char* path) {
     LogState& state = log_state();
     const int saved_errno = errno;
-    state.log_file.reset();
+    state.log_file.reset();  // first: after a failure no log is open
     int result = 0;
     if (path != nullptr) {
         state.log_file = open_log(path);

@@ -21,7 +21,7 @@ struct LogState {
 // The one instance of the process.
 LogState& log_state();
 
-// Logs one line at `level`.
+// Logs one line at `level`. Part of the interface; nothing in this project calls it.
 void log(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // Logs one error line, with ": " and the system's text for `errnum` when that is not 0, and returns
@@ -35,17 +35,20 @@ void log_ap(int level, int errnum, const char* format, std::va_list arguments)
 // Closes the log file, then opens `path` for appending unless it is null, with mode 0644 when it is
 // new. Returns 0, or -1 after reporting through err(); no log file is open then. A FIFO that nobody
 // reads cannot be opened, and one that is full loses lines: the log never waits.
+// Part of the interface; nothing in this project calls it.
 int log_set_file(const char* path);
 
-// Each returns the previous value.
+// Each returns the previous value. Part of the interface; nothing in this project calls it.
 int log_set_quiet(int quiet);
 int log_set_verbose(int verbose);
 int log_set_level(int level);
 
+// Part of the interface; nothing in this project calls it.
 int log_get_verbose();
 int log_get_level();
 
 // The text of the last error, without prefix and newline; empty before the first one. Both return
 // the same static buffer, which the next error overwrites.
+// Part of the interface; nothing in this project calls it.
 const char* get_error_buffer();
 const char* get_last_error();

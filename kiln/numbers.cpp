@@ -38,6 +38,7 @@ std::int64_t leading_int64(const char* text) {
     return number;
 }
 
+// Cut, not clamped: 2147483648 reads as -2147483648, 4294967297 as 1.
 std::int32_t leading_int(const char* text) {
     return from_bits(static_cast<std::uint32_t>(leading_int64(text)));
 }
@@ -52,10 +53,7 @@ std::int32_t wrap_mul(std::int32_t a, std::int32_t b) {
     return from_bits(bits_of(a) * bits_of(b));
 }
 
-std::int32_t wrap_shift_left(std::int32_t value, unsigned bits) {
-    return from_bits(bits_of(value) << bits);
-}
-
+// A NaN is in no range and so falls through to the last return, here and above.
 std::int32_t truncate_to_int32(float value) {
     if (value >= two_to_31) {
         return std::numeric_limits<std::int32_t>::max();

@@ -18,9 +18,6 @@ std::int32_t wrap_add(std::int32_t a, std::int32_t b);
 std::int32_t wrap_sub(std::int32_t a, std::int32_t b);
 std::int32_t wrap_mul(std::int32_t a, std::int32_t b);
 
-// Bits leave at the top, zeros enter at the bottom; `bits` is 0 to 31.
-std::int32_t wrap_shift_left(std::int32_t value, unsigned bits);
-
 // Truncation toward zero, clamped: INT32_MAX from 2^31 up, INT32_MIN for anything too low and for
 // NaN.
 std::int32_t truncate_to_int32(float value);

@@ -23,8 +23,7 @@ public:
     ~Descriptor() { reset(); }
 
     int get() const noexcept { return fd_; }
-    bool valid() const noexcept { return fd_ >= 0; }
-    explicit operator bool() const noexcept { return valid(); }
+    explicit operator bool() const noexcept { return fd_ >= 0; }
 
     // Leaves the descriptor open and to the caller.
     int release() noexcept { return std::exchange(fd_, -1); }

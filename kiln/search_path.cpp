@@ -26,7 +26,8 @@ const std::string* find_path(const std::list<std::string>& env) {
     return nullptr;
 }
 
-// `element` is a directory, the first one still behind the variable's name.
+// `element` is a directory, the first one still behind the variable's name: the entry
+// PATH=/usr/local/bin/:/usr/bin falls into "PATH=/usr/local/bin/" and "/usr/bin".
 std::string candidate(std::string element, const char* name) {
     // Checked access: an empty element is refused here.
     if (element.at(element.size() - 1) == '/') {

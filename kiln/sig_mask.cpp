@@ -12,6 +12,7 @@ constexpr const char* signal_names[] = {
     "SIGXCPU",   "SIGXFSZ", "SIGVTALRM", "SIGPROF", "SIGWINCH", "SIGIO",   "SIGPWR"};
 constexpr int last_named_signal = 30;
 
+// The call fails for a wrong `how` alone; that it is repeated is part of the contract.
 void change_mask(int how, const sigset_t& change, sigset_t* previous) {
     while (sigprocmask(how, &change, previous) != 0) {
     }
@@ -26,6 +27,7 @@ sigset_t set_of(const std::vector<int>& signals) {
     return set;
 }
 
+// Asked for by blocking nothing.
 sigset_t current_mask() {
     const sigset_t nothing = set_of({});
     sigset_t mask;

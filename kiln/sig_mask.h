@@ -25,7 +25,7 @@ public:
     void revert();
 
     // A text for a person: the signals from 1 to 30 that are blocked now, and what revert() would
-    // do.
+    // do. Part of the interface; nothing in this project calls it.
     std::string dump() const;
 
     bool changed = false;  // block() or unblock() has been called

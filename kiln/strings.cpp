@@ -27,7 +27,8 @@ bool contains(std::string_view text, std::string_view part) {
 }
 
 void strip(std::string& s) {
-    s.erase(s.find_last_not_of(blanks) + 1);  // npos + 1 is 0: nothing but blanks
+    // The end first: it leaves an empty string where there is nothing but blanks (npos + 1 is 0).
+    s.erase(s.find_last_not_of(blanks) + 1);
     s.erase(0, s.find_first_not_of(blanks));
 }
 
