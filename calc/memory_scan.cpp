@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "calc/host_profile.h"
 #include "calc/process_memory.h"
 #include "kiln/files.h"
 #include "kiln/owners.h"
@@ -89,4 +90,14 @@ Kiln::Result<MemoryPages> scan_memory(const Host& host) {
         cap_at_physical_pages(totals.vm_kib / kib_per_page, host.physical_pages()),
         totals.lck_kib / kib_per_page,
     };
+}
+
+Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages) {
+    const Kiln::Result<MemoryPages> found = scan_memory(host);
+    if (!found) {
+        return Kiln::Reason{found.reason()};
+    }
+    raise_to(privvmpages, found->privvmpages);
+    raise_to(lockedpages, found->lockedpages);
+    return {};
 }

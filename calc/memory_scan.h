@@ -14,3 +14,7 @@ struct MemoryPages {
 // The totals of this moment, or why the processes cannot be listed. A process that cannot be read
 // is left out.
 Kiln::Result<MemoryPages> scan_memory(const Host& host);
+
+// What a pass and the calculator make of it: raises both counts to the totals of this moment, and
+// leaves them as they are when the processes cannot be listed.
+Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages);

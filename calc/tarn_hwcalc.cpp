@@ -59,13 +59,8 @@ int TarnHWCalc::calcProcParams(PhysParams* params) {
 }
 
 int TarnHWCalc::calcMemInfoByVmSize(PhysParams* params) {
-    const Kiln::Result<MemoryPages> found = scan_memory(host);
-    if (!found) {
-        return setError(ERR_PROC, "%s", found.reason().c_str());
-    }
-    set_max(params->privvmpages, found->privvmpages);
-    set_max(params->lockedpages, found->lockedpages);
-    return 0;
+    const Kiln::Done done = raise_memory(host, params->privvmpages, params->lockedpages);
+    return done ? 0 : setError(ERR_PROC, "%s", done.reason().c_str());
 }
 
 int TarnHWCalc::calcQuotaUGIDLimit(PhysParams* params) {

@@ -77,6 +77,7 @@ public:
     void printPhysParams(const PhysParams& params) const;
 
     // Raises `counter` to `value` if it is lower; signed comparison.
+    // Part of the interface; nothing in this project calls it.
     static void set_max(std::int32_t& counter, std::int32_t value);
 
     // `value` truncated toward zero, kept within 32 signed bits: 2147483647 from 2^31 up,

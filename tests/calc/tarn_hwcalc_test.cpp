@@ -10,6 +10,7 @@
 #include <functional>
 #include <iterator>
 #include <tuple>
+#include <utility>
 
 #include "tests/support/made_up_host.h"
 
@@ -78,6 +79,15 @@ TEST(NetIfaceList, EthernetInterfacesAsText) {
     EXPECT_EQ(list.get_netif(), ";ifname=eth0,dhcp=yes;ifname=eth1");
     list.erase(list.begin());
     EXPECT_EQ(list.get_netif(), "ifname=eth0,dhcp=yes;ifname=eth1");
+}
+
+TEST(TarnHWCalc, RaisesAndTruncatesForOthersToo) {
+    std::int32_t counter = -5;
+    for (const auto& [value, raised] : {std::pair(-6, -5), {7, 7}, {-1, 7}}) {
+        TarnHWCalc::set_max(counter, value);
+        EXPECT_EQ(counter, raised) << value;
+    }
+    EXPECT_EQ(TarnHWCalc::check_overflow_parameter("NUMPROC", 3e9F), 2147483647);
 }
 
 TEST(TarnHWCalc, PrintsTheProfileUnsigned) {
