@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <map>
 
-#include "plan/text/printable.h"
 #include "plan/report/report_page.h"
 #include "plan/report/report_server.h"
 #include "plan/report/report_sources.h"
 #include "plan/report/report_table.h"
 #include "plan/report/thinning.h"
+#include "plan/text/printable.h"
 #include "tests/plan/recordings.h"
 
 namespace {
