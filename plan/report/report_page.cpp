@@ -2,12 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "plan/explain/explanation_json.h"
 #include "plan/recording/json_text.h"
 #include "plan/report/page/page_text.h"
+#include "plan/text/utc.h"
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 template <class T>
 Json optional_json(const std::optional<T>& value) {
@@ -24,10 +26,10 @@ Json row_json(const ReportServer& s) {
             {"disk", optional_json(s.disk)},
             {"processes", optional_json(s.processes)},
             {"descriptors", optional_json(s.descriptors)},
-            {"coverage", s.coverage},
-            {"grade", s.coverage_grade},
-            {"passes", s.passes},
-            {"planned", s.planned_passes},
+            {"grade", s.explanation ? s.explanation->coverage.grade : 0},
+            {"coverage", s.explanation ? grade_name(s.explanation->coverage.grade) : ""},
+            {"taken", s.explanation ? s.explanation->coverage.taken : 0},
+            {"planned", s.explanation ? s.explanation->coverage.planned : 0},
             {"warnings", s.warnings.size()}};
 }
 
@@ -36,14 +38,6 @@ Json fleet_json(const ReportFleet& fleet) {
             {"generated", fleet.generated_utc},
             {"version", fleet.version},
             {"servers", list_to_json(fleet.servers, row_json)}};
-}
-
-Json line_json(const ReportLine& line) {
-    return {
-        {"name", line.name},         {"barrier", line.barrier}, {"limit", line.limit},
-        {"meaning", line.meaning},   {"seen", line.seen},       {"at", optional_json(line.seen_at)},
-        {"pass", line.seen_in_pass}, {"basis", line.basis},     {"factor", line.factor},
-        {"margin", line.margin},     {"remarks", line.remarks}};
 }
 
 // Seconds and values by turns, which is shorter than pairs.
@@ -56,36 +50,23 @@ Json points_json(const std::vector<ReportPoint>& points) {
     return flat;
 }
 
-Json series_json(const ReportSeries& series) {
-    return {{"name", series.name},
-            {"label", series.label},
-            {"unit", series.unit},
-            {"bytes", series.unit_bytes},
-            {"points", points_json(series.points)},
-            {"peak", {{"at", series.peak.seconds}, {"value", series.peak.value}}},
-            {"pass", series.peak_pass},
-            {"floor", optional_json(series.floor)},
-            {"barrier", optional_json(series.barrier)},
-            {"remarks", series.remarks}};
-}
-
-Json gap_json(const ReportGap& gap) {
-    return {gap.from, gap.to};
-}
-
+// What `explain --json` says of the server, with the points of every count, and what the table of
+// all servers leaves out.
 Json details_json(const ReportServer& s) {
-    return {{"machine", s.machine},
-            {"kernel", s.kernel},
-            {"pageSize", s.page_size},
-            {"start", s.start_utc},
-            {"period", s.period},
-            {"failedPasses", s.failed_passes},
-            {"gap", s.longest_gap},
-            {"gaps", list_to_json(s.gaps, gap_json)},
-            {"warnings", s.warnings},
-            {"lines", list_to_json(s.lines, line_json)},
-            {"series", list_to_json(s.series, series_json)},
-            {"notes", s.notes}};
+    Json details = {{"warnings", s.warnings}, {"notes", s.notes}, {"period", s.period}};
+    if (s.header) {
+        details["machine"] = s.header->machine;
+        details["kernel"] = s.header->kernel;
+        details["page_size"] = s.header->page_size;
+        details["start"] = utc_text(s.header->start);
+    }
+    if (s.explanation) {
+        details["explanation"] = explanation_json(*s.explanation);
+        for (std::size_t i = 0; i < s.points.size(); ++i) {
+            details["explanation"]["counts"][i]["points"] = points_json(s.points[i]);
+        }
+    }
+    return details;
 }
 
 // JSON that may stand inside a script element. Only strings can hold a "<", and there it may be

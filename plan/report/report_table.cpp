@@ -31,9 +31,12 @@ std::string csv_cell(std::optional<std::uint64_t> number) {
 }
 
 std::string csv_row(const ReportServer& s) {
-    const auto known = [&s](std::int64_t number) {
-        return s.coverage == 0 ? std::string() : std::to_string(number);
+    const std::optional<Coverage> coverage =
+        s.explanation ? std::optional(s.explanation->coverage) : std::nullopt;
+    const auto known = [&](std::int64_t number) {
+        return coverage ? std::to_string(number) : std::string();
     };
+    const Coverage shown = coverage.value_or(Coverage());
     const std::string cells[] = {
         csv_cell(s.name),
         name_of(s.state),
@@ -42,10 +45,10 @@ std::string csv_row(const ReportServer& s) {
         csv_cell(s.disk),
         csv_cell(s.processes),
         csv_cell(s.descriptors),
-        csv_cell(s.coverage_grade),
-        known(s.passes),
-        known(s.planned_passes),
-        known(s.longest_gap),
+        coverage ? grade_name(shown.grade) : "",
+        known(shown.taken),
+        known(shown.planned),
+        known(shown.longest_gap_ms / 1000),
         std::to_string(s.warnings.size()),
         csv_cell(Kiln::join("; ", s.warnings)),
     };
@@ -82,7 +85,7 @@ Row text_row(const ReportServer& s) {
             known_or_dash(s.disk, of_kib),
             known_or_dash(s.processes, plain),
             known_or_dash(s.descriptors, plain),
-            s.coverage == 0 ? "-" : printable(s.coverage_grade),
+            s.explanation ? grade_name(s.explanation->coverage.grade) : "-",
             plain(s.warnings.size())};
 }
 

@@ -18,23 +18,32 @@ function pointsOf(series) {
     return points;
 }
 
+const seconds = (milliseconds) => Math.floor(milliseconds / 1000);
+
+// Of the line that the count gives its size. One that wrapped around is no height in a chart.
+function barrierOf(series, details) {
+    const line = details.explanation.lines.find(({name}) => name === series.line);
+    return line?.barrier <= Number.MAX_SAFE_INTEGER ? line.barrier : null;
+}
+
 function chartFigure(series, server, details) {
     const figure = byId("chart-template").content.firstElementChild.cloneNode(true);
     const points = pointsOf(series);
-    const peak = "Peak " + exactly(series, series.peak.value) + " at " +
-        clock(details.start, series.peak.at) + ", pass " + count(series.pass) + ".";
+    const barrier = barrierOf(series, details);
+    const peak = series.peak && "Peak " + exactly(series, series.peak.value) + " at " +
+        clock(details.start, seconds(series.peak.at_ms)) + ", pass " + count(series.peak.pass) + ".";
     const rest = [series.floor !== null && "Floor " + inUnit(series, series.floor) + ".",
-        series.barrier !== null && "Barrier " + inUnit(series, series.barrier) + "."];
+        barrier !== null && "Barrier " + inUnit(series, barrier) + "."];
     setText(figure, "strong", series.label);
-    setText(figure, ".peak-text", points.length ? peak : "Nothing was measured.");
+    setText(figure, ".peak-text", peak ?? "Nothing was measured.");
     setText(figure, ".rest", rest.filter(Boolean).join(" "));
     setText(figure, ".remarks", series.remarks.join("; "));
     figure.querySelector("canvas").setAttribute("aria-label",
-        visible("Chart of " + series.label + " on " + server.name + " over time. " + peak +
+        visible("Chart of " + series.label + " on " + server.name + " over time. " + (peak ?? "") +
             " The numbers stand in a table below."));
     fillNumbers(figure, points, details, series.label + " on " + server.name +
-        (series.unit ? ", in " + series.unit : ""));
-    plans.set(figure, {series, points, details});
+        (unitOf(series) ? ", in " + unitOf(series) : ""));
+    plans.set(figure, {series, points, details, barrier});
     return figure;
 }
 
@@ -77,36 +86,39 @@ const axis = (end, marks, callback) => ({
 });
 
 function markText(series, value) {
-    if (!series.bytes || value === 0) {
+    if (!series.unit_bytes || value === 0) {
         return count(value);
     }
-    return bytes(value * series.bytes, 2).replace(/\.00 /, " ").replace(/(\.\d)0 /, "$1 ");
+    return bytes(value * series.unit_bytes, 2).replace(/\.00 /, " ").replace(/(\.\d)0 /, "$1 ");
 }
 
-function valueAxis(series) {
-    const top = 1.05 * Math.max(series.peak.value, series.floor, series.barrier, 1);
-    const unit = series.bytes || 1;
-    const marks = marksUpTo(top * unit, series.bytes ? "bytes" : "things");
+function valueAxis(series, barrier) {
+    const top = 1.05 * Math.max(series.peak?.value ?? 0, series.floor, barrier, 1);
+    const unit = series.unit_bytes || 1;
+    const marks = marksUpTo(top * unit, series.unit_bytes ? "bytes" : "things");
     return axis(top, marks.map((mark) => mark / unit),
         (value) => markText(series, value));
 }
+
+const gapsOf = (details) => details.explanation.coverage.gaps.map(
+    (gap) => [seconds(gap.from_ms), seconds(gap.to_ms)]);
 
 function level(label, value, ends, dash) {
     return {label, data: value === null ? [] : ends.map((x) => ({x, y: value})),
         borderDash: dash, borderWidth: 2, pointRadius: 0};
 }
 
-function dataSets(series, points, details, ends) {
-    const isAcross = (segment) => details.gaps.some(
+function dataSets({series, points, details, barrier}, ends) {
+    const isAcross = (segment) => gapsOf(details).some(
         ([from, to]) => segment.p0.parsed.x <= from && segment.p1.parsed.x >= to);
-    const peak = points.length ? [{x: series.peak.at, y: series.peak.value}] : [];
+    const peak = series.peak ? [{x: seconds(series.peak.at_ms), y: series.peak.value}] : [];
     return [
         {label: "measured", data: points, borderWidth: 1.5,
             pointRadius: points.length > 1 ? 0 : 2,
             segment: {borderColor: (segment) => isAcross(segment) ? "transparent" : undefined}},
         {label: "peak", data: peak, pointRadius: 4, showLine: false},
         level("floor", series.floor, ends, [2, 3]),
-        level("barrier", series.barrier, ends, [7, 4]),
+        level("barrier", barrier, ends, [7, 4]),
     ];
 }
 
@@ -135,14 +147,14 @@ const marks = {
     },
 };
 
-function options(series, details, ends) {
+function options({series, details, barrier}, ends) {
     const title = (items) => clock(details.start, items[0].parsed.x);
     return {
         animation: false, responsive: true, maintainAspectRatio: false, parsing: false,
         normalized: true, layout: {padding: {top: 18, right: 6}},
         interaction: {mode: "nearest", axis: "x", intersect: false},
-        gaps: details.gaps, peakText: inUnit(series, series.peak.value),
-        scales: {x: axis(ends[1], marksUpTo(ends[1], "seconds"), span), y: valueAxis(series)},
+        gaps: gapsOf(details), peakText: series.peak ? inUnit(series, series.peak.value) : "",
+        scales: {x: axis(ends[1], marksUpTo(ends[1], "seconds"), span), y: valueAxis(series, barrier)},
         plugins: {
             legend: {display: false},
             tooltip: {filter: (item) => item.datasetIndex === 0, callbacks: {title,
@@ -174,11 +186,12 @@ function draw(figure) {
     if (charts.has(figure)) {
         return;
     }
-    const {series, points, details} = plans.get(figure);
+    const made = plans.get(figure);
+    const {points} = made;
     const ends = [0, Math.max(points.length ? points[points.length - 1].x : 0, 1)];
     const plan = {
-        type: "line", data: {datasets: dataSets(series, points, details, ends)},
-        options: options(series, details, ends), plugins: [marks],
+        type: "line", data: {datasets: dataSets(made, ends)},
+        options: options(made, ends), plugins: [marks],
     };
     paint(plan);
     charts.set(figure, new Chart(figure.querySelector("canvas"), plan));

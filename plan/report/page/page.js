@@ -23,11 +23,11 @@ function stateCell(server) {
 }
 
 function coverageCell(server) {
-    if (!server.coverage) {
+    if (!server.grade) {
         return cell("–");
     }
-    const passes = count(server.passes) + " of " + count(server.planned) + " passes";
-    return make("td", "", visible(server.grade), make("small", "", passes));
+    const passes = count(server.taken) + " of " + count(server.planned) + " passes";
+    return make("td", "", visible(server.coverage), make("small", "", passes));
 }
 
 function fleetRow(server, index) {
@@ -38,7 +38,7 @@ function fleetRow(server, index) {
     cells.splice(4, 0, coverageCell(server));
     const row = labelled(make("tr", "", rowHeading(link), stateCell(server), ...cells),
         byId("servers").tHead.rows[0].cells);
-    const text = [server.name, server.reason, stateNames[server.state], server.grade]
+    const text = [server.name, server.reason, stateNames[server.state], server.coverage]
         .map(visible).join("\n").toLowerCase();
     return {server, index, row, text};
 }
@@ -107,44 +107,50 @@ function showTotals() {
 // ---- One server ----
 
 function facts(server, details) {
-    const failed = details.failedPasses ? ", " + count(details.failedPasses) + " failed" : "";
-    const passes = count(server.passes) + " of " + count(server.planned) + failed;
+    const coverage = details.explanation?.coverage;
+    const failed = coverage?.failed ? ", " + count(coverage.failed) + " failed" : "";
+    const passes = count(server.taken) + " of " + count(server.planned) + failed;
+    const gap = seconds(coverage?.longest_gap_ms ?? 0);
     return [
         ["Started", details.start && clock(details.start, 0) + " UTC"],
         ["Passes", server.planned && passes],
         ["A pass every", details.period && span(details.period)],
-        ["Longest gap", details.gap && span(details.gap)],
-        ["Coverage", server.grade],
+        ["Longest gap", gap && span(gap)],
+        ["Coverage", server.coverage],
         ["Machine", details.machine],
         ["Kernel", details.kernel],
-        ["Page size", details.pageSize && bytes(details.pageSize)],
+        ["Page size", details.page_size && bytes(details.page_size)],
     ].filter(([, text]) => text);
 }
 
 function whenCell(details, line) {
-    if (line.at === null) {
+    if (line.peak === null) {
         return cell("");
     }
-    return make("td", "time", clock(details.start, line.at),
-        make("small", "", "pass " + count(line.pass)));
+    return make("td", "time", clock(details.start, seconds(line.peak.at_ms)),
+        make("small", "", "pass " + count(line.peak.pass)));
 }
 
 function limitCell(line) {
-    const made = cell(grouped(line.barrier), "number");
-    if (line.limit && line.limit !== line.barrier) {
-        made.append(make("small", "", "limit " + visible(grouped(line.limit))));
+    const [barrier, limit] = line.barrier === null ? [line.value] : line.value.split(":");
+    const made = cell(grouped(barrier), "number");
+    if (limit && limit !== barrier) {
+        made.append(make("small", "", "limit " + visible(grouped(limit))));
     }
     return made;
 }
 
 function lineRow(details, line) {
-    const scaling = [line.factor && "× " + line.factor, line.margin && "+ " + line.margin];
+    const scaling = [line.factor && "× " + line.factor,
+        line.margin && "+ " + Math.round((line.margin - 1) * 1000) / 10 + " %"];
+    const basis = [line.basis, line.basis === "floor" && "of " + line.floor,
+        line.made_from.length > 0 && "from " + line.made_from.join(", ")];
     const remarks = line.remarks.map((text) => make("div", "", visible(text)));
-    return make("tr", line.basis.startsWith("floor") ? "floor-row" : "",
+    return make("tr", line.basis === "floor" ? "floor-row" : "",
         rowHeading(visible(line.name)),
         limitCell(line), cell(line.meaning, "number meaning"),
         cell(line.seen, "number meaning"),
-        whenCell(details, line), cell(line.basis),
+        whenCell(details, line), cell(basis.filter(Boolean).join(" ")),
         cell(scaling.filter(Boolean).join(", ")), make("td", "wide", ...remarks));
 }
 
@@ -155,9 +161,10 @@ function fillExplanation(section, server, details) {
     setText(explanation, "caption", caption);
     explanation.querySelector(".scroll").setAttribute("aria-label", caption);
     const headings = explanation.querySelectorAll("thead th");
+    const lines = details.explanation?.lines ?? [];
     explanation.querySelector("tbody").append(
-        ...details.lines.map((line) => labelled(lineRow(details, line), headings)));
-    explanation.hidden = details.lines.length === 0;
+        ...lines.map((line) => labelled(lineRow(details, line), headings)));
+    explanation.hidden = lines.length === 0;
 }
 
 function fillHead(section, server, details) {
@@ -191,9 +198,10 @@ function build(index) {
     const toCharts = section.querySelector(".to-charts");
     overTime.id = section.id + "-charts";
     toCharts.href = "#" + overTime.id;
-    overTime.hidden = toCharts.hidden = details.series.length === 0;
+    const counts = details.explanation?.counts ?? [];
+    overTime.hidden = toCharts.hidden = counts.length === 0;
     section.querySelector(".charts").append(
-        ...details.series.map((series) => chartFigure(series, server, details)));
+        ...counts.map((series) => chartFigure(series, server, details)));
     section.querySelector(".close").addEventListener("click", () => close(section));
     return section;
 }

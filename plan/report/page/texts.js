@@ -10,8 +10,14 @@ const grouped = (text) => /^\d+$/.test(text) ? count(BigInt(text)) : text;
 // Characters that would be invisible or turn the text around are shown by their codes.
 const unseen = new RegExp("[\\u0000-\\u0009\\u000b-\\u001f\\u007f-\\u009f\\u061c" +
     "\\u200b-\\u200f\\u2028-\\u202e\\u2066-\\u2069\\ufeff]", "g");
-const visible = (text) => String(text).replace(unseen,
+const visible = (text) => plain(text).replace(unseen,
     (c) => "\\u" + c.charCodeAt(0).toString(16).padStart(4, "0"));
+
+// A text that is no UTF-8 comes as the digits of its bytes.
+function plain(text) {
+    const bytes = text?.hex?.match(/../g)?.map((digits) => parseInt(digits, 16));
+    return bytes ? new TextDecoder().decode(Uint8Array.from(bytes)) : String(text);
+}
 
 function bytes(value, digits = 1) {
     const units = ["bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"];
@@ -49,11 +55,18 @@ function clock(start, seconds) {
 }
 
 const inUnit = (series, value) =>
-    series.bytes ? bytes(value * series.bytes) : count(value);
+    series.unit_bytes ? bytes(value * series.unit_bytes) : count(value);
+
+// "KiB", "pages of 4 KiB"; nothing for things that are just counted.
+function unitOf(series) {
+    const kib = series.unit_bytes / 1024;
+    return kib < 1 ? "" : kib === 1 ? "KiB" : "pages of " + kib + " KiB";
+}
 
 function exactly(series, value) {
-    const plain = series.unit ? count(value) + " " + series.unit : count(value);
-    return series.bytes ? plain + " (" + inUnit(series, value) + ")" : plain;
+    const unit = unitOf(series);
+    const number = unit ? count(value) + " " + unit : count(value);
+    return series.unit_bytes ? number + " (" + inUnit(series, value) + ")" : number;
 }
 
 function make(tag, className, ...content) {

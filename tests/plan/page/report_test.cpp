@@ -63,10 +63,10 @@ ReportServer done_server(const std::string& name) {
     server.disk = 2097152;
     server.processes = 288;
     server.descriptors = 11174;
-    server.coverage = 5;
-    server.coverage_grade = "complete";
-    server.passes = server.planned_passes = 2016;
-    server.longest_gap = 301;
+    Coverage& coverage = server.explanation.emplace().coverage;
+    coverage.grade = 5;
+    coverage.taken = coverage.planned = 2016;
+    coverage.longest_gap_ms = 301999;
     return server;
 }
 
@@ -130,8 +130,7 @@ TEST(Server, IsDoneOnlyAtThePlannedEnd) {
     EXPECT_EQ(server.state, ServerState::done);
     EXPECT_EQ(server.reason, "");
     EXPECT_EQ(server.processes, 1200U);
-    EXPECT_EQ(server.series[0].peak.value, 1000);
-    EXPECT_EQ(server.series[0].peak_pass, 2);
+    EXPECT_EQ(server.points[0][1].value, 1000);
     add_reason(server, "cannot be reached");
     EXPECT_EQ(server.state, ServerState::partly);
     EXPECT_EQ(server.reason, "cannot be reached");
