@@ -15,14 +15,14 @@ struct ProcessFigure {
 
 // Totals "since boot" only grow while the host is up; a reboot (another boot id) starts them anew.
 struct Usage {
-    std::optional<std::int64_t>
-        uptime_ms;  // of the moment of the reading, the time that rates are divided by
+    // Of the moment of the reading: the time that rates are divided by.
+    std::optional<std::int64_t> uptime_ms;
     std::optional<std::int64_t> tasks;  // threads of all processes that have memory of their own
     std::optional<std::int64_t> memory_kib;  // in use, page cache left out
     std::optional<std::int64_t> swap_kib;    // in use
     std::optional<std::int64_t> shm_kib;     // in use on /dev/shm
-    std::optional<std::int64_t>
-        cpu_ms;  // since boot, all processors: user, nice, system, irq, softirq
+    // Since boot, of all processors: user, nice, system, irq, softirq.
+    std::optional<std::int64_t> cpu_ms;
     std::optional<std::int64_t> runnable;         // processes that run or want to
     std::optional<std::int64_t> cpu_pressure_us;  // since boot: some task waited
     std::optional<std::int64_t> memory_pressure_us;
