@@ -52,7 +52,7 @@ Kiln::Result<ProcessIds> list_process_ids(const std::string& proc, DIR* director
 }
 
 // A process whose status cannot be read has ended meanwhile and is left out.
-ProcessTables read_processes(int proc_fd, const ProcessIds& pids) {
+ProcessTables read_processes(int proc_fd, const ProcessIds& pids, ProcessObserver* observer) {
     ProcessTables tables;
     std::string text;  // keeps its room from one process to the next
     for (const std::int32_t pid : pids) {
@@ -61,6 +61,9 @@ ProcessTables read_processes(int proc_fd, const ProcessIds& pids) {
         text.clear();
         if (file && Kiln::append_rest(file.get(), text) == 0) {
             add_process(tables, pid, text);
+            if (observer != nullptr) {
+                observer->saw_process(proc_fd, pid, text);
+            }
         }
     }
     return tables;
@@ -74,7 +77,7 @@ std::int32_t cap_at_physical_pages(std::int32_t pages, std::int64_t physical_pag
 
 }  // namespace
 
-Kiln::Result<MemoryPages> scan_memory(const Host& host) {
+Kiln::Result<MemoryPages> scan_memory(const Host& host, ProcessObserver* observer) {
     const std::string& proc = host.paths.proc;
     const Kiln::Directory directory(opendir(proc.c_str()));
     if (!directory) {
@@ -84,7 +87,7 @@ Kiln::Result<MemoryPages> scan_memory(const Host& host) {
     if (!pids) {
         return Kiln::Reason{pids.reason()};
     }
-    const ProcessTables tables = read_processes(dirfd(directory.get()), *pids);
+    const ProcessTables tables = read_processes(dirfd(directory.get()), *pids, observer);
     const MemoryTotals totals = sum_memory(tables);
     return MemoryPages{
         cap_at_physical_pages(totals.vm_kib / kib_per_page, host.physical_pages()),
@@ -92,8 +95,9 @@ Kiln::Result<MemoryPages> scan_memory(const Host& host) {
     };
 }
 
-Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages) {
-    const Kiln::Result<MemoryPages> found = scan_memory(host);
+Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages,
+                        ProcessObserver* observer) {
+    const Kiln::Result<MemoryPages> found = scan_memory(host, observer);
     if (!found) {
         return Kiln::Reason{found.reason()};
     }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "calc/process_observer.h"
 #include "inspect/host.h"
 #include "kiln/result.h"
 
@@ -12,9 +13,10 @@ struct MemoryPages {
 };
 
 // The totals of this moment, or why the processes cannot be listed. A process that cannot be read
-// is left out.
-Kiln::Result<MemoryPages> scan_memory(const Host& host);
+// is left out; the observer, which stays the caller's, sees every other one.
+Kiln::Result<MemoryPages> scan_memory(const Host& host, ProcessObserver* observer = nullptr);
 
 // What a pass and the calculator make of it: raises both counts to the totals of this moment, and
 // leaves them as they are when the processes cannot be listed.
-Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages);
+Kiln::Done raise_memory(const Host& host, std::int32_t& privvmpages, std::int32_t& lockedpages,
+                        ProcessObserver* observer = nullptr);

@@ -22,14 +22,12 @@ std::optional<SampleFailure> count_output(const Host& host, const SampleStep& st
     return {};
 }
 
-std::optional<SampleFailure> count_memory(const Host& host, SampleCounts& counts) {
-    const Kiln::Result<MemoryPages> found = scan_memory(host);
-    if (!found) {
-        return SampleFailure{SampleFailure::Source::processes, found.reason()};
-    }
-    counts[&PhysParams::privvmpages] = found->privvmpages;
-    counts[&PhysParams::lockedpages] = found->lockedpages;
-    return {};
+std::optional<SampleFailure> count_memory(const Host& host, SampleCounts& counts,
+                                          ProcessObserver* observer) {
+    const Kiln::Done raised = raise_memory(host, counts[&PhysParams::privvmpages],
+                                           counts[&PhysParams::lockedpages], observer);
+    return raised ? std::nullopt
+                  : std::optional(SampleFailure{SampleFailure::Source::processes, raised.reason()});
 }
 
 // Of the running maximum, not of the samples: the average nears the largest count from below.
@@ -50,8 +48,9 @@ TakenCounts SampleStep::counts() const {
 }
 
 std::optional<SampleFailure> take_step(const Host& host, const SampleStep& step,
-                                       SampleCounts& counts) {
-    return step.command != nullptr ? count_output(host, step, counts) : count_memory(host, counts);
+                                       SampleCounts& counts, ProcessObserver* observer) {
+    return step.command != nullptr ? count_output(host, step, counts)
+                                   : count_memory(host, counts, observer);
 }
 
 Sample take_sample(const Host& host) {

@@ -11,6 +11,7 @@
 
 #include "calc/counts.h"
 #include "calc/host_profile.h"
+#include "calc/process_observer.h"
 #include "calc/sample_parsers.h"
 #include "inspect/host.h"
 
@@ -84,9 +85,10 @@ struct SampleFailure {
 };
 
 // Takes one step, a forgiven one too, and adds what it finds to its count. Returns the failure, if
-// any, with the counts unchanged.
+// any, with the counts unchanged. The observer, if there is one, sees the processes of the memory
+// scan.
 std::optional<SampleFailure> take_step(const Host& host, const SampleStep& step,
-                                       SampleCounts& counts);
+                                       SampleCounts& counts, ProcessObserver* observer = nullptr);
 
 struct Sample {
     SampleCounts counts;
