@@ -12,6 +12,7 @@ foreach(program tarnhwcalc tarnhwplan)
   endif()
 endforeach()
 install(FILES README.md LICENSE DESTINATION ${docdir} COMPONENT program)
+install(FILES doc/report.png DESTINATION ${docdir}/doc COMPONENT program) # the README shows it
 install(FILES examples/distdetect-common.sh DESTINATION ${docdir}/examples COMPONENT program)
 install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONENT program)
 if(TARGET tarnhwplan)
@@ -19,7 +20,8 @@ if(TARGET tarnhwplan)
     DESTINATION ${docdir}/examples/systemd COMPONENT program)
   # Whoever records from here has results beside the playbooks.
   install(DIRECTORY examples/ansible DESTINATION ${docdir}/examples COMPONENT program
-    FILES_MATCHING PATTERN "README.md" PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.j2" PATTERN results EXCLUDE)
+    FILES_MATCHING PATTERN "README.md" PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.cfg" PATTERN "*.j2" PATTERN "*.sh"
+    PATTERN results EXCLUDE)
 endif()
 
 install(TARGETS tarnnet_static tarnnet_shared EXPORT tarnnet

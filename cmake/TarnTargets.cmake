@@ -40,7 +40,8 @@ if(TARN_HARDEN)
   target_compile_options(tarn_options INTERFACE
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -fstack-protector-strong
     -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${TARN_HAS_FORTIFY_3}>,3,2> -D_GLIBCXX_ASSERTIONS)
-  # Each where the processor and the compiler have it.
+  # Each where the processor and the compiler have it. What restricts jumps and returns marks every object of ours; a
+  # whole program gets the mark only where the C library's start files have it too, and Debian's have not.
   foreach(flag -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "TARN_HAS${flag}" known)
     check_cxx_compiler_flag(${flag} ${known})

@@ -11,6 +11,7 @@
 # What fails is said in one sentence on standard error, with status 1.
 set -u
 umask 077
+export LC_ALL=C
 action=$1 folder=$2 unit=$3
 shift 3
 service=/etc/systemd/system/$unit
