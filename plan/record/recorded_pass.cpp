@@ -9,13 +9,14 @@ namespace {
 
 // The child hands over what it has after every step, a line each: when a step hangs, the last line
 // has what came before it.
-void take_steps(const Host& host, const TakePiece& take_piece) {
+void take_steps(const Host& host, const UsageSources& sources, const TakePiece& take_piece) {
     RecordedPass pass;
+    ProcessUsage processes;
     pass.number = 1;
     pass.failure = "";
     take_piece(pass_line(pass));
     for (const SampleStep& step : sample_steps) {
-        const std::optional<SampleFailure> failure = take_step(host, step, pass.counts);
+        const std::optional<SampleFailure> failure = take_step(host, step, pass.counts, &processes);
         if (failure && !step.forgiven) {
             pass.failure = failure->text;
             take_piece(pass_line(pass));
@@ -25,6 +26,8 @@ void take_steps(const Host& host, const TakePiece& take_piece) {
         take_piece(pass_line(pass));
     }
     pass.failure.reset();
+    take_piece(pass_line(pass));  // whole already: the usage may be missing
+    pass.usage = read_usage(sources, processes);
     take_piece(pass_line(pass));
 }
 
@@ -36,7 +39,12 @@ RecordedPass last_pass(const std::string& lines) {
     const std::size_t begin = before == std::string::npos ? 0 : before + 1;
     const Kiln::Result<RecordedPass> pass =
         parse_pass(end == std::string::npos ? "" : lines.substr(begin, end - begin));
-    return pass ? *pass : RecordedPass();
+    if (pass) {
+        return *pass;
+    }
+    RecordedPass none;
+    none.failure = "";
+    return none;
 }
 
 // What the calculator calls the step that did not come to its end.
@@ -51,11 +59,13 @@ std::string name_of_step_behind(const TakenCounts& taken) {
 
 }  // namespace
 
-std::optional<RecordedPass> take_bounded_pass(const Host& host, int limit_seconds, int wake_fd) {
+std::optional<RecordedPass> take_bounded_pass(const Host& host, const UsageSources& sources,
+                                              int limit_seconds, int wake_fd) {
     BoundedTask task;
     try {
-        task = run_bounded([&](const TakePiece& take_piece) { take_steps(host, take_piece); },
-                           limit_seconds, wake_fd);
+        task =
+            run_bounded([&](const TakePiece& take_piece) { take_steps(host, sources, take_piece); },
+                        limit_seconds, wake_fd);
     } catch (const std::system_error& error) {
         RecordedPass pass;
         pass.failure = error.what();
@@ -65,7 +75,7 @@ std::optional<RecordedPass> take_bounded_pass(const Host& host, int limit_second
         return {};
     }
     RecordedPass pass = last_pass(task.text);
-    if (task.end != BoundedTask::End::finished) {
+    if (task.end != BoundedTask::End::finished && pass.failure) {
         pass.failure = "Error running '" + name_of_step_behind(pass.taken) + "':\n" +
                        (task.end == BoundedTask::End::too_long
                             ? "it took longer than " + std::to_string(limit_seconds) + " s\n"

@@ -4,9 +4,11 @@
 #include <optional>
 
 #include "inspect/host.h"
+#include "plan/record/usage.h"
 #include "plan/recording/recording.h"
 
-// Takes every step of a pass in a child process, each for so many seconds at most, until `wake_fd`
-// can be read; then there is none. A pass of which a step fails or hangs has the counts of those
-// before it. Only the counts and the failure are set.
-std::optional<RecordedPass> take_bounded_pass(const Host& host, int limit_seconds, int wake_fd);
+// Takes every step of a pass in a child process, each for so many seconds at most, and reads what
+// the host uses, until `wake_fd` can be read; then there is none. A pass of which a step fails or
+// hangs has the counts of those before it. The number and the times are left to the caller.
+std::optional<RecordedPass> take_bounded_pass(const Host& host, const UsageSources& sources,
+                                              int limit_seconds, int wake_fd);

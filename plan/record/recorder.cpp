@@ -150,7 +150,7 @@ bool Recorder::take_pass() {
     const std::int64_t at_ms = since_start_ms();
     const auto begin = SteadyClock::now();
     std::optional<RecordedPass> taken =
-        take_bounded_pass(host_, step_limit_seconds, stop_.wake_fd());
+        take_bounded_pass(host_, UsageSources(), step_limit_seconds, stop_.wake_fd());
     if (!taken || stop_.count() > 0) {
         return false;
     }

@@ -183,7 +183,7 @@ protected:
 
     ProcessUsage processes() const {
         ProcessUsage seen;
-        scan_memory(made_up_.host, &seen);
+        EXPECT_TRUE(scan_memory(made_up_.host, &seen));
         return seen;
     }
 
