@@ -123,7 +123,8 @@ std::string sources_of(OneShotStep step, const HostPaths& paths) {
 
 class Checker {
 public:
-    Checker(const Host& host, int limit_seconds) : host_(host), limit_seconds_(limit_seconds) {}
+    Checker(const Host& host, int limit_seconds, int wake_fd)
+        : host_(host), limit_seconds_(limit_seconds), wake_fd_(wake_fd) {}
 
     HostCheck check();
 
@@ -137,13 +138,14 @@ private:
 
     const Host& host_;
     const int limit_seconds_;
+    const int wake_fd_;
     HostCheck check_;
 };
 
 void Checker::check_sample_step(const SampleStep& step) {
     const bool is_command = step.command != nullptr;
     const BoundedTask task =
-        run_bounded([&] { return take_watched_step(host_, step); }, limit_seconds_, no_wake_fd);
+        run_bounded([&] { return take_watched_step(host_, step); }, limit_seconds_, wake_fd_);
     CheckedStep checked;
     checked.what = step.label;
     checked.command = is_command ? step.command : host_.paths.proc + "/*/status";
@@ -181,7 +183,7 @@ void Checker::judge_sample_step(const json& report, bool forgiven, bool is_compl
 }
 
 void Checker::check_one_shot_step(OneShotStep step) {
-    const StepOutcome outcome = take_one_shot_step(host_, step, limit_seconds_, no_wake_fd);
+    const StepOutcome outcome = take_one_shot_step(host_, step, limit_seconds_, wake_fd_);
     CheckedStep checked;
     checked.what = name_of(step);
     checked.command = sources_of(step, host_.paths);
@@ -206,7 +208,7 @@ void Checker::check_descriptors() {
                             arguments.listed_lines}
             .dump();
     };
-    const BoundedTask task = run_bounded(list, limit_seconds_, no_wake_fd);
+    const BoundedTask task = run_bounded(list, limit_seconds_, wake_fd_);
     if (task.end != BoundedTask::End::finished) {
         check_.findings.push_back(
             {"the open descriptors cannot be looked at: one is of a file "
@@ -225,7 +227,7 @@ void Checker::check_mounts() {
         check_.steps.begin(), check_.steps.end(),
         [](const auto& step) { return !step.succeeded && step.command.rfind("df ", 0) == 0; });
     if (df_fails) {
-        append(check_.findings, mount_warnings(host_, limit_seconds_));
+        append(check_.findings, mount_warnings(host_, limit_seconds_, wake_fd_));
     }
 }
 
@@ -252,6 +254,6 @@ bool HostCheck::run_succeeds() const {
                        [](const CheckedStep& step) { return step.succeeded || step.forgiven; });
 }
 
-HostCheck check_host(const Host& host, int limit_seconds) {
-    return Checker(host, limit_seconds).check();
+HostCheck check_host(const Host& host, int limit_seconds, int wake_fd) {
+    return Checker(host, limit_seconds, wake_fd).check();
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "inspect/host.h"
-#include "plan/check/finding.h"
+#include "plan/recording/finding.h"
 
 // One source and what came of it.
 struct CheckedStep {
@@ -31,4 +31,6 @@ struct HostCheck {
 // Each step may take so many seconds; one that hangs is left behind.
 constexpr int check_limit_seconds = 10;
 
-HostCheck check_host(const Host& host, int limit_seconds = check_limit_seconds);
+// What is asked when `wake_fd` (or -1) can be read is left at once, and so is the rest: then what
+// was found is not to be used.
+HostCheck check_host(const Host& host, int limit_seconds = check_limit_seconds, int wake_fd = -1);

@@ -170,9 +170,9 @@ std::string ask_mount(const std::string& mount_point) {
 }
 
 // Why the mount does not answer; empty when it does.
-std::string mount_trouble(const std::string& mount_point, int limit_seconds) {
+std::string mount_trouble(const std::string& mount_point, int limit_seconds, int wake_fd) {
     const BoundedTask task =
-        run_bounded([&] { return ask_mount(mount_point); }, limit_seconds, no_wake_fd);
+        run_bounded([&] { return ask_mount(mount_point); }, limit_seconds, wake_fd);
     return task.end == BoundedTask::End::finished ? task.text
                                                   : why_not_finished(task, limit_seconds);
 }
@@ -280,14 +280,14 @@ CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uin
     return findings;
 }
 
-CheckFindings mount_warnings(const Host& host, int limit_seconds) {
+CheckFindings mount_warnings(const Host& host, int limit_seconds, int wake_fd) {
     std::string text;
     if (Kiln::get_file(host.paths.proc + "/self/mounts", text) != 0) {
         Kiln::get_file(host.paths.mtab, text);
     }
     CheckFindings findings;
     for (const MountEntry& mount : parse_mount_table(text)) {
-        const std::string trouble = mount_trouble(mount.mount_point, limit_seconds);
+        const std::string trouble = mount_trouble(mount.mount_point, limit_seconds, wake_fd);
         if (!trouble.empty()) {
             findings.push_back({"the mount at " + mount.mount_point + " (" + mount.type +
                                     ") makes df fail: " + trouble,

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "inspect/host.h"
-#include "plan/check/finding.h"
+#include "plan/recording/finding.h"
 
 CheckFindings user_warnings(bool is_root);
 
@@ -38,5 +38,6 @@ DescriptorArguments list_descriptors(const Host& host);
 
 CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uint64_t limit_bytes);
 
-// The mounts that do not answer, each asked for so many seconds at most.
-CheckFindings mount_warnings(const Host& host, int limit_seconds);
+// The mounts that do not answer, each asked for so many seconds at most and until `wake_fd` (or -1)
+// can be read.
+CheckFindings mount_warnings(const Host& host, int limit_seconds, int wake_fd);

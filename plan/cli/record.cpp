@@ -1,67 +1,84 @@
 // tarnhwplan record: takes the calculator's passes and keeps every one of them.
+#include <unistd.h>
+
 #include <cerrno>
+#include <csignal>
 #include <memory>
-#include <utility>
 
 #include "calc/arguments.h"
+#include "plan/check/host_check.h"
 #include "plan/cli/commands.h"
 #include "plan/record/recorder.h"
 
 namespace {
 
 struct Options {
-    std::string scan_time;
-    std::string scan_period;
+    ScanSpans spans;
     bool append = false;
     bool force = false;
     std::string path;
 };
 
-bool read_span(const char* option, const std::string& text, std::int32_t& seconds) {
-    errno = 0;
-    if (parse_time(text.c_str(), &seconds) == 0) {
-        return true;
+// A span as the calculator reads it becomes its seconds.
+const CLI::Validator span_in_seconds(
+    [](std::string& text) -> std::string {
+        int seconds = 0;
+        errno = 0;
+        if (parse_time(text.c_str(), &seconds) != 0) {
+            return "\"" + text + "\" is no span: numbers with units, such as 30s, 5m, 1h30m or 7d";
+        }
+        text = std::to_string(seconds);
+        return {};
+    },
+    "SPAN");
+
+RecordFile::Existing existing_file(const Options& options) {
+    if (options.append) {
+        return RecordFile::Existing::append;
     }
-    say("Bad time spec specified for " + std::string(option) + ": " + text);
-    return false;
+    return options.force ? RecordFile::Existing::replace : RecordFile::Existing::refuse;
 }
 
-bool read_spans(const Options& options, ScanSpans& spans) {
-    if (!read_span("--scan-time", options.scan_time, spans.time) ||
-        !read_span("--scan-period", options.scan_period, spans.period)) {
-        return false;
-    }
-    if (spans.period == 0 && spans.time > 0) {
-        say("--scan-period is 0 while --scan-time is not");
-        return false;
-    }
-    return true;
+// How it ended, and how to go on.
+void say_end(const Recorder& recorder, const std::string& path) {
+    const std::string passes = std::to_string(recorder.passes_done()) +
+                               (recorder.passes_done() == 1 ? " pass in " : " passes in ");
+    say(passes + path +
+        (recorder.interrupted() ? "; ended early, go on with: --append"
+                                : "; next: tarnhwplan explain"));
 }
 
-int run(const Options& options) {
-    ScanSpans spans;
-    if (!read_spans(options, spans)) {
-        return status_usage;
-    }
-    auto existing = RecordFile::Existing::refuse;
-    if (options.append || options.force) {
-        existing = options.append ? RecordFile::Existing::append : RecordFile::Existing::replace;
-    }
-    Kiln::Result<RecordFile> opened = RecordFile::open(options.path, existing);
-    if (!opened) {
-        say(opened.reason());
-        return status_io;
-    }
+int record(RecordFile& file, const Options& options) {
+    RecorderSources sources;
+    sources.is_root = geteuid() == 0;
     const StopSignals stop;
-    const Host host;
-    Recorder recorder(*opened, host, stop);
+    sources.check = [&] {
+        return check_host(sources.host, check_limit_seconds, stop.wake_fd()).findings;
+    };
+    Recorder recorder(file, sources, stop);
     try {
-        recorder.record(spans);
+        recorder.record(options.spans);
     } catch (const RecordTrouble& trouble) {
         say(options.path + ": " + trouble.what());
         return status_io;
     }
+    say_end(recorder, options.path);
     return recorder.flawed() ? status_flawed : status_done;
+}
+
+int run(const Options& options) {
+    if (options.spans.period == 0 && options.spans.time > 0) {
+        say("--scan-period is 0 while --scan-time is not");
+        return status_usage;
+    }
+    // Whoever reads our messages may go away; that ends no recording.
+    std::signal(SIGPIPE, SIG_IGN);
+    Kiln::Result<RecordFile> file = RecordFile::open(options.path, existing_file(options));
+    if (!file) {
+        say(file.reason());
+        return status_io;
+    }
+    return record(*file, options);
 }
 
 }  // namespace
@@ -69,8 +86,12 @@ int run(const Options& options) {
 Command add_record(CLI::App& program) {
     CLI::App* app = program.add_subcommand("record", "Watch this host and keep every sample");
     const auto options = std::make_shared<Options>();
-    app->add_option("-t,--scan-time", options->scan_time, "How long to watch, such as 7d or 1h30m");
-    app->add_option("-p,--scan-period", options->scan_period, "Time between two passes");
+    CLI::Option* time = app->add_option("-t,--scan-time", options->spans.time,
+                                        "How long to watch, such as 7d or 1h30m; one pass without");
+    CLI::Option* period = app->add_option("-p,--scan-period", options->spans.period,
+                                          "Time between two passes, such as 5m");
+    time->transform(span_in_seconds);
+    period->transform(span_in_seconds)->needs(time);
     CLI::Option* append =
         app->add_flag("--append", options->append, "Go on with a recording that stopped");
     app->add_flag("--force", options->force, "Replace an existing file")->excludes(append);

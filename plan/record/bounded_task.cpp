@@ -45,7 +45,7 @@ using Task = std::function<void(const TakePiece&)>;
 [[noreturn]] void be_child(const Task& task, const Pipe& result, const Pipe& messages) {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
         signal(number, SIG_DFL);
     }
     dup2(messages.writer.get(), STDERR_FILENO);

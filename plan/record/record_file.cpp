@@ -18,35 +18,56 @@ constexpr mode_t file_mode = 0600;
 constexpr int open_flags = O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 Kiln::Reason reason(const std::string& path, const std::string& text) {
-    return Kiln::Reason{path + ": " + text};
+    return {path + ": " + text};
 }
 
-Kiln::Reason system_reason(const std::string& path) {
-    return reason(path, errno == ELOOP ? "this is a link" : std::strerror(errno));
+Kiln::Reason open_reason(const std::string& path) {
+    switch (errno) {
+        case ELOOP:
+            return reason(path, "this is a link");
+        case EEXIST:
+            return reason(path, "File exists: --append goes on with it, --force replaces it");
+        default:
+            return reason(path, std::strerror(errno));
+    }
 }
 
-// Why the open file cannot hold a recording, or an empty text.
-std::string objection(int fd) {
+Kiln::Reason complaint(const char* what) {
+    return {std::string(what) + ": " + std::strerror(errno)};
+}
+
+// Whether the open file can hold a recording of ours that nobody else has a hand in.
+Kiln::Done check_kind(int fd) {
     struct stat info {};
     if (fstat(fd, &info) != 0) {
-        return std::strerror(errno);
+        return Kiln::Reason{std::strerror(errno)};
     }
     if (!S_ISREG(info.st_mode)) {
-        return "this is no regular file";
+        return Kiln::Reason{"this is no regular file"};
     }
-    return info.st_nlink > 1 ? "the file has a second name" : "";
-}
-
-std::string complaint(const char* what) {
-    return std::string(what) + ": " + std::strerror(errno);
+    if (info.st_nlink > 1) {
+        return Kiln::Reason{"the file has a second name"};
+    }
+    if (info.st_uid != geteuid()) {
+        return Kiln::Reason{"the file belongs to user " + std::to_string(info.st_uid)};
+    }
+    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        return Kiln::Reason{"others may write the file"};
+    }
+    return {};
 }
 
 // A lock that no child inherits: one that outlives us must not keep others out.
-bool lock(int fd) {
+Kiln::Done lock(int fd) {
     struct flock whole = {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
-    return fcntl(fd, F_SETLK, &whole) == 0;
+    if (fcntl(fd, F_SETLK, &whole) == 0) {
+        return {};
+    }
+    const bool is_taken = errno == EACCES || errno == EAGAIN;
+    return is_taken ? Kiln::Reason{"somebody is recording into it"}
+                    : complaint("it cannot be locked");
 }
 
 // Waits until the file's name is on the disk. A file system that cannot tell is believed.
@@ -59,9 +80,19 @@ void sync_folder(const std::string& path) {
     }
 }
 
+// A file system that has nothing to wait for says EINVAL.
+bool wait_for_disk(int fd) {
+    int status = 0;
+    do {
+        status = fdatasync(fd);
+    } while (status != 0 && errno == EINTR);
+    return status == 0 || errno == EINVAL;
+}
+
 }  // namespace
 
-RecordFile::RecordFile(Kiln::Descriptor fd) : fd_(std::move(fd)) {
+RecordFile::RecordFile(Kiln::Descriptor fd, std::string path)
+    : fd_(std::move(fd)), path_(std::move(path)) {
     const off_t end = lseek(fd_.get(), 0, SEEK_END);
     size_ = end > 0 ? static_cast<std::uint64_t>(end) : 0;
 }
@@ -76,23 +107,20 @@ Kiln::Result<RecordFile> RecordFile::open(const std::string& path, Existing exis
         fd.reset(::open(path.c_str(), open_flags | O_CREAT | O_EXCL, file_mode));
     }
     if (!fd) {
-        return system_reason(path);
+        return open_reason(path);
     }
-    const std::string trouble = objection(fd.get());
-    if (!trouble.empty()) {
-        return reason(path, trouble);
-    }
-    if (!lock(fd.get())) {
-        return reason(path, "somebody is recording into it");
+    for (const auto check : {check_kind, lock}) {
+        if (const Kiln::Done good = check(fd.get()); !good) {
+            return reason(path, good.reason());
+        }
     }
     if (made) {
         sync_folder(path);
     }
-    RecordFile file(std::move(fd));
+    RecordFile file(std::move(fd), path);
     if (existing == Existing::replace) {
-        const std::string failed = file.cut(0);
-        if (!failed.empty()) {
-            return reason(path, failed);
+        if (const Kiln::Done emptied = file.cut(0); !emptied) {
+            return reason(path, emptied.reason());
         }
     }
     return file;
@@ -108,21 +136,40 @@ Kiln::Result<std::string> RecordFile::read() {
     return text;
 }
 
-std::string RecordFile::append(std::string_view lines) {
-    if (Kiln::write_all(fd_.get(), lines.data(), lines.size()) != 0 || fdatasync(fd_.get()) != 0) {
-        const std::string trouble = complaint("it cannot be written");
-        static_cast<void>(cut(size_));
-        return trouble;
+Kiln::Done RecordFile::append(std::string_view lines) {
+    if (Kiln::write_all(fd_.get(), lines.data(), lines.size()) == 0 && wait_for_disk(fd_.get())) {
+        size_ += lines.size();
+        return {};
     }
-    size_ += lines.size();
-    return {};
+    const Kiln::Reason trouble = complaint("it cannot be written");
+    static_cast<void>(cut(size_));
+    return trouble;
 }
 
-std::string RecordFile::cut(std::uint64_t size) {
+Kiln::Done RecordFile::cut(std::uint64_t size) {
     const auto end = static_cast<off_t>(size);
     if (ftruncate(fd_.get(), end) != 0 || lseek(fd_.get(), end, SEEK_SET) != end) {
         return complaint("it cannot be cut");
     }
     size_ = size;
+    return {};
+}
+
+Kiln::Done RecordFile::check_untouched() const {
+    struct stat ours {};
+    struct stat there {};
+    if (fstat(fd_.get(), &ours) != 0) {
+        return complaint("it cannot be looked at");
+    }
+    if (ours.st_nlink == 0) {
+        return Kiln::Reason{"the file was removed"};
+    }
+    if (lstat(path_.c_str(), &there) != 0 || there.st_ino != ours.st_ino ||
+        there.st_dev != ours.st_dev) {
+        return Kiln::Reason{"the file was renamed, or another one stands in its place"};
+    }
+    if (static_cast<std::uint64_t>(ours.st_size) != size_) {
+        return Kiln::Reason{"somebody else has changed the file"};
+    }
     return {};
 }

@@ -4,38 +4,22 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
-#include <ctime>
 #include <system_error>
 
 namespace {
 
 constexpr int longest_wait_ms = 60000;
 
-volatile std::sig_atomic_t signals_seen = 0;
+volatile std::sig_atomic_t signal_seen = 0;
 volatile std::sig_atomic_t signal_writer = -1;
-std::atomic<std::int64_t> counted_signal_ms;
-
-constexpr std::int64_t same_signal_ms = 1000;
-
-std::int64_t steady_ms() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
 
 void note_signal(int /*signal_number*/) {
     const int saved_errno = errno;
-    const std::int64_t now_ms = steady_ms();
-    if (signals_seen == 0 || now_ms - counted_signal_ms > same_signal_ms) {
-        signals_seen = signals_seen + 1;
-        counted_signal_ms = now_ms;
-        // A full pipe wakes as well.
-        static_cast<void>(!write(signal_writer, "", 1));
-    }
+    signal_seen = 1;
+    // A full pipe wakes as well.
+    static_cast<void>(!write(signal_writer, "", 1));
     errno = saved_errno;
 }
 
@@ -50,12 +34,12 @@ StopSignals::StopSignals() {
     }
     reader_.reset(ends[0]);
     writer_.reset(ends[1]);
-    signals_seen = 0;
+    signal_seen = 0;
     signal_writer = ends[1];
     for (int i = 0; i < 3; ++i) {
         struct sigaction action = {};
         action.sa_handler = note_signal;
-        sigfillset(&action.sa_mask);  // one at a time
+        sigfillset(&action.sa_mask);
         sigaction(signals_[i], nullptr, &old_[i]);
         if (old_[i].sa_handler != SIG_IGN) {
             sigaction(signals_[i], &action, nullptr);
@@ -70,14 +54,8 @@ StopSignals::~StopSignals() {
     signal_writer = -1;
 }
 
-int StopSignals::count() const {
-    return signals_seen;
-}
-
-void StopSignals::acknowledge() const {
-    char bytes[64];
-    while (read(reader_.get(), bytes, sizeof(bytes)) > 0) {
-    }
+bool StopSignals::requested() const {
+    return signal_seen != 0;
 }
 
 void StopSignals::sleep(std::chrono::milliseconds time) const {

@@ -16,13 +16,11 @@ public:
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
-    // How many have come; those that follow a counted one within a second are one with it: a
-    // terminal that goes away, and commands such as timeout, send the same signal twice.
-    int count() const;
+    // Whether one has come.
+    bool requested() const;
 
-    // Readable as soon as one has come that acknowledge() has not seen.
+    // Readable from then on.
     int wake_fd() const { return reader_.get(); }
-    void acknowledge() const;
 
     // Sleeps until the time is over or a signal comes.
     void sleep(std::chrono::milliseconds time) const;

@@ -18,6 +18,7 @@ constexpr const char* format_name = "recording_format";
 constexpr const char* continued_name = "continued";
 constexpr const char* pass_name = "pass";
 constexpr const char* findings_name = "findings";
+constexpr const char* check_name = "check";
 
 // ---- Writing ----
 
@@ -292,20 +293,22 @@ void take_line(const json& line, Recording& recording) {
     if (line.contains(pass_name)) {
         recording.passes.push_back(pass_of(line));
         recording.summary_is_last = false;
+        recording.last_clock_ms = recording.passes.back().clock_ms;
     } else if (line.contains(findings_name)) {
         recording.summary = part_of<Summary>(line);
         recording.summary_is_last = true;
+        recording.last_clock_ms = recording.summary->clock_ms;
+    } else if (line.contains(check_name)) {
+        recording.checks.push_back(part_of<CheckResult>(line));
     } else if (line.contains(continued_name)) {
         recording.continuations.push_back(part_of<Continuation>(line));
+        recording.last_clock_ms.reset();
     }
 }
 
+// Discarded where the text is no JSON.
 json parse_line(std::string_view text) {
-    json line = json::parse(text.begin(), text.end(), nullptr, false);
-    if (line.is_discarded()) {
-        throw JsonDamage("this is not JSON");
-    }
-    return line;
+    return json::parse(text.begin(), text.end(), nullptr, false);
 }
 
 }  // namespace
@@ -322,6 +325,10 @@ std::string continuation_line(const Continuation& continuation) {
     line[continued_name] = true;
     add_members(continuation, line);
     return finished(line);
+}
+
+std::string check_line(const CheckResult& check) {
+    return finished(object_of(check));
 }
 
 std::string pass_line(const RecordedPass& pass) {
@@ -353,14 +360,24 @@ Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
 }
 
 Kiln::Result<Recording> parse_recording(std::string_view text) {
+    if (is_torn_header(text)) {
+        return Kiln::Reason{"its first line was never written"};
+    }
     Recording recording;
     std::size_t number = 0;
     try {
         for (std::size_t end = text.find('\n'); end != std::string_view::npos;
              end = text.find('\n', recording.whole_size)) {
             ++number;
-            const json line =
-                parse_line(text.substr(recording.whole_size, end - recording.whole_size));
+            const std::string_view bytes =
+                text.substr(recording.whole_size, end - recording.whole_size);
+            const json line = parse_line(bytes);
+            if (line.is_discarded() && number > 1 && end + 1 == text.size()) {
+                break;  // torn, newline and all
+            }
+            if (line.is_discarded()) {
+                throw JsonDamage("this is not JSON");
+            }
             if (number == 1) {
                 recording.header = header_of(line);
             } else {
@@ -372,14 +389,16 @@ Kiln::Result<Recording> parse_recording(std::string_view text) {
         return Kiln::Reason{"line " + std::to_string(number) + ": " + words_of(damage)};
     }
     if (number == 0) {
-        return Kiln::Reason{is_torn_header(text) ? "its first line was never written"
-                                                 : "line 1: this is no recording"};
+        return Kiln::Reason{"line 1: this is no recording"};
     }
     recording.torn = recording.whole_size < text.size();
     return recording;
 }
 
 bool is_torn_header(std::string_view text) {
+    if (text.find_first_not_of(std::string_view("\0\n", 2)) == std::string_view::npos) {
+        return true;
+    }
     const std::string begin = "{\"" + std::string(format_name) + "\":";
     const std::size_t size = std::min(text.size(), begin.size());
     return text.find('\n') == std::string_view::npos &&

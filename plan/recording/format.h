@@ -11,16 +11,19 @@
 
 constexpr std::int32_t recording_format = 1;
 
-// Reads a recording. A last line without its end is left out; any other damage is the reason, which
-// names the line. Lines and members that a later program may add are passed over.
+// Reads a recording. A last line that was not written whole is left out: one without its end, or
+// one that is no JSON, as a machine that loses power leaves them. Any other damage is the reason,
+// which names the line. Lines and members that a later program may add are passed over.
 Kiln::Result<Recording> parse_recording(std::string_view text);
 
-// Whether the text can be the beginning of a first line that was not written to its end.
+// Whether the text can be a first line that was not written to its end: nothing at all, the
+// beginning of one, or the zeros that a machine without power leaves.
 bool is_torn_header(std::string_view text);
 
 // Each line with its newline at the end.
 std::string header_line(const RecordingHeader& header);
 std::string continuation_line(const Continuation& continuation);
+std::string check_line(const CheckResult& check);
 std::string pass_line(const RecordedPass& pass);
 std::string summary_line(const Summary& summary);
 

@@ -17,6 +17,8 @@ struct Range {
 constexpr Range from_zero = {0, std::numeric_limits<std::int32_t>::max()};
 constexpr Range from_one = {1, std::numeric_limits<std::int32_t>::max()};
 constexpr Range milliseconds = {0, std::int64_t{1} << 41};  // longer than any scan time
+constexpr Range any_time = {std::numeric_limits<std::int64_t>::min() / 2,
+                            std::numeric_limits<std::int64_t>::max() / 2};
 constexpr Range amount = {0, std::numeric_limits<std::int64_t>::max()};
 
 template <class Part>
@@ -68,6 +70,8 @@ struct Members<RecordingHeader> {
         member("page_size", header.page_size, from_one);
         member.time("start", header.start);
         Members<ScanSpans>::visit(member, header.spans);
+        member("root", header.root);
+        member("boot_ms", header.boot_ms, amount);
         member("hardware", header.hardware);
     }
 };
@@ -82,6 +86,8 @@ struct Members<Continuation> {
         member("version", continuation.version);
         member("kernel", continuation.kernel);
         Members<ScanSpans>::visit(member, continuation.spans);
+        member("root", continuation.root);
+        member("boot_ms", continuation.boot_ms, amount);
         member("hardware", continuation.hardware);
     }
 };
@@ -130,6 +136,27 @@ struct Members<RecordedPass> {
         member.counts("counts", pass.counts, pass.taken);
         member("failed", pass.failure);
         member("usage", pass.usage);
+        member("clock_ms", pass.clock_ms, any_time);
+    }
+};
+
+template <>
+struct Members<CheckFinding> {
+    template <class Visitor, class Finding>
+    static void visit(Visitor& member, Finding& finding) {
+        member("text", finding.text);
+        member("remedy", finding.remedy);
+        member("lines", finding.lines);
+    }
+};
+
+// {"at_ms":0,"check":[{"text":"ps is missing: ...","remedy":"install ps ...","lines":["NUMPROC"]}]}
+template <>
+struct Members<CheckResult> {
+    template <class Visitor, class Line>
+    static void visit(Visitor& member, Line& check) {
+        member("at_ms", check.at_ms, milliseconds);
+        member("check", check.findings);
     }
 };
 
@@ -197,5 +224,6 @@ struct Members<Summary> {
         member("at_ms", summary.at_ms, milliseconds);
         member("interrupted", summary.interrupted);
         member("findings", summary.findings);
+        member("clock_ms", summary.clock_ms, any_time);
     }
 };

@@ -12,6 +12,7 @@
 #include "calc/sample.h"
 #include "calc/scan.h"
 #include "inspect/records.h"
+#include "plan/recording/finding.h"
 #include "plan/recording/usage.h"
 
 // Texts that a host says may hold any bytes; they come back as they were.
@@ -25,7 +26,10 @@ struct RecordingHeader {
     std::int32_t page_size = 0;  // bytes
     std::int64_t start = 0;      // seconds since the epoch
     ScanSpans spans;
-    std::optional<Hardware> hardware;  // older programs wrote none
+    // Older programs wrote none of these.
+    std::optional<bool> root;             // whether root recorded it
+    std::optional<std::int64_t> boot_ms;  // since the machine was started
+    std::optional<Hardware> hardware;
 };
 
 // Written when a recorder goes on with a recording.
@@ -34,6 +38,8 @@ struct Continuation {
     std::string version;
     std::string kernel;
     ScanSpans spans;  // in force from here on, still counted from the start
+    std::optional<bool> root;
+    std::optional<std::int64_t> boot_ms;
     std::optional<Hardware> hardware;
 };
 
@@ -45,6 +51,15 @@ struct RecordedPass {
     TakenCounts taken;                   // a failed pass lacks those behind the failure
     std::optional<std::string> failure;  // why it ended early
     std::optional<Usage> usage;          // older programs wrote none
+    // The wall clock behind it, since the epoch; only where it is not what the start and the time
+    // since then make it: it has been set.
+    std::optional<std::int64_t> clock_ms;
+};
+
+// What the check of the host found when a recorder began or went on.
+struct CheckResult {
+    std::int64_t at_ms = 0;
+    CheckFindings findings;
 };
 
 struct StepFailure {
@@ -71,16 +86,19 @@ struct Summary {
     std::int64_t at_ms = 0;    // since the recording's start
     bool interrupted = false;  // a signal ended the recording before its time
     Findings findings;
+    std::optional<std::int64_t> clock_ms;  // as in a pass
 };
 
 struct Recording {
     RecordingHeader header;
     std::vector<Continuation> continuations;
     std::vector<RecordedPass> passes;  // in the order of the lines
-    std::optional<Summary> summary;    // the newest
-    bool summary_is_last = false;      // nothing was recorded after it
-    std::size_t whole_size = 0;        // bytes of the lines that were written whole
-    bool torn = false;                 // more bytes follow: a line that was not
+    std::vector<CheckResult> checks;
+    std::optional<Summary> summary;             // the newest
+    bool summary_is_last = false;               // nothing was recorded after it
+    std::size_t whole_size = 0;                 // bytes of the lines that were written whole
+    bool torn = false;                          // more bytes follow: a line that was not
+    std::optional<std::int64_t> last_clock_ms;  // of the last line that has one, if none is newer
 
     // Those in force last.
     ScanSpans spans() const;

@@ -76,14 +76,52 @@ TEST_F(RecordingFile, KeepsNoPartOfALineThatDoesNotFit) {
         signal(SIGXFSZ, SIG_IGN);
         Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
         auto& file = *opened;
-        file.append("first line\n");
+        EXPECT_TRUE(file.append("first line\n"));
         const rlimit limit = {20, 20};
         setrlimit(RLIMIT_FSIZE, &limit);
-        return file.append("second, which is longer\n");
+        return file.append("second, which is longer\n").reason();
     };
     const BoundedTask task = run_bounded(write_too_much, 10, no_wake_fd);
     EXPECT_EQ(task.text, "it cannot be written: File too large");
     EXPECT_EQ(text_of(path_), "first line\n");
+}
+
+TEST_F(RecordingFile, IsRefusedWhereOthersMayWriteIt) {
+    put("");
+    chmod(path_.c_str(), 0660);
+    EXPECT_NE(refusal(Existing::append).find("others may write"), std::string::npos);
+    EXPECT_NE(refusal(Existing::replace).find("others may write"), std::string::npos);
+    if (geteuid() == 0) {
+        chmod(path_.c_str(), 0600);
+        ASSERT_EQ(chown(path_.c_str(), 65534, 65534), 0);
+        EXPECT_NE(refusal(Existing::append).find("belongs to user 65534"), std::string::npos);
+    }
+}
+
+TEST_F(RecordingFile, NoticesWhatOthersDoToIt) {
+    const Kiln::Result<RecordFile> file = RecordFile::open(path_, Existing::refuse);
+    const std::string elsewhere = made_up_.path("elsewhere");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->check_untouched().reason(), "");
+    ASSERT_EQ(rename(path_.c_str(), elsewhere.c_str()), 0);
+    EXPECT_NE(file->check_untouched().reason().find("was renamed"), std::string::npos);
+    put("another");
+    EXPECT_NE(file->check_untouched().reason().find("another one stands"), std::string::npos);
+    ASSERT_EQ(rename(elsewhere.c_str(), path_.c_str()), 0);
+    put("x");
+    EXPECT_NE(file->check_untouched().reason().find("has changed"), std::string::npos);
+    unlink(path_.c_str());
+    EXPECT_NE(file->check_untouched().reason().find("was removed"), std::string::npos);
+}
+
+TEST(BoundedTask, KeepsWhatWasHandedOverBeforeItHung) {
+    const auto hang = [](const TakePiece& take_piece) {
+        take_piece("half");
+        pause();
+    };
+    const BoundedTask task = run_bounded(hang, 1, no_wake_fd);
+    EXPECT_EQ(task.end, BoundedTask::End::too_long);
+    EXPECT_EQ(task.text, "half");
 }
 
 TEST(BoundedTask, EndsAsItsTaskDoes) {
@@ -106,29 +144,72 @@ TEST(BoundedTask, EndsAsItsTaskDoes) {
     close(ends[1]);
 }
 
-std::int64_t wall_now = 1000000;
-std::chrono::steady_clock::time_point steady_now;
+// The moments of a recorder's clocks, in milliseconds.
+struct Moments {
+    std::int64_t boot_ms = 5000;
+    std::int64_t wall_ms = 1773324300000;  // 2026-03-12T14:05:00Z
 
-TEST(ForwardClock, NeverGoesBack) {
-    const auto clock_after = [](std::int64_t not_before_ms) {
-        return ForwardClock(
-            not_before_ms, [] { return wall_now; }, [] { return steady_now; });
-    };
-    ForwardClock clock = clock_after(500);
-    EXPECT_EQ(clock.now_ms(), 1000000);
-    // So far the wall clock goes in each minute, and what the time is then.
-    const std::pair<std::int64_t, std::int64_t> minutes[] = {{60000, 1060000},
-                                                             {3660000, 4720000},   // an hour ahead
-                                                             {-3540000, 4780000},  // and back
-                                                             {60000, 4840000}};
-    for (const auto& [wall_ms, now_ms] : minutes) {
-        wall_now += wall_ms;
-        steady_now += std::chrono::minutes(1);
-        EXPECT_EQ(clock.now_ms(), now_ms);
+    TimeSources sources() {
+        return {[this] { return boot_ms; }, [this] { return wall_ms; }};
     }
-    ForwardClock behind = clock_after(9000000);
-    steady_now += std::chrono::seconds(1);
-    EXPECT_EQ(behind.now_ms(), 9001000) << "a recording's last line is later than the clock";
+    void pass(std::int64_t ms) {
+        boot_ms += ms;
+        wall_ms += ms;
+    }
+};
+
+// Ten minutes were recorded in the boot "one", which began when the machine was up for 5 s.
+Recording ten_minutes() {
+    Recording recording;
+    recording.header = header_of("box", {3600, 300});
+    recording.header.boot_ms = 5000;
+    recording.header.hardware.emplace().boot_id = "one";
+    recording.passes = {pass_of(1, 0, 1), pass_of(2, 600, 1)};
+    return recording;
+}
+
+TEST(RecordingClock, IsNeverSet) {
+    Moments now;
+    const RecordingClock clock(now.sources());
+    EXPECT_EQ(clock.now_ms(), 0);
+    now.wall_ms -= 86400000;
+    now.boot_ms += 61000;
+    EXPECT_EQ(clock.now_ms(), 61000);
+}
+
+TEST(RecordingClock, GoesOnWhereARecordingStopped) {
+    constexpr std::int64_t day_ms = 86400000;
+    struct Case {
+        const char* what;
+        const char* boot_id;
+        std::int64_t boot_ms;
+        std::int64_t wall_since_start_ms;
+        std::int64_t now_ms;
+        bool is_believed;
+    };
+    const Case cases[] = {
+        {"the same boot, whatever the clock says", "one", 905000, -day_ms, 900000, true},
+        {"a reboot: the wall clock", "two", 20000, 900000, 900000, true},
+        {"a clock that is behind", "two", 20000, 500000, 620000, false},
+        {"30 days are a long time", "two", 20000, 30 * day_ms + 600000, 30 * day_ms + 600000, true},
+        {"more are a clock that was set", "two", 20000, 30 * day_ms + 600001, 620000, false},
+        {"75 years", "two", 20000, 27394 * day_ms, 620000, false},
+    };
+    for (const Case& test : cases) {
+        Moments now;
+        now.boot_ms = test.boot_ms;
+        now.wall_ms += test.wall_since_start_ms;
+        const RecordingClock clock(now.sources(), ten_minutes(), test.boot_id);
+        EXPECT_EQ(clock.now_ms(), test.now_ms) << test.what;
+        EXPECT_EQ(clock.doubts().empty(), test.is_believed) << test.what << clock.doubts();
+    }
+    // The clock was a year behind and was set right while it recorded: the last line says so.
+    Recording set_right = ten_minutes();
+    Moments now;
+    now.wall_ms += 365 * day_ms;
+    set_right.last_clock_ms = now.wall_ms;
+    now.wall_ms += 60000;
+    EXPECT_EQ(RecordingClock(now.sources(), set_right, "two").now_ms(), 660000);
 }
 
 class MadeUpRecorder : public RecordingFile {
@@ -139,7 +220,10 @@ protected:
     std::string record(ScanSpans spans) {
         Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::append);
         const StopSignals stop;
-        Recorder recorder(*opened, made_up_.host, stop);
+        sources_.host = made_up_.host;
+        sources_.usage.paths = {made_up_.path("none"), made_up_.path("none"),
+                                made_up_.path("none")};
+        Recorder recorder(*opened, sources_, stop);
         try {
             recorder.record(spans);
         } catch (const RecordTrouble& trouble) {
@@ -157,6 +241,7 @@ protected:
         return recording().header;
     }
 
+    RecorderSources sources_;
     bool flawed_ = false;
 };
 
@@ -171,6 +256,43 @@ TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
     EXPECT_EQ(made.passes[1].taken.to_ulong(), 0x1FFU) << "all but the two of the disk";
     EXPECT_EQ(made.passes[1].counts[&PhysParams::numproc], 7);
     EXPECT_EQ(made.passes[1].counts[&PhysParams::numiptent], 14);
+}
+
+// The first pass finds no room, the second does: the commands, in a child each, move the limit.
+TEST_F(MadeUpRecorder, KeepsLinesUntilThereIsRoom) {
+    const auto usual = made_up_.host.run;
+    const auto record_on_full_disk = [&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const std::string counter = made_up_.path("passes");
+        made_up_.host.run = [&](const std::string& command, std::string& out, std::string& err) {
+            if (command.rfind("ps", 0) == 0) {
+                made_up_.put("passes", text_of(counter) + "x");
+                const rlim_t room = text_of(counter).size() > 1 ? 100000 : 400;
+                const rlimit limit = {room, 100000};
+                prlimit(getppid(), RLIMIT_FSIZE, &limit, nullptr);
+            }
+            return usual(command, out, err);
+        };
+        const std::string trouble = record({1, 1});
+        return trouble + (flawed_ ? "flawed" : "");
+    };
+    const BoundedTask task = run_bounded(record_on_full_disk, 20, no_wake_fd);
+    EXPECT_EQ(task.text, "flawed");
+    EXPECT_NE(task.messages.find("File too large; going on"), std::string::npos);
+    EXPECT_NE(task.messages.find("what was kept in memory is written"), std::string::npos);
+    const Recording made = recording();
+    EXPECT_GE(made.passes.size(), 2U);
+    EXPECT_TRUE(made.summary_is_last);
+}
+
+TEST_F(MadeUpRecorder, HasWhatTheCheckFound) {
+    sources_.check = [] { return CheckFindings{{"ps is missing", "install it", {"NUMPROC"}}}; };
+    sources_.is_root = false;
+    EXPECT_EQ(record({0, 0}), "");
+    const Recording made = recording();
+    EXPECT_EQ(made.header.root, false);
+    ASSERT_EQ(made.checks.size(), 1U);
+    EXPECT_EQ(made.checks[0].findings.at(0).lines, std::vector<std::string>{"NUMPROC"});
 }
 
 TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
@@ -191,7 +313,7 @@ TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
     EXPECT_EQ(text_of(path_), over) << "nothing more to do";
 
     // The same watched for a second more, from the first start.
-    header.start = ForwardClock::wall_ms() / 1000 - 999;
+    header.start = system_wall_ms() / 1000 - 999;
     put(header_line(header) + pass_line(pass_of(1, 0, 1)) + summary_line(summary_of(2)));
     EXPECT_EQ(record({1000, 500}), "");
     made = recording();
@@ -218,7 +340,7 @@ TEST_F(MadeUpRecorder, GoesOnWithNoOther) {
         {header_line(other_host), "another host"},
         {header_line(other_machine), "another host"},
         {header_line(other_pages) + "{\"torn", "pages"},
-        {header_line(here) + "rubbish\n", "line 2"},
+        {header_line(here) + "rubbish\n" + pass_line(pass_of(1, 0, 1)), "line 2"},
         {"precious text without an end", "no recording"}};
     for (const auto& [text, reason] : cases) {
         put(text);

@@ -40,7 +40,7 @@ Summary full_summary() {
 std::string small_recording() {
     return header_line(header_of(hostile)) + pass_line(pass_of(1, 0, 120)) +
            pass_line(failed_pass()) + summary_line(full_summary()) +
-           continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}}) +
+           continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}, {}, {}}) +
            pass_line(pass_of(3, 30, 121));
 }
 
@@ -97,10 +97,11 @@ TEST(Recording, DamageIsNamedWithItsLine) {
         {"{\"recording_for", "its first line was never written"},
         {"no recording", "line 1: this is no recording"},
         {"root:x:0:0::/root:/bin/sh\n", "line 1: this is not JSON"},
+        {std::string(200, '\0') + "\n", "its first line was never written"},
         {with(header, ":1,", ":2,"), "line 1: the format is another one than 1"},
         {with(header, "4096", "0"), "line 1: \"page_size\": not a whole number that it can be"},
         {with(header, "-03-", "-13-"), "line 1: \"start\": not a time"},
-        {header + "{}}\n", "line 2: this is not JSON"},
+        {header + "{}}\n" + pass, "line 2: this is not JSON"},
         {header + "7\n", "line 2: this is no JSON object"},
         {header + pass + with(pass, "\"pass\":1", "\"pass\":0"), "line 3: \"pass\": not"},
         {header + with(pass, "\"numproc\":1", "\"numproc\":2147483648"),

@@ -16,7 +16,7 @@ using Remarks = std::vector<std::string>;
 
 inline RecordingHeader header_of(const std::string& host, ScanSpans spans = {100, 10}) {
     const std::int64_t start = 1773324300;  // 2026-03-12T14:05:00Z
-    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans, {}};
+    return {"1.0", host, "x86_64", "6.1.0", 4096, start, spans, {}, {}, {}};
 }
 
 // A pass that counted nothing but processes, and took no time.

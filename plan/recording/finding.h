@@ -7,6 +7,7 @@
 struct CheckFinding {
     std::string text;
     std::string remedy;
+    std::vector<std::string> lines = {};  // of the configuration, whose numbers it makes wrong
 };
 
 using CheckFindings = std::vector<CheckFinding>;
