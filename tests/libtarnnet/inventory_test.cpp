@@ -49,9 +49,11 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     state.host.read_tables = [](uint32_t flags, link_tables* tables) {
         return give_messages(flags, tables) - 1;
     };
-    write(std::string(state.host.scripts_dir) + "/ifcfg-far0", "BOOTPROTO=dhcp\n");
-    EXPECT_EQ(inventory(), Lines{"far0 1 [] [dhcp]"}) << "nothing of a live read that failed";
-    EXPECT_EQ(inventory(TARNNET_EVERYTHING, 0, 12), Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp]"})
+    std::filesystem::remove_all(state.host.scripts_dir);
+    write(std::string(state.host.network_dir) + "/ifcfg-far0", "BOOTPROTO=dhcp\nBOOTPROTO=dhcp6\n");
+    EXPECT_EQ(inventory(), Lines{"far0 1 [] [dhcp,dhcp]"}) << "nothing of a live read that failed";
+    EXPECT_EQ(inventory(TARNNET_EVERYTHING, 0, 12),
+              Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp,dhcp]"})
         << "without the live read, what is configured and marked is of one generation";
     EXPECT_EQ(lines_of(first), all) << "whatever inventories follow";
     tarnnet_release_info(first);
