@@ -4,59 +4,20 @@
 //     memory_scan_bench [--quick]      as root
 #include <dirent.h>
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "bench/bench_support.h"
+#include "bench/idle_processes.h"
 #include "calc/memory_scan.h"
 
 namespace {
 
 constexpr double ratio_limit = 1.2;
 constexpr double growth_limit = 5.5;  // from 1,000 to 5,000 processes
-
-std::string status_path(pid_t pid) {
-    return "/proc/" + std::to_string(pid) + "/status";
-}
-
-// Processes that do nothing. They end with the first process of their namespace, the benchmark.
-class IdleProcesses {
-public:
-    // The benchmark itself is one of them.
-    IdleProcesses() : paths_{status_path(getpid())} {}
-
-    void grow_to(std::size_t count) {
-        while (paths_.size() < count)
-            paths_.push_back(status_path(start_one()));
-    }
-
-    const std::vector<std::string>& status_paths() const { return paths_; }
-
-private:
-    // Returns when the process stands still, so that it costs no measurement anything.
-    static pid_t start_one() {
-        const pid_t pid = fork();
-        if (pid < 0)
-            Bench::give_up("fork");
-        if (pid == 0) {
-            raise(SIGSTOP);
-            _exit(0);
-        }
-        if (waitpid(pid, nullptr, WUNTRACED) != pid)
-            Bench::give_up("waitpid");
-        return pid;
-    }
-
-    std::vector<std::string> paths_;
-};
 
 // The floor for files that are known beforehand: nothing is kept, no end of file is looked for.
 void bare_read(const char* path) {
@@ -88,7 +49,7 @@ void scan() {
 
 int measure(const Bench::Options& options) {
     Bench::Table table;
-    IdleProcesses processes;
+    Bench::IdleProcesses processes;
     const auto cost_of = [&](std::size_t count, int rounds) {
         processes.grow_to(count);
         const Bench::Medians medians =
@@ -112,26 +73,6 @@ int measure(const Bench::Options& options) {
     return table.exit_status();
 }
 
-// Makes the first process of a process namespace whose /proc shows that namespace alone, and leaves
-// the measuring to it. It ends with us, and all that it has started ends with it.
-int measure_in_private(const Bench::Options& options) {
-    if (unshare(CLONE_NEWPID | CLONE_NEWNS) != 0)
-        Bench::give_up("unshare");
-    const pid_t pid = fork();
-    if (pid < 0)
-        Bench::give_up("fork");
-    if (pid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            mount("proc", "/proc", "proc", 0, nullptr) != 0)
-            Bench::give_up("mount");
-        _exit(measure(options));
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 2;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -140,5 +81,5 @@ int main(int argc, char** argv) {
         Bench::Table().skip("memory scan", "skipped: needs root");
         return 0;
     }
-    return measure_in_private(options);
+    return Bench::in_private([&] { return measure(options); });
 }

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -10,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-#include "calc/memory_scan.h"
+#include "calc/sample.h"
 #include "kiln/owners.h"
 #include "plan/record/local_mounts.h"
 #include "plan/record/usage_parsers.h"
@@ -404,8 +405,11 @@ TEST_F(ReadHost, HowLargeItIs) {
 TEST(FileSystems, AreAskedForTheirSize) {
     const std::optional<FileSystemSize> root = kernel_file_system_size("/");
     const fs::space_info space = fs::space("/");
+    struct statvfs status = {};
+    ASSERT_EQ(statvfs("/", &status), 0);
     ASSERT_TRUE(root);
     EXPECT_EQ(root->mount_point, "/");
+    EXPECT_EQ(root->inodes, static_cast<std::int64_t>(status.f_files));
     EXPECT_EQ(root->size_kib, static_cast<std::int64_t>(space.capacity / 1024));
     EXPECT_FALSE(kernel_file_system_size("/proc")) << "has no size";
     EXPECT_FALSE(kernel_file_system_size("/no such folder"));
