@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -18,16 +17,10 @@ namespace Kiln {
 
 namespace {
 
-constexpr std::chrono::seconds poll_timeout(1);
+constexpr timespec poll_timeout = {1, 0};
+constexpr timespec no_wait = {0, 0};
 constexpr int core_dump_bit = 0x80;
 constexpr int unknown_wait_status = 0x7f;  // neither an exit nor a signal
-
-timespec as_timeout(std::chrono::nanoseconds longest) {
-    using Nanoseconds = std::chrono::nanoseconds;
-    const Nanoseconds limited = std::clamp(longest, Nanoseconds::zero(), Nanoseconds(poll_timeout));
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limited);
-    return {static_cast<time_t>(seconds.count()), static_cast<long>((limited - seconds).count())};
-}
 
 void replace_disposition(int signal_number, void (*handler)(int), struct sigaction& old) {
     struct sigaction action = {};  // without SA_RESTART: the signal is to end a wait
@@ -140,7 +133,7 @@ void CallerExec::doDad_() {
 void CallerExec::doMainLoop_() {
     SigMask mask(std::vector<int>{SIGCHLD});
     while (!reaped || (!intrinsics.stop_on_exit && nfds > 0)) {
-        passLoop_(mask, poll_timeout);
+        passLoop_(mask);
     }
     // A child that lives on must not wait for a reader while we wait for its end.
     closePipes_();
@@ -150,12 +143,10 @@ void CallerExec::doMainLoop_() {
     analyzeExitStatus_();
 }
 
-bool CallerExec::passLoop_(SigMask& mask, std::chrono::nanoseconds longest, int also) {
-    pollfds[nfds] = {also, POLLIN, 0};
-    const pollfd& beside = pollfds[nfds];
+// One wait, and what it brought.
+void CallerExec::passLoop_(SigMask& mask) {
     mask.block();
-    const int ready = pollEntries_(mask, longest);
-    const bool also_ready = ready > 0 && beside.revents != 0;
+    const int ready = pollEntries_(mask);
     if (sigchld_received != 0 || (missed_ && ready <= 0)) {
         sigchld_received = 0;
         collectChild_(WNOHANG);
@@ -165,17 +156,15 @@ bool CallerExec::passLoop_(SigMask& mask, std::chrono::nanoseconds longest, int 
     if (ready > 0) {
         serveEntries_();
     }
-    return also_ready;
 }
 
 // Waits until an entry is ready or a child ends. The wait itself lifts the block, so a child that
 // ends just before it begins still ends it; the time-out is never what finds an exit.
-int CallerExec::pollEntries_(const SigMask& mask, std::chrono::nanoseconds longest) {
+int CallerExec::pollEntries_(const SigMask& mask) {
     sigset_t open_mask = mask.saved;
     sigdelset(&open_mask, SIGCHLD);
-    const timespec timeout = as_timeout(sigchld_received != 0 ? longest.zero() : longest);
-    // The entry behind the pipes is passed over when there is no descriptor in it.
-    const int ready = ppoll(pollfds, nfds + 1, &timeout, &open_mask);
+    const timespec timeout = sigchld_received != 0 ? no_wait : poll_timeout;
+    const int ready = ppoll(pollfds, nfds, &timeout, &open_mask);
     if (ready < 0 && errno != EINTR) {
         throw Error(Error::CallerGenericError, "Error calling poll(): %s", std::strerror(errno));
     }

@@ -6,7 +6,6 @@
 
 #include <poll.h>
 
-#include <chrono>
 #include <csignal>
 #include <list>
 #include <string>
@@ -25,9 +24,8 @@ class CallerExec : public CallerBase {
 public:
     struct Intrinsics {
         std::string work_dir;  // where the child runs; empty for where the caller runs
-        bool stop_on_exit =
-            false;               // end with the child, even when others still hold its pipes open
-        bool own_group = false;  // the child leads a process group of its own
+        // End with the child, even when others still hold its pipes open.
+        bool stop_on_exit = false;
         Paths paths = {};
     };
 
@@ -61,17 +59,12 @@ protected:
     void doMainLoop_() override;
     void finishMainLoop_() override;
 
-    // One wait, of `longest` or a second at most, and what it brought. `also` is a descriptor that
-    // is waited for beside the pipes, -1 for none; returns whether it can be read.
-    bool passLoop_(SigMask& mask, std::chrono::nanoseconds longest, int also = -1);
-
     void analyzeExitStatus_();
 
     int wait_status = 0;           // as waitpid() stores it
     bool exited_normally = false;  // the child ended by exit
     int term_signal = 0;           // the signal that ended the child, 0 for none
     bool reaped = false;           // the loop need not wait for the child any more
-    bool collected_ = false;       // the child is gone, its status known as far as it can be
     unsigned nfds = 0;             // pipes that are still open
 
 private:
@@ -87,7 +80,8 @@ private:
     void connectKid_();
     void execKid_();
 
-    int pollEntries_(const SigMask& mask, std::chrono::nanoseconds longest);
+    void passLoop_(SigMask& mask);
+    int pollEntries_(const SigMask& mask);
     void serveEntries_();
     void dropEntry_(unsigned index);
     bool askForChild_(int wait_flags) noexcept;
@@ -95,14 +89,15 @@ private:
     void closePipes_() noexcept;
 
     Connector* connectors[fd_count] = {};
-    pollfd pollfds[fd_count + 1] = {};  // behind the pipes, what else is waited for
+    pollfd pollfds[fd_count] = {};
     Descriptor pipes[fd_count][2];
     Connector* slot_connectors[fd_count] = {};
     struct sigaction old_sigpipe = {};
     struct sigaction old_sigchld = {};
     Intrinsics intrinsics;
 
-    bool missed_ = false;  // the kernel has said once that there is no such child
+    bool missed_ = false;     // the kernel has said once that there is no such child
+    bool collected_ = false;  // the child is gone, its status known as far as it can be
 };
 
 }  // namespace Kiln

@@ -57,9 +57,6 @@ std::vector<char*> pointers_to(std::list<std::string>& strings) {
 
 void CallerExec::doKid_() noexcept {
     try {
-        if (intrinsics.own_group) {
-            setpgid(0, 0);
-        }
         connectKid_();  // first, so that a failure behind it is told to whoever reads the output
         restoreDispositions_();
         restore_file_size_signal();

@@ -7,44 +7,20 @@
 #include "kiln/connector.h"
 #include "kiln/environment.h"
 #include "kiln/error.h"
-#include "kiln/limited_caller.h"
 
-namespace {
-
-// Calls the shell and takes over what it wrote. Returns false with the reason in `err` when the
-// machinery fails.
-bool call_shell(Kiln::CallerBase& shell, std::string& out, std::string& err) {
+int runscript(std::string command, std::string& out, std::string& err) {
     Kiln::CtoDynaBuf out_buffer;
     Kiln::CtoDynaBuf err_buffer;
     std::vector<Kiln::Connector*> connectors = {nullptr, &out_buffer, &err_buffer};
+    Kiln::CallerExec shell("sh", {"-c", std::move(command)}, Kiln::current_environment(), {});
     try {
         shell.call(connectors);
     } catch (const Kiln::Error& error) {
-        out.clear();
+        out.clear();  // what has come until then is not the whole
         err = error.what();
-        return false;
+        return -1;
     }
     out = std::move(out_buffer.buffer);
     err = std::move(err_buffer.buffer);
-    return true;
+    return shell.getStatus();
 }
-
-}  // namespace
-
-int runscript(std::string command, std::string& out, std::string& err) {
-    Kiln::CallerExec shell("sh", {"-c", std::move(command)}, Kiln::current_environment(), {});
-    return call_shell(shell, out, err) ? shell.getStatus() : -1;
-}
-
-namespace Kiln {
-
-CommandEnd run_command(std::string command, std::string& out, std::string& err,
-                       const RunLimits& limits) {
-    LimitedCaller shell("sh", {"-c", std::move(command)}, current_environment(), limits);
-    if (!call_shell(shell, out, err)) {
-        return {CommandEnd::failed, -1, false};
-    }
-    return shell.end();
-}
-
-}  // namespace Kiln

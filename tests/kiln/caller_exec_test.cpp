@@ -71,7 +71,7 @@ TEST(CallerExec, ReadsTheRawStatus) {
     for (const auto& [uses_pid, name] : {std::pair("/proc/self/coredump_filter", "core"),
                                          {"/proc/self/stat", "core.0"},
                                          {"/none", "core"}}) {
-        Caller idle("", {"", false, false, {uses_pid}});
+        Caller idle("", {"", false, {uses_pid}});
         idle.wait_status = 0x8b;  // signal 11 with a core dump
         idle.analyzeExitStatus_();
         EXPECT_EQ(idle.getCoreDumpName(), name);

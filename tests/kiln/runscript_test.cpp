@@ -1,8 +1,6 @@
 #include "kiln/runscript.h"
 
-#include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 
 #include "kiln/close_descriptors.h"
 #include "kiln/file_size_signal.h"
@@ -11,16 +9,7 @@
 #include "kiln/sig_mask.h"
 #include "tests/kiln/kiln_support.h"
 
-static bool kills = true;
-
-// The runner's calls come here instead of to the C library.
-extern "C" int kill(pid_t pid, int signal_number) noexcept {
-    return kills ? static_cast<int>(syscall(SYS_kill, pid, signal_number)) : 0;
-}
-
 namespace {
-
-using namespace std::chrono_literals;
 
 // "status out|err"
 std::string ran(const std::string& command) {
@@ -97,60 +86,6 @@ TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {
         EXPECT_EQ(no_pipe, caller + "Can't create pipe for callee's 2 fd: Too many open files");
         EXPECT_EQ(open_descriptors(), 4);
     });
-}
-
-// "how status out|err", and "late" when somebody's sleep of 20 seconds was waited for.
-std::string outcome(const char* command, const Kiln::RunLimits& limits) {
-    const auto start = std::chrono::steady_clock::now();
-    std::string out = "old", err = "old";
-    const Kiln::CommandEnd end = Kiln::run_command(command, out, err, limits);
-    const char* const names[] = {"exited", "stopped", "timed out", "failed"};
-    const bool late = std::chrono::steady_clock::now() - start > 10s;
-    return names[end.how] + (" " + std::to_string(end.status)) + (end.left_behind ? " left" : "") +
-           " " + out + "|" + err + (late ? " late" : "");
-}
-
-TEST(RunCommand, WaitsForTheCommandAndALittleForOthers) {
-    const Kiln::RunLimits patient = {-1, std::nullopt, 20s};
-    const Kiln::RunLimits impatient = {-1, std::nullopt, 0s};
-    EXPECT_EQ(outcome("echo b >&2; exec >&- 2>&-; sleep 0.1; exit 255", patient),
-              "exited 255 |b\n");
-    // The group is the command's own, and a false sign is no end.
-    EXPECT_EQ(outcome("kill -CHLD $PPID; sleep 0.1; echo x; kill -9 0", patient), "exited -1 x\n|");
-    EXPECT_EQ(outcome("(sleep 0.1; echo y) & echo x; exit 2", patient), "exited 2 x\ny\n|");
-    // All that it has written itself is there, though others hold the outputs on.
-    EXPECT_EQ(outcome("sleep 20 & printf '%65536d' 1; exit 3", impatient).size(), 10 + 65536U);
-}
-
-TEST(RunCommand, KillsTheWholeGroupAtTheTimeLimit) {
-    in_own_process([] {
-        prctl(PR_SET_CHILD_SUBREAPER, 1);  // what the command leaves is ours to wait for
-        const long before = open_descriptors();
-        const char* const command = "trap '' TERM; echo x; sleep 20 & sleep 20 & wait";
-        EXPECT_EQ(outcome(command, {-1, 700ms}), "timed out -1 x\n|");
-        for (int status = 0, sleeper = 0; sleeper < 2; ++sleeper) {
-            EXPECT_TRUE(wait(&status) > 0 && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-        }
-        EXPECT_EQ(open_descriptors(), before);
-    });
-    kills = false;
-    EXPECT_EQ(outcome("exec sleep 20", {-1, 10ms}), "timed out -1 left |");
-    kills = true;
-}
-
-int stop[2] = {-1, -1};
-
-TEST(RunCommand, StopsAtOnceWhenTheDescriptorSaysSo) {
-    ASSERT_EQ(pipe(stop), 0);
-    const Kiln::RunLimits limits = {stop[0], 20s, 20s};
-    EXPECT_EQ(outcome("exit 3", limits), "exited 3 |");
-    std::signal(SIGALRM, [](int) { EXPECT_EQ(write(stop[1], "x", 1), 1); });
-    EXPECT_EQ(outcome("echo x; kill -ALRM $PPID; exec sleep 20", limits), "stopped -1 x\n|");
-    EXPECT_EQ(outcome("exec sleep 20", limits), "stopped -1 |");  // from the start
-    char flag = 0;
-    EXPECT_EQ(read(stop[0], &flag, 1), 1);
-    EXPECT_EQ(outcome("(sleep 0.2; kill -ALRM $PPID; sleep 20) & exit 0", limits),
-              "stopped -1 |");  // others hold the outputs
 }
 
 }  // namespace
