@@ -11,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-#include "calc/sample.h"
+#include "calc/memory_scan.h"
 #include "kiln/owners.h"
 #include "plan/record/local_mounts.h"
 #include "plan/record/usage_parsers.h"
