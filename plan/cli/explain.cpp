@@ -24,15 +24,6 @@ std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(columns < width ? width - columns : 1, ' ');
 }
 
-// "1:02:03"
-std::string duration_text(std::int64_t milliseconds) {
-    const std::int64_t seconds = milliseconds / 1000;
-    const auto two = [](std::int64_t number) {
-        return (number < 10 ? "0" : "") + std::to_string(number);
-    };
-    return std::to_string(seconds / 3600) + ":" + two(seconds / 60 % 60) + ":" + two(seconds % 60);
-}
-
 // "1.2"
 std::string factor_text(double factor) {
     char text[32];
@@ -89,20 +80,11 @@ std::string line_text(const LineExplanation& line, bool many_recordings) {
     return text;
 }
 
-std::string coverage_text(const Coverage& coverage) {
-    std::string text = "coverage: " + std::to_string(coverage.grade) + " of 5, " +
-                       grade_name(coverage.grade) + ": " + std::to_string(coverage.taken) + " of " +
-                       std::to_string(coverage.planned) + " passes, longest gap " +
-                       duration_text(coverage.longest_gap_ms);
-    if (coverage.failed > 0) {
-        text += ", failed " + std::to_string(coverage.failed);
-    }
-    return text + "\n";
-}
-
 std::string explanation_text(const Explanation& explanation, std::size_t recordings) {
-    std::string text =
-        "host: " + printable(explanation.host) + "\n" + coverage_text(explanation.coverage);
+    std::string text = "host: " + printable(explanation.host) + "
+" +
+                       coverage_in_words(explanation.coverage) + "
+";
     for (const std::string& remark : explanation.remarks) {
         text += "! " + printable(remark) + "\n";
     }

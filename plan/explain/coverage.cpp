@@ -48,6 +48,15 @@ std::int64_t planned_passes(const Recording& recording) {
     return time_ms / interval + (time_ms % interval >= 1000 ? 2 : 1);
 }
 
+// "1:02:03"
+std::string duration_text(std::int64_t milliseconds) {
+    const std::int64_t seconds = milliseconds / 1000;
+    const auto two = [](std::int64_t number) {
+        return (number < 10 ? "0" : "") + std::to_string(number);
+    };
+    return std::to_string(seconds / 3600) + ":" + two(seconds / 60 % 60) + ":" + two(seconds % 60);
+}
+
 class Measurement {
 public:
     void add(const Recording& recording, std::size_t index);
@@ -123,4 +132,15 @@ const char* grade_name(int grade) {
         }
     }
     return "";
+}
+
+std::string coverage_in_words(const Coverage& coverage) {
+    std::string text = "coverage: " + std::to_string(coverage.grade) + " of 5, " +
+                       grade_name(coverage.grade) + ": " + std::to_string(coverage.taken) + " of " +
+                       std::to_string(coverage.planned) + " passes, longest gap " +
+                       duration_text(coverage.longest_gap_ms);
+    if (coverage.failed > 0) {
+        text += ", failed " + std::to_string(coverage.failed);
+    }
+    return text;
 }

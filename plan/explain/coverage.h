@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "plan/recording/combined_scan.h"
@@ -25,3 +26,6 @@ struct Coverage {
 Coverage measure_coverage(const std::vector<NamedRecording>& recordings);
 
 const char* grade_name(int grade);
+
+// For a person: "coverage: 4 of 5, good: 97 of 100 passes, longest gap 0:35:00, failed 1"
+std::string coverage_in_words(const Coverage& coverage);
