@@ -83,6 +83,17 @@ std::size_t columns_of(const std::string& text) {
     return columns;
 }
 
+std::string grouped(std::int64_t number) {
+    constexpr std::size_t group = 3;
+    std::string text = std::to_string(number);
+    const std::size_t first = number < 0 ? 1 : 0;
+    for (std::size_t at = text.size(); at > first + group;) {
+        at -= group;
+        text.insert(at, ",");
+    }
+    return text;
+}
+
 std::string size_text(double bytes) {
     const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
     std::size_t unit = 0;

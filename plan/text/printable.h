@@ -1,4 +1,4 @@
-// Texts of unknown origin for a terminal, and sizes for a person.
+// Texts of unknown origin for a terminal, and numbers for a person.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,9 @@ std::string printable(const std::string& text);
 
 // How many columns a printable text takes: its characters, each counted as one.
 std::size_t columns_of(const std::string& text);
+
+// "1,503"
+std::string grouped(std::int64_t number);
 
 // "17.3 GiB"; below 1024 "512 bytes".
 std::string size_text(double bytes);

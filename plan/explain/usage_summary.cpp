@@ -1,0 +1,295 @@
+#include "plan/explain/usage_summary.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "plan/printable.h"
+
+namespace {
+
+using Level = std::optional<std::int64_t> Usage::*;
+using Figure = std::optional<ProcessFigure> Usage::*;
+
+enum class Unit { kib, things, cores, bytes_per_second, things_per_second, share };
+
+constexpr double milliseconds = 1000.0;        // in a second
+constexpr double pressure_unit_share = 0.001;  // a microsecond of each millisecond
+
+struct Quantity {
+    const char* name;
+    const char* label;
+    Unit unit;
+    const char* things;      // what is counted, where the unit is none
+    Level level;             // as it was at the moment
+    Figure figure;           // the same, of one process
+    Level counters[2];       // or the sum of what these grew
+    double per_millisecond;  // times what they grew in a millisecond
+};
+
+// In the order of UsageQuantity.
+constexpr Quantity quantities[] = {
+    {"memory", "memory in use", Unit::kib, "", &Usage::memory_kib, {}, {}, 0},
+    {"swap", "swap in use", Unit::kib, "", &Usage::swap_kib, {}, {}, 0},
+    {"tasks", "tasks", Unit::things, "tasks", &Usage::tasks, {}, {}, 0},
+    {"shm", "/dev/shm in use", Unit::kib, "", &Usage::shm_kib, {}, {}, 0},
+    {"cores", "cores in use", Unit::cores, "", {}, {}, {&Usage::cpu_ms, {}}, 1},
+    {"runnable", "runnable processes", Unit::things, "processes", &Usage::runnable, {}, {}, 0},
+    {"disk_bytes",
+     "disk traffic",
+     Unit::bytes_per_second,
+     "",
+     {},
+     {},
+     {&Usage::disk_read_bytes, &Usage::disk_written_bytes},
+     milliseconds},
+    {"disk_operations",
+     "disk operations",
+     Unit::things_per_second,
+     "operations/s",
+     {},
+     {},
+     {&Usage::disk_operations, {}},
+     milliseconds},
+    {"network_bytes",
+     "network traffic",
+     Unit::bytes_per_second,
+     "",
+     {},
+     {},
+     {&Usage::net_received_bytes, &Usage::net_sent_bytes},
+     milliseconds},
+    {"descriptors",
+     "descriptors of one process",
+     Unit::things,
+     "descriptors",
+     {},
+     &Usage::descriptors,
+     {},
+     0},
+    {"locked", "locked memory of one process", Unit::kib, "", {}, &Usage::locked_kib, {}, 0},
+    {"cpu_pressure",
+     "time in which some task waited for a processor",
+     Unit::share,
+     "",
+     {},
+     {},
+     {&Usage::cpu_pressure_us, {}},
+     pressure_unit_share},
+    {"memory_pressure",
+     "time in which some task waited for memory",
+     Unit::share,
+     "",
+     {},
+     {},
+     {&Usage::memory_pressure_us, {}},
+     pressure_unit_share},
+    {"io_pressure",
+     "time in which some task waited for a disk",
+     Unit::share,
+     "",
+     {},
+     {},
+     {&Usage::io_pressure_us, {}},
+     pressure_unit_share},
+};
+static_assert(std::size(quantities) == usage_quantity_count, "a row for each");
+
+const Quantity& row_of(UsageQuantity quantity) {
+    return quantities[static_cast<std::size_t>(quantity)];
+}
+
+// A pass that has usage, and the boot that it fell into.
+struct Reading {
+    const Usage* usage;
+    const std::string* boot_id;  // empty where it is not known
+    UsageValue moment;           // without a value
+};
+
+const std::string& boot_id_of(const std::optional<Hardware>& hardware) {
+    static const std::string unknown;
+    return hardware ? hardware->boot_id : unknown;
+}
+
+// The boot of whoever was recording at the moment.
+const std::string& boot_id_at(const Recording& recording, std::int64_t at_ms) {
+    const std::string* boot_id = &boot_id_of(recording.header.hardware);
+    for (const Continuation& continuation : recording.continuations) {
+        if (continuation.at_ms <= at_ms) {
+            boot_id = &boot_id_of(continuation.hardware);
+        }
+    }
+    return *boot_id;
+}
+
+std::vector<Reading> readings_by_time(const std::vector<NamedRecording>& recordings) {
+    std::vector<Reading> readings;
+    for (std::size_t i = 0; i < recordings.size(); ++i) {
+        const Recording& recording = recordings[i].recording;
+        const std::int64_t start_ms = recording.header.start * 1000;
+        for (const RecordedPass& pass : recording.passes) {
+            if (pass.usage) {
+                readings.push_back({&*pass.usage,
+                                    &boot_id_at(recording, pass.at_ms),
+                                    {0.0, start_ms + pass.at_ms, pass.at_ms, pass.number, i, {}}});
+            }
+        }
+    }
+    std::stable_sort(readings.begin(), readings.end(), [](const Reading& a, const Reading& b) {
+        return a.moment.time_ms < b.moment.time_ms;
+    });
+    return readings;
+}
+
+void add_value(const Reading& reading, double value, const std::string& process,
+               std::vector<UsageValue>& values) {
+    if (value >= 0) {
+        values.push_back(reading.moment);
+        values.back().value = value;
+        values.back().process = process;
+    }
+}
+
+void add_level(const Quantity& row, const Reading& reading, std::vector<UsageValue>& values) {
+    if (row.level != nullptr && reading.usage->*row.level) {
+        add_value(reading, static_cast<double>(*(reading.usage->*row.level)), {}, values);
+    } else if (row.figure != nullptr && reading.usage->*row.figure) {
+        const ProcessFigure& figure = *(reading.usage->*row.figure);
+        add_value(reading, static_cast<double>(figure.value), figure.name, values);
+    }
+}
+
+// What a counter grew; nothing where it went back or is not known. Counters are never negative, so
+// that the difference fits.
+std::optional<std::int64_t> growth(const Usage& from, const Usage& to, Level counter) {
+    const std::optional<std::int64_t>& a = from.*counter;
+    const std::optional<std::int64_t>& b = to.*counter;
+    if (!a || !b || *a < 0 || *b < *a) {
+        return {};
+    }
+    return *b - *a;
+}
+
+bool is_one_boot(const Reading& from, const Reading& to) {
+    return from.boot_id->empty() || to.boot_id->empty() || *from.boot_id == *to.boot_id;
+}
+
+std::optional<double> rate(const Quantity& row, const Reading& from, const Reading& to) {
+    const std::optional<std::int64_t> passed = growth(*from.usage, *to.usage, &Usage::uptime_ms);
+    if (!passed || *passed == 0 || !is_one_boot(from, to)) {
+        return {};
+    }
+    double grown = 0.0;
+    for (const Level counter : row.counters) {
+        if (counter != nullptr) {
+            const std::optional<std::int64_t> grew = growth(*from.usage, *to.usage, counter);
+            if (!grew) {
+                return {};
+            }
+            grown += static_cast<double>(*grew);
+        }
+    }
+    return grown / static_cast<double>(*passed) * row.per_millisecond;
+}
+
+bool has_counters(const Quantity& row, const Usage& usage) {
+    return usage.uptime_ms && usage.*row.counters[0] &&
+           (row.counters[1] == nullptr || usage.*row.counters[1]);
+}
+
+// Between a pass and the last one before it that has the counters: where one lacks them, the next
+// value is the average over both stretches.
+void add_rates(const Quantity& row, const std::vector<Reading>& readings,
+               std::vector<UsageValue>& values) {
+    const Reading* last = nullptr;
+    for (const Reading& reading : readings) {
+        if (has_counters(row, *reading.usage)) {
+            if (last != nullptr) {
+                if (const std::optional<double> value = rate(row, *last, reading)) {
+                    add_value(reading, *value, {}, values);
+                }
+            }
+            last = &reading;
+        }
+    }
+}
+
+// `sorted` is not empty.
+double nearest_rank(const std::vector<double>& sorted, int percentile) {
+    const auto share = static_cast<std::size_t>(std::clamp(percentile, 1, 100));
+    const std::size_t rank = (share * sorted.size() + 99) / 100;  // from 1
+    return sorted[rank - 1];
+}
+
+std::string decimal_text(double value, int places) {
+    char text[512];  // the largest double has 309 digits
+    std::snprintf(text, sizeof text, "%.*f", places, value);
+    return text;
+}
+
+}  // namespace
+
+const char* name_of(UsageQuantity quantity) {
+    return row_of(quantity).name;
+}
+
+const char* label_of(UsageQuantity quantity) {
+    return row_of(quantity).label;
+}
+
+std::string usage_text(UsageQuantity quantity, double value) {
+    constexpr double kib = 1024.0;
+    constexpr double percent = 100.0;
+    const Quantity& row = row_of(quantity);
+    switch (row.unit) {
+        case Unit::kib:
+            return size_text(value * kib);
+        case Unit::things:
+            return grouped(static_cast<std::int64_t>(value)) + " " + row.things;
+        case Unit::cores:
+            return decimal_text(value, 2) + " cores";
+        case Unit::bytes_per_second:
+            return size_text(value) + "/s";
+        case Unit::things_per_second:
+            return decimal_text(value, 1) + " " + row.things;
+        case Unit::share:
+            break;
+    }
+    return decimal_text(value * percent, 1) + " %";
+}
+
+UsageSeries usage_series(const std::vector<NamedRecording>& recordings) {
+    const std::vector<Reading> readings = readings_by_time(recordings);
+    UsageSeries series;
+    for (std::size_t i = 0; i < series.size(); ++i) {
+        const Quantity& row = quantities[i];
+        if (row.counters[0] != nullptr) {
+            add_rates(row, readings, series[i]);
+        } else {
+            for (const Reading& reading : readings) {
+                add_level(row, reading, series[i]);
+            }
+        }
+    }
+    return series;
+}
+
+UsageSummary summarize_usage(const std::vector<UsageValue>& values, int percentile) {
+    UsageSummary summary;
+    summary.values = values.size();
+    if (values.empty()) {
+        return summary;
+    }
+    std::vector<double> sorted;
+    sorted.reserve(values.size());
+    for (const UsageValue& value : values) {
+        sorted.push_back(value.value);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    constexpr int half = 50;
+    summary.median = nearest_rank(sorted, half);
+    summary.percentile = nearest_rank(sorted, percentile);
+    summary.peak = *std::max_element(
+        values.begin(), values.end(),
+        [](const UsageValue& a, const UsageValue& b) { return a.value < b.value; });
+    return summary;
+}

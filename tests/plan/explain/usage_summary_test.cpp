@@ -1,0 +1,193 @@
+// Series and statistics of the usage: percentiles, boots, counters that went back.
+#include "plan/explain/usage_summary.h"
+
+#include <gtest/gtest.h>
+
+#include "plan/printable.h"
+#include "tests/plan/recordings.h"
+
+namespace {
+
+using Values = std::vector<double>;
+
+std::vector<UsageValue> series_of(const std::vector<NamedRecording>& recordings,
+                                  UsageQuantity quantity) {
+    return usage_series(recordings)[static_cast<std::size_t>(quantity)];
+}
+
+Values values_of(const std::vector<NamedRecording>& recordings, UsageQuantity quantity) {
+    Values values;
+    for (const UsageValue& value : series_of(recordings, quantity)) {
+        values.push_back(value.value);
+    }
+    return values;
+}
+
+struct Reading {
+    std::int64_t uptime_ms;
+    std::int64_t counter;
+};
+
+// Passes ten seconds apart whose counters are these.
+NamedRecording counting(const std::vector<Reading>& readings) {
+    NamedRecording named = recording_of(std::vector<std::int32_t>(readings.size(), 1));
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        Usage usage;
+        usage.uptime_ms = readings[i].uptime_ms;
+        for (const auto total :
+             {&Usage::cpu_ms, &Usage::disk_read_bytes, &Usage::disk_written_bytes,
+              &Usage::disk_operations, &Usage::net_received_bytes, &Usage::net_sent_bytes,
+              &Usage::cpu_pressure_us}) {
+            usage.*total = readings[i].counter;
+        }
+        named.recording.passes[i].usage = usage;
+    }
+    return named;
+}
+
+TEST(UsageSummary, PercentilesAreValuesThatWereSeen) {
+    std::vector<UsageValue> values(20);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i].value = static_cast<double>((i * 7) % 20 + 1);  // 1 to 20 in some order
+        values[i].pass = static_cast<std::int32_t>(i + 1);
+    }
+    const std::pair<int, double> cases[] = {{1, 1},   {5, 1},    {6, 2}, {50, 10}, {95, 19},
+                                            {96, 20}, {100, 20}, {0, 1}, {101, 20}};
+    for (const auto& [percentile, expected] : cases) {
+        EXPECT_EQ(summarize_usage(values, percentile).percentile, expected) << percentile;
+    }
+    values.push_back(values[17]);  // the 20
+    values.back().pass = 21;
+    const UsageSummary summary = summarize_usage(values, 95);
+    EXPECT_EQ(summary.values, 21U);
+    EXPECT_EQ(summary.median, 11);
+    EXPECT_EQ(summary.peak->pass, 18) << "the first of the largest";
+    EXPECT_FALSE(summarize_usage({}, 95).peak);
+}
+
+TEST(UsageSummary, RatesAreWhatGrewInTheTimeBetween) {
+    const NamedRecording named = counting({{5000, 1000}, {15000, 16000}, {35000, 21000}});
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), (Values{1.5, 0.25}));
+    EXPECT_EQ(values_of({named}, UsageQuantity::disk_bytes), (Values{3000, 500}));
+    EXPECT_EQ(values_of({named}, UsageQuantity::network_bytes), (Values{3000, 500}));
+    EXPECT_EQ(values_of({named}, UsageQuantity::disk_operations), (Values{1500, 250}));
+    EXPECT_EQ(values_of({named}, UsageQuantity::cpu_pressure), (Values{0.0015, 0.00025}));
+    const UsageValue first = series_of({named}, UsageQuantity::cores)[0];
+    EXPECT_EQ(first.pass, 2);
+    EXPECT_EQ(first.at_ms, 10000);
+    EXPECT_EQ(first.time_ms, 1773324310000);
+}
+
+TEST(UsageSummary, ACounterThatDidNotGrowOnBeginsAnew) {
+    const std::pair<std::vector<Reading>, Values> cases[] = {
+        {{{5000, 1000}, {5000, 2000}}, {}},                      // no time passed
+        {{{5000, 1000}, {4000, 2000}, {14000, 7000}}, {0.5}},    // uptime went back
+        {{{5000, 9000}, {15000, 1000}, {25000, 6000}}, {0.5}},   // the counter did
+        {{{5000, -9000}, {15000, 1000}, {25000, 6000}}, {0.5}},  // no counter at all
+        {{{0, INT64_MIN}, {INT64_MAX, INT64_MAX}}, {}},
+        {{{5000, 1000}, {15000, 1000}}, {0}},
+    };
+    for (const auto& [readings, expected] : cases) {
+        EXPECT_EQ(values_of({counting(readings)}, UsageQuantity::cores), expected);
+    }
+}
+
+TEST(UsageSummary, ARateStaysWithinOneBoot) {
+    NamedRecording named = counting({{5000, 0}, {15000, 10000}, {25000, 20000}, {35000, 30000}});
+    named.recording.header.hardware.emplace();
+    named.recording.header.hardware->boot_id = "a";
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), (Values{1, 1, 1}));
+    Continuation continuation;
+    continuation.at_ms = 20000;
+    continuation.hardware = named.recording.header.hardware;
+    named.recording.continuations.push_back(continuation);
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), (Values{1, 1, 1}));
+    named.recording.continuations[0].hardware->boot_id = "b";
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), (Values{1, 1}));
+    named.recording.continuations[0].hardware.reset();
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), (Values{1, 1, 1})) << "not known";
+}
+
+TEST(UsageSummary, WhatIsMissingCostsItsValueAlone) {
+    NamedRecording named = counting({{5000, 0}, {15000, 10000}, {25000, 40000}});
+    named.recording.passes[1].usage->cpu_ms.reset();
+    named.recording.passes[1].usage->memory_kib = 7;
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), Values{2}) << "over both stretches";
+    EXPECT_EQ(values_of({named}, UsageQuantity::disk_bytes), (Values{2000, 6000}));
+    EXPECT_EQ(values_of({named}, UsageQuantity::memory), Values{7});
+    named.recording.passes[1].usage->disk_written_bytes.reset();
+    EXPECT_EQ(values_of({named}, UsageQuantity::disk_bytes), Values{4000});
+    named.recording.passes[2].usage->uptime_ms.reset();
+    EXPECT_EQ(values_of({named}, UsageQuantity::cores), Values{});
+    EXPECT_EQ(values_of({recording_of({1, 2})}, UsageQuantity::tasks), Values{});
+}
+
+TEST(UsageSummary, RecordingsAreTakenInTheOrderOfTime) {
+    NamedRecording late = counting({{100000, 50000}});
+    late.recording.header.start += 95;
+    late.recording.passes[0].usage->descriptors = ProcessFigure{12, "late"};
+    const NamedRecording early = counting({{5000, 0}, {15000, 10000}});
+    EXPECT_EQ(values_of({late, early}, UsageQuantity::cores), (Values{1, 40.0 / 85}));
+    const UsageValue value = series_of({early, late}, UsageQuantity::descriptors).at(0);
+    EXPECT_EQ(value.process, "late");
+    EXPECT_EQ(value.recording, 1U);
+    EXPECT_EQ(value.time_ms, 1773324395000);
+}
+
+TEST(UsageSummary, EveryQuantityInWords) {
+    struct Case {
+        UsageQuantity quantity;
+        double value;
+        const char* name;
+        const char* label;
+        const char* text;
+    };
+    const Case cases[] = {
+        {UsageQuantity::memory, 1536, "memory", "memory in use", "1.5 MiB"},
+        {UsageQuantity::swap, 0, "swap", "swap in use", "0 bytes"},
+        {UsageQuantity::tasks, 1503, "tasks", "tasks", "1,503 tasks"},
+        {UsageQuantity::shm, 1, "shm", "/dev/shm in use", "1.0 KiB"},
+        {UsageQuantity::cores, 1.234, "cores", "cores in use", "1.23 cores"},
+        {UsageQuantity::runnable, 3, "runnable", "runnable processes", "3 processes"},
+        {UsageQuantity::disk_bytes, 2048, "disk_bytes", "disk traffic", "2.0 KiB/s"},
+        {UsageQuantity::disk_operations, 0.26, "disk_operations", "disk operations",
+         "0.3 operations/s"},
+        {UsageQuantity::network_bytes, 99, "network_bytes", "network traffic", "99 bytes/s"},
+        {UsageQuantity::descriptors, 1000, "descriptors", "descriptors of one process",
+         "1,000 descriptors"},
+        {UsageQuantity::locked, 8192, "locked", "locked memory of one process", "8.0 MiB"},
+        {UsageQuantity::cpu_pressure, 0.0251, "cpu_pressure",
+         "time in which some task waited for a processor", "2.5 %"},
+        {UsageQuantity::memory_pressure, 1, "memory_pressure",
+         "time in which some task waited for memory", "100.0 %"},
+        {UsageQuantity::io_pressure, 0, "io_pressure", "time in which some task waited for a disk",
+         "0.0 %"},
+    };
+    Usage usage;
+    usage.memory_kib = 1;
+    usage.swap_kib = 2;
+    usage.tasks = 3;
+    usage.shm_kib = 4;
+    usage.runnable = 5;
+    usage.locked_kib = ProcessFigure{7, ""};
+    NamedRecording named = recording_of({1});
+    named.recording.passes[0].usage = usage;
+    const UsageSeries series = usage_series({named});
+    const std::pair<UsageQuantity, double> levels[] = {
+        {UsageQuantity::memory, 1}, {UsageQuantity::swap, 2},     {UsageQuantity::tasks, 3},
+        {UsageQuantity::shm, 4},    {UsageQuantity::runnable, 5}, {UsageQuantity::locked, 7}};
+    for (const auto& [quantity, value] : levels) {
+        EXPECT_EQ(series[static_cast<std::size_t>(quantity)].at(0).value, value);
+    }
+    for (const Case& c : cases) {
+        EXPECT_STREQ(name_of(c.quantity), c.name);
+        EXPECT_STREQ(label_of(c.quantity), c.label);
+        EXPECT_EQ(usage_text(c.quantity, c.value), c.text);
+    }
+    EXPECT_EQ(grouped(0), "0");
+    EXPECT_EQ(grouped(999), "999");
+    EXPECT_EQ(grouped(1234567), "1,234,567");
+    EXPECT_EQ(grouped(-100000), "-100,000");
+}
+
+}  // namespace
