@@ -13,8 +13,8 @@ int run(int argc, char** argv) {
     program.set_version_flag("-v,--version", "tarnhwplan " TARN_VERSION);
     program.require_subcommand(1);
     const std::vector<Command> commands = {
-        add_check(program),   add_record(program),  add_compute(program),
-        add_explain(program), add_metrics(program), add_report(program),
+        add_check(program),   add_record(program), add_compute(program), add_explain(program),
+        add_metrics(program), add_report(program), add_limits(program),
     };
     try {
         program.parse(argc, argv);

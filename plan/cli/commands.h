@@ -19,3 +19,4 @@ Command add_compute(CLI::App& program);
 Command add_report(CLI::App& program);
 Command add_explain(CLI::App& program);
 Command add_metrics(CLI::App& program);
+Command add_limits(CLI::App& program);

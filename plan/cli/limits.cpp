@@ -1,0 +1,64 @@
+// tarnhwplan limits: what a container of today needs, written for the engine that runs it.
+#include <algorithm>
+#include <memory>
+
+#include "plan/limits/engines.h"
+#include "plan/recording_command.h"
+
+namespace {
+
+struct Options : RecordingOptions {
+    std::string engine;
+    double cpu_scale = 1.2;
+    int cpu_percentile = 95;
+    bool cpu_limit = false;
+};
+
+int run(const Options& options) {
+    RecordedHost host;
+    if (const ExitStatus status = read_recorded_host(options, host)) {
+        return status;
+    }
+    LimitOptions wanted;
+    wanted.scales = host.scales;
+    wanted.cpu_scale = options.cpu_scale;
+    wanted.cpu_percentile = options.cpu_percentile;
+    wanted.cpu_limit = options.cpu_limit;
+    const LimitSheet sheet = work_out_limits(host.recordings, host.scan, wanted);
+    const LimitsText limits = limits_text(*engine_called(options.engine), sheet);
+    if (!write_result(options.out_path, limits.text)) {
+        return status_io;
+    }
+    for (const std::string& complaint : limits.complaints) {
+        say(complaint);
+    }
+    return limits.complaints.empty() ? status_done : status_flawed;
+}
+
+std::vector<std::string> engine_names() {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < engine_count; ++i) {
+        names.emplace_back(name_of(static_cast<Engine>(i)));
+    }
+    return names;
+}
+
+}  // namespace
+
+Command add_limits(CLI::App& program) {
+    CLI::App* app = program.add_subcommand(
+        "limits", "Write the limits of a container for the engine that runs it");
+    const auto options = std::make_shared<Options>();
+    app->add_option("--for", options->engine, "The engine")
+        ->required()
+        ->check(CLI::IsMember(engine_names()));
+    add_recording_options(*app, *options);
+    app->add_option("--cpu-scale", options->cpu_scale, "Factor for the processors, 1.2")
+        ->check(CLI::PositiveNumber);
+    app->add_option("--cpu-percentile", options->cpu_percentile,
+                    "Of the cores in use: the guaranteed share, 95")
+        ->check(CLI::Range(1, 100));
+    app->add_flag("--cpu-limit", options->cpu_limit, "Limit the processors to their peak");
+    app->add_option("recording", options->paths, "Recordings of one host")->required();
+    return {app, [options] { return run(*options); }};
+}

@@ -1,0 +1,126 @@
+#include "plan/limits/commented_text.h"
+
+#include "kiln/strings.h"
+#include "plan/limits/equivalents.h"
+#include "plan/limits/host_text.h"
+#include "plan/printable.h"
+
+namespace {
+
+constexpr std::size_t width = 100;
+
+}  // namespace
+
+std::string joined(const std::vector<std::string>& texts) {
+    return Kiln::join(" ", texts.begin(), texts.end());
+}
+
+std::string refusal(const std::string& what, const std::string& text, const std::string& reason) {
+    return what + " \"" + printable(text) + "\" is left out: " + reason;
+}
+
+std::string disk_text(const LimitSheet& sheet) {
+    if (!sheet.disk_kib) {
+        return {};
+    }
+    constexpr double kib = 1024.0;
+    const auto size = [](std::uint64_t number) {
+        return std::to_string(number) + " KiB (" + size_text(static_cast<double>(number) * kib) +
+               ")";
+    };
+    return "disk: " + size(sheet.disk_kib->barrier) + ", at most " + size(sheet.disk_kib->limit) +
+           "; " + sheet.disk_kib->source;
+}
+
+std::string inodes_text(const LimitSheet& sheet) {
+    if (!sheet.inodes) {
+        return {};
+    }
+    return "inodes: " + std::to_string(sheet.inodes->barrier) + ", at most " +
+           std::to_string(sheet.inodes->limit) + "; " + sheet.inodes->source;
+}
+
+void CommentedText::comment(const std::string& text) {
+    std::string line = "#";
+    std::size_t columns = 1;
+    for (const std::string& word : Kiln::split(" ", text, -1)) {
+        const std::size_t more = columns_of(word) + 1;
+        if (columns > 1 && columns + more > width) {
+            text_ += line + "\n";
+            line = "#  ";
+            columns = line.size();
+        }
+        line += " " + word;
+        columns += more;
+    }
+    text_ += line + "\n";
+}
+
+void CommentedText::setting(const std::string& source, const std::string& text) {
+    comment(source);
+    line(text);
+}
+
+void CommentedText::heading() {
+    for (const std::vector<std::string>* lines : {&sheet_.heading, &sheet_.notes}) {
+        for (const std::string& text : *lines) {
+            comment(text);
+        }
+    }
+    for (const std::string& complaint : sheet_.complaints) {
+        comment("! " + printable(complaint));
+    }
+}
+
+void CommentedText::refuse(const std::string& what, const std::string& text,
+                           const std::string& reason) {
+    complaints_.push_back(refusal(what, text, reason));
+    comment("! " + complaints_.back());
+}
+
+void CommentedText::disk_comments() {
+    for (const std::string& text : {disk_text(sheet_), inodes_text(sheet_)}) {
+        if (!text.empty()) {
+            comment(text);
+        }
+    }
+}
+
+void CommentedText::resolver_comments() {
+    if (!sheet_.name_servers.empty()) {
+        comment("name servers: " + printable(joined(sheet_.name_servers)));
+    }
+    if (!sheet_.search_domains.empty()) {
+        comment("search domains: " + printable(joined(sheet_.search_domains)));
+    }
+}
+
+void CommentedText::address_comments() {
+    if (!sheet_.addresses.empty()) {
+        comment("addresses, decide yourself which of them move: " +
+                printable(joined(sheet_.addresses)));
+    }
+}
+
+void CommentedText::bind_comments(BindText text) {
+    if (!sheet_.nfs_found) {
+        return;
+    }
+    comment(
+        "The server has NFS mounts. They are among these, which are not to be copied (network, "
+        "removable, loop and bind mounts): bind those that the container needs.");
+    for (const std::string& path : sheet_.mounts) {
+        if (is_plain_path(path)) {
+            line("#" + text(path));
+        } else {
+            refuse("the mount", path, "it cannot be written here");
+        }
+    }
+}
+
+void CommentedText::lacking_comments(Engine engine) {
+    comment("Lines of the calculator's configuration that have no equivalent here:");
+    for (const LackingLines& group : lacking_lines(engine)) {
+        comment(Kiln::join(", ", group.lines.begin(), group.lines.end()) + ": " + group.reason);
+    }
+}

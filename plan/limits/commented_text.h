@@ -1,0 +1,57 @@
+// A file of settings with "#" comments: what the writers of most engines put together.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "plan/limits/engines.h"
+
+class CommentedText {
+public:
+    explicit CommentedText(const LimitSheet& sheet)
+        : sheet_(sheet), complaints_(sheet.complaints) {}
+
+    // A comment, cut into lines where it is long. It must be printable.
+    void comment(const std::string& text);
+    void line(const std::string& text) { text_ += text + "\n"; }
+    void blank() { text_ += "\n"; }
+    // A line, and before it where it comes from.
+    void setting(const std::string& source, const std::string& text);
+    // The line where there is such a limit; `text` gets its number. `remark` goes behind its
+    // source.
+    template <class Text>
+    void limit(LimitKind kind, Text text, const std::string& remark = {}) {
+        if (const std::optional<Limit>& known = sheet_[kind]) {
+            setting(known->source + remark, text(known->value));
+        }
+    }
+
+    // Whose limits these are, how far they can be trusted, and what the sheet complains about.
+    void heading();
+    // What the host said and the format cannot carry: a comment and a complaint.
+    void refuse(const std::string& what, const std::string& text, const std::string& reason);
+    // Disk and inodes, for an engine that has no limits of them.
+    void disk_comments();
+    // The resolver's settings, for an engine that leaves them to the copy's own files.
+    void resolver_comments();
+    void address_comments();
+    // `text` makes the setting that binds a path; for a host with NFS mounts.
+    using BindText = std::string (*)(const std::string& path);
+    void bind_comments(BindText text);
+    // Which lines of the configuration the engine has nothing for.
+    void lacking_comments(Engine engine);
+
+    LimitsText finish() { return {std::move(text_), std::move(complaints_)}; }
+
+private:
+    const LimitSheet& sheet_;
+    std::string text_;
+    std::vector<std::string> complaints_;
+};
+
+// In the words of an administrator, for a comment or an annotation.
+std::string disk_text(const LimitSheet& sheet);    // empty without any
+std::string inodes_text(const LimitSheet& sheet);  // empty without any
+std::string refusal(const std::string& what, const std::string& text, const std::string& reason);
+// "A B C"
+std::string joined(const std::vector<std::string>& texts);

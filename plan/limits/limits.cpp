@@ -1,0 +1,312 @@
+#include "plan/limits/limits.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "plan/coverage.h"
+#include "plan/explain/usage_summary.h"
+#include "plan/limits/decimal.h"
+#include "plan/printable.h"
+
+namespace {
+
+enum class Statistic { peak, percentile };
+enum class Scale { none, memory, cpu };
+
+// Cores are reckoned in millionths, everything else in what the usage counts.
+constexpr double millionths = 1e6;
+
+struct LimitRule {
+    UsageQuantity source;
+    Statistic statistic;
+    Scale scale;
+    std::int64_t unit;  // of the limit, in what the source counts; rounded up to a whole one
+    std::int64_t floor;
+    std::int64_t most;
+    const char* unit_text;
+};
+
+constexpr std::int64_t kib_in_mib = 1024;
+constexpr std::int64_t tenth_of_core = 100000;  // millionths
+constexpr std::int64_t hundredth_of_core = 10000;
+constexpr std::int64_t most_mib = (std::int64_t{1} << 43) - 1;  // below 2^63 bytes
+constexpr std::int64_t most_tasks = 4194304;                    // more than that the kernel refuses
+constexpr std::int64_t most_tenths = 1000000;
+constexpr std::int64_t most_descriptors =
+    1073741816;  // the most that a kernel can be told to allow
+
+// The table of limits, in the order of LimitKind.
+constexpr LimitRule rules[] = {
+    {UsageQuantity::memory, Statistic::peak, Scale::memory, kib_in_mib, 64, most_mib, " MiB"},
+    {UsageQuantity::swap, Statistic::peak, Scale::memory, kib_in_mib, 0, most_mib, " MiB"},
+    {UsageQuantity::tasks, Statistic::peak, Scale::memory, 1, 512, most_tasks, ""},
+    {UsageQuantity::cores, Statistic::peak, Scale::cpu, tenth_of_core, 1, most_tenths,
+     " tenth of a core"},
+    {UsageQuantity::cores, Statistic::percentile, Scale::cpu, hundredth_of_core, 1,
+     10 * most_tenths, " hundredth of a core"},
+    {UsageQuantity::descriptors, Statistic::peak, Scale::memory, 1, 1024, most_descriptors, ""},
+    {UsageQuantity::locked, Statistic::peak, Scale::memory, kib_in_mib, 8, most_mib, " MiB"},
+    {UsageQuantity::shm, Statistic::peak, Scale::none, kib_in_mib, 64, most_mib, " MiB"},
+};
+static_assert(std::size(rules) == limit_kind_count, "a row for each");
+
+constexpr std::int64_t default_nr_open = 1048576;
+
+// "2026-03-12 14:05 UTC"
+std::string minute_text(std::int64_t time_ms) {
+    constexpr std::size_t date_size = 10;
+    constexpr std::size_t time_size = 5;
+    const std::string utc = utc_text(time_ms / 1000);
+    return utc.substr(0, date_size) + " " + utc.substr(date_size + 1, time_size) + " UTC";
+}
+
+// "95th"
+std::string ordinal(int number) {
+    const int last = number % 10;
+    const bool is_teen = number / 10 % 10 == 1;
+    const char* const endings[] = {"th", "st", "nd", "rd"};
+    return std::to_string(number) + (is_teen || last > 3 ? "th" : endings[last]);
+}
+
+// "5 minutes"
+std::string span_text(std::int32_t seconds) {
+    struct Unit {
+        std::int32_t seconds;
+        const char* name;
+    };
+    for (const Unit& unit : {Unit{86400, "day"}, Unit{3600, "hour"}, Unit{60, "minute"}}) {
+        if (seconds >= unit.seconds && seconds % unit.seconds == 0) {
+            const std::int32_t number = seconds / unit.seconds;
+            return std::to_string(number) + " " + unit.name + (number == 1 ? "" : "s");
+        }
+    }
+    return std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
+}
+
+class LimitWork {
+public:
+    LimitWork(const std::vector<NamedRecording>& recordings, const CombinedScan& scan,
+              const LimitOptions& options)
+        : recordings_(recordings),
+          scan_(scan),
+          options_(options),
+          memory_scale_(decimal_of(static_cast<double>(options.scales.memory))),
+          cpu_scale_(decimal_of(options.cpu_scale)) {}
+
+    LimitSheet run();
+
+private:
+    void add_heading();
+    void add_limits();
+    void add_own_lines();
+    void add_findings();
+    void complain(const std::string& text) { sheet_.complaints.push_back(text); }
+
+    Limit limit_of(const LimitRule& rule, const UsageSummary& summary) const;
+    std::string source_text(const LimitRule& rule, const UsageSummary& summary) const;
+    std::string moment_text(const UsageValue& value) const;
+    Decimal scale_of(const LimitRule& rule) const;
+
+    const std::vector<NamedRecording>& recordings_;
+    const CombinedScan& scan_;
+    const LimitOptions& options_;
+    const Decimal memory_scale_;
+    const Decimal cpu_scale_;
+    LimitSheet sheet_;
+};
+
+Decimal LimitWork::scale_of(const LimitRule& rule) const {
+    switch (rule.scale) {
+        case Scale::memory:
+            return memory_scale_;
+        case Scale::cpu:
+            return cpu_scale_;
+        case Scale::none:
+            break;
+    }
+    return {};
+}
+
+// "2026-03-12 14:05 UTC, pass 13"
+std::string LimitWork::moment_text(const UsageValue& value) const {
+    std::string text = minute_text(value.time_ms) + ", pass " + std::to_string(value.pass);
+    if (recordings_.size() > 1) {
+        text += " of recording " + std::to_string(value.recording + 1);
+    }
+    return text;
+}
+
+std::string LimitWork::source_text(const LimitRule& rule, const UsageSummary& summary) const {
+    std::string text;
+    if (rule.statistic == Statistic::peak) {
+        text = "peak of " + usage_text(rule.source, summary.peak->value);
+        if (!summary.peak->process.empty()) {
+            text += " of one process (" + printable(summary.peak->process) + ")";
+        }
+        text += ", " + moment_text(*summary.peak);
+    } else {
+        text = ordinal(options_.cpu_percentile) + " percentile of " +
+               grouped(static_cast<std::int64_t>(summary.values)) +
+               " values: " + usage_text(rule.source, summary.percentile);
+    }
+    if (rule.scale != Scale::none) {
+        text += ", times " + scale_of(rule).text();
+    }
+    return text;
+}
+
+// Within what an integer of the source's unit can be; cores in millionths.
+std::int64_t whole_number(UsageQuantity source, double value) {
+    constexpr double most = 9e18;
+    const double number = source == UsageQuantity::cores ? value * millionths : value;
+    return std::llround(std::min(number, most));
+}
+
+Limit LimitWork::limit_of(const LimitRule& rule, const UsageSummary& summary) const {
+    const double seen =
+        rule.statistic == Statistic::peak ? summary.peak->value : summary.percentile;
+    const std::int64_t needed =
+        scaled_up(whole_number(rule.source, seen), scale_of(rule), rule.unit, rule.most);
+    Limit limit = {std::max(needed, rule.floor), source_text(rule, summary)};
+    if (needed < rule.floor) {
+        limit.source = "at least " + grouped(rule.floor) + rule.unit_text + "; " + limit.source;
+    } else if (needed == rule.most) {
+        limit.source += ", cut to the most that there can be";
+    }
+    return limit;
+}
+
+void LimitWork::add_limits() {
+    const UsageSeries series = usage_series(recordings_);
+    std::vector<std::string> missing;
+    for (std::size_t i = 0; i < limit_kind_count; ++i) {
+        const LimitRule& rule = rules[i];
+        if (i == static_cast<std::size_t>(LimitKind::cpu) && !options_.cpu_limit) {
+            continue;
+        }
+        const UsageSummary summary =
+            summarize_usage(series[static_cast<std::size_t>(rule.source)], options_.cpu_percentile);
+        if (summary.peak) {
+            sheet_.limits[i] = limit_of(rule, summary);
+        } else if (missing.empty() || missing.back() != label_of(rule.source)) {
+            missing.emplace_back(label_of(rule.source));
+        }
+    }
+    if (std::all_of(series.begin(), series.end(),
+                    [](const std::vector<UsageValue>& values) { return values.empty(); })) {
+        complain(
+            "no pass has usage: limits of memory, swap, tasks, processors, descriptors, locked "
+            "memory and /dev/shm are left out (record again with this version)");
+        return;
+    }
+    for (const std::string& label : missing) {
+        complain("left out: the limit from " + label +
+                 (label == label_of(UsageQuantity::cores)
+                      ? " (it takes two passes of one boot that have it)"
+                      : " (no pass has it)"));
+    }
+    std::optional<Limit>& descriptors =
+        sheet_.limits[static_cast<std::size_t>(LimitKind::descriptors)];
+    if (descriptors && descriptors->value > default_nr_open) {
+        descriptors->source += "; raise fs.nr_open on the new host to as many first";
+    }
+}
+
+void LimitWork::add_heading() {
+    std::int32_t period = 0;
+    std::int64_t with_usage = 0;
+    std::int64_t passes = 0;
+    for (const NamedRecording& named : recordings_) {
+        const ScanSpans spans = named.recording.spans();
+        period = std::max(period, std::min(spans.time, spans.period));
+        for (const RecordedPass& pass : named.recording.passes) {
+            ++passes;
+            with_usage += pass.usage ? 1 : 0;
+        }
+    }
+    sheet_.heading = {"limits for what " + printable(scan_.profile.hostname) +
+                          " carries, by tarnhwplan " + TARN_VERSION,
+                      coverage_in_words(measure_coverage(recordings_))};
+    sheet_.notes = {"usage: in " + grouped(with_usage) + " of " + grouped(passes) + " passes",
+                    "page cache is not in the limit of memory: it is given back under pressure"};
+    if (period > 0) {
+        sheet_.notes.push_back("processors are averages over a period of " + span_text(period) +
+                               ", which hides shorter bursts");
+    }
+}
+
+const ConfigLine* find_line(const std::vector<ConfigLine>& lines, const std::string& name) {
+    const auto found = std::find_if(lines.begin(), lines.end(),
+                                    [&](const ConfigLine& line) { return name == line.name; });
+    return found == lines.end() ? nullptr : &*found;
+}
+
+void LimitWork::add_own_lines() {
+    constexpr std::uint64_t most_int32 = 2147483647;
+    const ComputedConfig computed = compute_known_lines(scan_, options_.scales);
+    const std::string factor = ", times " +
+                               decimal_of(static_cast<double>(options_.scales.disk)).text() +
+                               ", a tenth in reserve";
+    const auto take = [&](const char* name, std::optional<OwnLimit>& own) {
+        const ConfigLine* line = find_line(computed.lines, name);
+        if (line == nullptr) {
+            return;
+        }
+        if (line->limit >= most_int32) {  // clamped, or negative and so a number of twenty digits
+            complain("left out: " + std::string(name) +
+                     " (it did not fit into 32 bits: set it by hand)");
+            return;
+        }
+        own = OwnLimit{line->barrier, line->limit, std::string(name) + factor};
+    };
+    take("DISKSPACE", sheet_.disk_kib);
+    take("DISKINODES", sheet_.inodes);
+    for (const MissingLine& line : computed.missing) {
+        for (const char* const used : {"DISKSPACE", "DISKINODES", "HOSTNAME", "#IP_ADDRESS",
+                                       "SEARCHDOMAIN", "NAMESERVER", "FEATURES"}) {
+            if (line.name == used) {
+                complain("left out: " + line.name + " (" + line.reason + ")");
+            }
+        }
+    }
+}
+
+void LimitWork::add_findings() {
+    sheet_.host_name = scan_.profile.hostname;
+    sheet_.name_servers = scan_.profile.ns_attrs.nameservers;
+    sheet_.search_domains = scan_.profile.ns_attrs.search_domains;
+    for (const NetIface& iface : scan_.profile.ifaces) {
+        sheet_.addresses.insert(sheet_.addresses.end(), iface.ip_addresses.begin(),
+                                iface.ip_addresses.end());
+    }
+    sheet_.excludes = scan_.profile.notes.excludes;
+    sheet_.nfs_found = scan_.profile.nfs_used;
+    sheet_.excludes_known =
+        scan_.has_findings &&
+        std::none_of(scan_.failures.begin(), scan_.failures.end(), [](const StepFailure& failure) {
+            return failure.step == OneShotStep::mounts;
+        });
+    const std::string contents = "/*";
+    for (const TarnAExcludePath& exclude : sheet_.excludes) {
+        const std::string& path = exclude.path;
+        if (exclude.flag && path.size() > contents.size() &&
+            path.compare(path.size() - contents.size(), contents.size(), contents) == 0) {
+            sheet_.mounts.push_back(path.substr(0, path.size() - contents.size()));
+        }
+    }
+}
+
+LimitSheet LimitWork::run() {
+    add_heading();
+    add_limits();
+    add_own_lines();
+    add_findings();
+    return std::move(sheet_);
+}
+
+}  // namespace
+
+LimitSheet work_out_limits(const std::vector<NamedRecording>& recordings, const CombinedScan& scan,
+                           const LimitOptions& options) {
+    return LimitWork(recordings, scan, options).run();
+}

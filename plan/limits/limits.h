@@ -1,0 +1,72 @@
+// What a container of today needs, worked out from the usage that was recorded: the one table of
+// limits. Pure; knows no engine. For the writers of the engines.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "plan/combined_scan.h"
+
+enum class LimitKind {
+    memory,       // MiB
+    swap,         // MiB
+    tasks,        // tasks
+    cpu,          // tenths of a core, where a limit was asked for
+    cpu_share,    // hundredths of a core that are guaranteed
+    descriptors,  // of one process
+    locked,       // MiB of one process
+    shm,          // MiB on /dev/shm
+};
+constexpr std::size_t limit_kind_count = 8;
+
+// The hard limit of descriptors where one process needs no more.
+constexpr std::int64_t hard_descriptors = 524288;
+
+struct LimitOptions {
+    ConfigScales scales;  // of memory and counts; and of the calculator's own lines
+    double cpu_scale = 1.2;
+    int cpu_percentile = 95;  // 1 to 100
+    bool cpu_limit = false;
+};
+
+struct Limit {
+    std::int64_t value = 0;  // in the unit of its kind
+    std::string source;      // "peak of 1,503 tasks, 2026-03-12 14:05 UTC, pass 13, times 1.2"
+};
+
+// A line of the calculator's own configuration.
+struct OwnLimit {
+    std::uint64_t barrier = 0;
+    std::uint64_t limit = 0;
+    std::string source;
+};
+
+// Everything that the writers say. Texts of the host are as it gave them: any bytes.
+struct LimitSheet {
+    std::string host_name;
+    std::vector<std::string> heading;  // whose they are, and how far to be trusted: printable
+    std::vector<std::string> notes;    // what is not in the limits: printable
+    std::array<std::optional<Limit>, limit_kind_count> limits;
+    std::optional<OwnLimit> disk_kib;
+    std::optional<OwnLimit> inodes;
+    std::vector<std::string> name_servers;
+    std::vector<std::string> search_domains;
+    std::vector<std::string> addresses;
+    std::vector<TarnAExcludePath> excludes;
+    bool excludes_known = false;
+    bool nfs_found = false;
+    std::vector<std::string> mounts;      // not copied: network, removable, loop and bind mounts
+    std::vector<std::string> complaints;  // what is missing, and why: a line for each
+
+    const std::optional<Limit>& operator[](LimitKind kind) const {
+        return limits[static_cast<std::size_t>(kind)];
+    }
+};
+
+// `scan` is what combine() made of the recordings.
+LimitSheet work_out_limits(const std::vector<NamedRecording>& recordings, const CombinedScan& scan,
+                           const LimitOptions& options);

@@ -1,0 +1,54 @@
+// The .nspawn file of a container, and the drop-in of its unit: two files in one text.
+#include "plan/limits/host_text.h"
+#include "plan/limits/unit_limits.h"
+#include "plan/limits/writers.h"
+
+namespace {
+
+void add_settings(const LimitSheet& sheet, CommentedText& text) {
+    text.line("[Exec]");
+    if (is_host_name(sheet.host_name)) {
+        text.setting("HOSTNAME", "Hostname=" + sheet.host_name);
+    } else if (!sheet.host_name.empty()) {
+        text.refuse("HOSTNAME", sheet.host_name, "it is no host name");
+    }
+    text.resolver_comments();
+    text.setting("the copy's own /etc/resolv.conf, with the server's name servers",
+                 "ResolvConf=off");
+    add_process_limits(text);
+    text.blank();
+    text.line("[Files]");
+    text.limit(LimitKind::shm, [](std::int64_t mib) {
+        return "TemporaryFileSystem=/dev/shm:mode=1777,nosuid,nodev,size=" + std::to_string(mib) +
+               "M";
+    });
+    text.bind_comments([](const std::string& path) { return "Bind=" + nspawn_escaped(path); });
+}
+
+}  // namespace
+
+LimitsText write_nspawn(const LimitSheet& sheet) {
+    const std::string machine =
+        is_host_name(sheet.host_name) ? first_label(sheet.host_name) : "server";
+    CommentedText text(sheet);
+    text.comment("Two files, for a container in /var/lib/machines/" + machine +
+                 "; this puts both in their places:");
+    text.line("#   mkdir -p /etc/systemd/nspawn /etc/systemd/system/systemd-nspawn@" + machine +
+              ".service.d");
+    text.line(
+        "#   awk '/^# File: /{file=$3} file{print >file}' THIS_TEXT; systemctl daemon-reload");
+    text.blank();
+    text.line("# File: /etc/systemd/nspawn/" + machine + ".nspawn");
+    text.heading();
+    add_settings(sheet, text);
+    text.address_comments();
+    text.blank();
+    text.line("# File: /etc/systemd/system/systemd-nspawn@" + machine + ".service.d/limits.conf");
+    text.heading();
+    text.line("[Service]");
+    add_unit_limits(text);
+    text.blank();
+    text.disk_comments();
+    text.lacking_comments(Engine::nspawn);
+    return text.finish();
+}

@@ -1,0 +1,366 @@
+// What a container of today needs, and how each engine is told.
+#include "plan/limits/limits.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "plan/limits/decimal.h"
+#include "plan/limits/engines.h"
+#include "plan/limits/equivalents.h"
+#include "plan/limits/host_text.h"
+#include "tests/plan/recordings.h"
+
+namespace {
+
+// Five passes of a small server, 2026-03-12 from 14:05 on.
+NamedRecording small_server() {
+    NamedRecording named = recording_of({100, 100, 100, 100, 100}, {1200, 300});
+    const std::int64_t cpu_ms[] = {7000, 157000, 607000, 1207000, 1507000};
+    for (std::size_t i = 0; i < 5; ++i) {
+        RecordedPass& pass = named.recording.passes[i];
+        pass.counts.diskspace = 5000000;
+        pass.counts.diskinodes = 200000;
+        Usage usage;
+        usage.uptime_ms = 1000000 + static_cast<std::int64_t>(i) * 300000;
+        usage.tasks = i == 1 ? 1503 : 850;
+        usage.memory_kib = i == 2 ? 1234567 : 1000000;
+        usage.swap_kib = 0;
+        usage.shm_kib = i == 4 ? 100000 : 0;
+        usage.cpu_ms = cpu_ms[i];
+        usage.descriptors = ProcessFigure{i == 3 ? 5000 : 90, "mysqld"};
+        usage.locked_kib = ProcessFigure{4096, "my\nsql"};
+        pass.usage = usage;
+    }
+    Summary summary = summary_of(1200);
+    Findings& findings = summary.findings;
+    findings.hostname = "db1.example.org";
+    findings.ns_attrs = {{"192.0.2.53", "2001:db8::53"}, {"example.org"}};
+    NetIface iface;
+    iface.ip_addresses = {"192.0.2.10", "2001:db8::10"};
+    findings.ifaces.push_back(iface);
+    findings.notes.excludes = {{false, "/dev/*"},
+                               {true, "/misc"},
+                               {true, "/mnt/My 50% [old] \\ \"Data\"/*"},
+                               {true, "/mnt/data/*"}};
+    findings.nfs_found = true;
+    named.recording.summary = summary;
+    return named;
+}
+
+LimitSheet sheet_of(const NamedRecording& named, LimitOptions options = {}) {
+    return work_out_limits({named}, combined({named}), options);
+}
+
+LimitsText text_of(Engine engine, const NamedRecording& named) {
+    LimitOptions options;
+    options.cpu_limit = true;
+    return limits_text(engine, sheet_of(named, options));
+}
+
+TEST(Limits, EveryEnginesText) {
+    const std::pair<Engine, const char*> cases[] = {
+        {Engine::systemd, "systemd.conf"},
+        {Engine::nspawn, "nspawn.txt"},
+        {Engine::lxc, "lxc.conf"},
+        {Engine::podman, "podman.sh"},
+        {Engine::kubernetes, "kubernetes.json"},
+        {Engine::rsync, "rsync.exclude"},
+    };
+    for (const auto& [engine, file] : cases) {
+        std::ifstream stream(std::string(TARN_GOLDEN_LIMITS) + "/" + file);
+        std::ostringstream golden;
+        golden << stream.rdbuf();
+        const LimitsText limits = text_of(engine, small_server());
+        EXPECT_EQ(limits.text, golden.str()) << file;
+        EXPECT_EQ(limits.complaints, Remarks{});
+    }
+}
+
+TEST(Limits, NamesOfTheEngines) {
+    for (const char* name : {"systemd", "nspawn", "lxc", "podman", "kubernetes", "rsync"}) {
+        EXPECT_STREQ(name_of(*engine_called(name)), name);
+    }
+    EXPECT_FALSE(engine_called("docker"));
+}
+
+TEST(Limits, FactorsAreThoseThatAreWritten) {
+    struct Case {
+        std::int64_t value;
+        double factor;
+        std::int64_t unit;
+        std::int64_t expected;
+    };
+    const Case cases[] = {
+        {10, 1.2, 1, 12},
+        {10, static_cast<double>(1.2F), 1, 12},
+        {11, 1.2, 1, 14},  // 13.2
+        {1503, 1.2, 1, 1804},
+        {0, 1.2, 1, 0},
+        {-5, 1.2, 1, 0},
+        {1024, 1, 1024, 1},
+        {1025, 1, 1024, 2},
+        {1000000, 1.1, 100000, 11},
+        {100, 0.07, 1, 7},
+        {100000000, 0.00000001, 1, 1},
+        {1, 1e-300, 1, 1},
+        {5, std::nan(""), 1, 1},
+        {3, 1e300, 1, 3000000},
+        {INT64_MAX, 1, 1, INT64_MAX},
+        {INT64_MAX, 1.2, 1, INT64_MAX},
+        {INT64_MAX, 1e6, 1, INT64_MAX},
+        {INT64_MAX, 0.999999, 100000, 92233628134828},  // 92,233,628,134,827.39
+        {999999, 123.456, 1, 123455877},                // 123,455,876.544
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(scaled_up(c.value, decimal_of(c.factor), c.unit, INT64_MAX), c.expected)
+            << c.value << " * " << c.factor << " / " << c.unit;
+    }
+    EXPECT_EQ(scaled_up(1000, decimal_of(2), 1, 500), 500);
+    const std::pair<double, const char*> texts[] = {{static_cast<double>(1.2F), "1.2"},
+                                                    {2, "2"},
+                                                    {1.05, "1.05"},
+                                                    {123.456, "123.456"},
+                                                    {1000000, "1000000"},
+                                                    {0.0000125, "0.0000125"}};
+    for (const auto& [factor, text] : texts) {
+        EXPECT_EQ(decimal_of(factor).text(), text);
+    }
+}
+
+struct LimitCase {
+    LimitKind kind;
+    void (*use)(Usage& usage, std::int64_t number);
+    std::int64_t number;
+    std::int64_t expected;
+};
+
+TEST(Limits, FloorsAndRounding) {
+    const auto memory = [](Usage& u, std::int64_t n) { u.memory_kib = n; };
+    const auto swap = [](Usage& u, std::int64_t n) { u.swap_kib = n; };
+    const auto tasks = [](Usage& u, std::int64_t n) { u.tasks = n; };
+    const auto shm = [](Usage& u, std::int64_t n) { u.shm_kib = n; };
+    const auto descriptors = [](Usage& u, std::int64_t n) { u.descriptors = {n, ""}; };
+    const auto locked = [](Usage& u, std::int64_t n) { u.locked_kib = {n, ""}; };
+    const LimitCase cases[] = {
+        {LimitKind::memory, memory, 0, 64},
+        {LimitKind::memory, memory, 54613, 64},  // 65,535.6 KiB
+        {LimitKind::memory, memory, 54614, 65},
+        {LimitKind::memory, memory, INT64_MAX, (std::int64_t{1} << 43) - 1},
+        {LimitKind::swap, swap, 0, 0},
+        {LimitKind::swap, swap, 1, 1},
+        {LimitKind::swap, swap, 10 * 1024, 12},
+        {LimitKind::tasks, tasks, 426, 512},
+        {LimitKind::tasks, tasks, 427, 513},
+        {LimitKind::tasks, tasks, 4000000, 4194304},
+        {LimitKind::shm, shm, 64 * 1024, 64},
+        {LimitKind::shm, shm, 64 * 1024 + 1, 65},
+        {LimitKind::descriptors, descriptors, 853, 1024},
+        {LimitKind::descriptors, descriptors, 854, 1025},
+        {LimitKind::locked, locked, 6826, 8},  // 8,191.2 KiB
+        {LimitKind::locked, locked, 6827, 9},
+    };
+    for (const LimitCase& c : cases) {
+        NamedRecording named = recording_of({1});
+        c.use(named.recording.passes[0].usage.emplace(), c.number);
+        EXPECT_EQ(sheet_of(named)[c.kind]->value, c.expected) << c.number;
+    }
+}
+
+// Two passes, ten seconds apart, and so many milliseconds of processor time between them.
+LimitSheet of_cpu_time(std::int64_t cpu_ms) {
+    NamedRecording named = recording_of({1, 1});
+    for (std::int64_t i = 0; i < 2; ++i) {
+        Usage usage;
+        usage.uptime_ms = i * 10000;
+        usage.cpu_ms = i * cpu_ms;
+        named.recording.passes[static_cast<std::size_t>(i)].usage = usage;
+    }
+    LimitOptions options;
+    options.cpu_limit = true;
+    return sheet_of(named, options);
+}
+
+TEST(Limits, SharesOfTheProcessors) {
+    struct Case {
+        std::int64_t cpu_ms;
+        std::int64_t tenths;
+        std::int64_t hundredths;
+        const char* lines[3];
+    };
+    const Case cases[] = {
+        {0, 1, 1, {"CPUWeight=1\n", "--cpu-shares=11\n", "\"cpu\": \"10m\""}},
+        {10000, 12, 120, {"CPUQuota=120%\n", "--cpus=1.2\n", "\"cpu\": \"1200m\""}},
+        {10001, 13, 121, {"CPUQuota=130%\n", "--cpu-shares=1240\n", "\"cpu\": \"1300m\""}},
+        {2000000, 2400, 24000, {"CPUWeight=10000\n", "--cpu-shares=245760\n", "\"24000"}},
+        {9000000, 10800, 108000, {"CPUQuota=108000%\n", "--cpu-shares=262144\n", "\"1080000m\""}},
+    };
+    for (const Case& c : cases) {
+        const LimitSheet sheet = of_cpu_time(c.cpu_ms);
+        EXPECT_EQ(sheet[LimitKind::cpu]->value, c.tenths);
+        EXPECT_EQ(sheet[LimitKind::cpu_share]->value, c.hundredths);
+        const Engine engines[] = {Engine::systemd, Engine::podman, Engine::kubernetes};
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_NE(limits_text(engines[i], sheet).text.find(c.lines[i]), std::string::npos)
+                << c.lines[i];
+        }
+    }
+    NamedRecording named = small_server();
+    LimitOptions options;
+    options.cpu_percentile = 50;
+    options.cpu_scale = 2;
+    const LimitSheet sheet = sheet_of(named, options);
+    EXPECT_FALSE(sheet[LimitKind::cpu]) << "only where it is asked for";
+    EXPECT_EQ(sheet[LimitKind::cpu_share]->value, 200);
+    EXPECT_EQ(sheet[LimitKind::cpu_share]->source,
+              "50th percentile of 4 values: 1.00 cores, times 2");
+}
+
+TEST(Limits, MoreDescriptorsThanAHardLimitOrAKernelAllows) {
+    NamedRecording named = recording_of({1});
+    named.recording.passes[0].usage.emplace().descriptors = ProcessFigure{500000, "many"};
+    EXPECT_NE(text_of(Engine::lxc, named).text.find("lxc.prlimit.nofile = 600000:600000\n"),
+              std::string::npos);
+    EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source.find("fs.nr_open"),
+              std::string::npos);
+    named.recording.passes[0].usage->descriptors->value = 900000;
+    EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source,
+              "peak of 900,000 descriptors of one process (many), 2026-03-12 14:05 UTC, pass 1, "
+              "times 1.2; raise fs.nr_open on the new host to as many first");
+}
+
+TEST(Limits, OfSeveralRecordings) {
+    NamedRecording second = recording_of({1});
+    second.recording.header.start += 86400;
+    second.recording.passes[0].usage.emplace().tasks = 7000;
+    const std::vector<NamedRecording> recordings = {recording_of({1}), second};
+    const LimitSheet sheet = work_out_limits(recordings, combined(recordings), {});
+    EXPECT_EQ(sheet[LimitKind::tasks]->source,
+              "peak of 7,000 tasks, 2026-03-13 14:05 UTC, pass 1 of recording 2, times 1.2");
+    EXPECT_EQ(sheet.notes.at(0), "usage: in 1 of 2 passes");
+}
+
+TEST(Limits, WhatIsNotKnownIsSaid) {
+    NamedRecording named = small_server();
+    for (RecordedPass& pass : named.recording.passes) {
+        pass.usage.reset();
+    }
+    const LimitsText none = text_of(Engine::systemd, named);
+    ASSERT_EQ(none.complaints.size(), 1U);
+    EXPECT_EQ(none.complaints[0].rfind("no pass has usage: ", 0), 0U);
+    EXPECT_NE(none.text.find("# ! no pass has usage: "), std::string::npos);
+    EXPECT_NE(none.text.find("# disk: 7500000 KiB"), std::string::npos) << "what can be given";
+    EXPECT_EQ(none.text.find("Max="), std::string::npos);
+
+    named.recording.passes[0].usage.emplace().tasks = 9;
+    named.recording.summary.reset();
+    const LimitsText some = text_of(Engine::podman, named);
+    EXPECT_EQ(some.complaints[0], "left out: the limit from memory in use (no pass has it)");
+    EXPECT_EQ(some.complaints[2],
+              "left out: the limit from cores in use (it takes two passes of one boot that have "
+              "it)");
+    EXPECT_EQ(some.complaints.back(),
+              "left out: FEATURES (there is no recording with its last line)");
+    EXPECT_EQ(some.text.find("--memory"), std::string::npos);
+    EXPECT_EQ(text_of(Engine::rsync, named).complaints,
+              Remarks{"the paths to leave out are not known: do not copy with this file"});
+
+    named.recording.passes[0].counts.diskspace = 2000000000;
+    const Remarks large = sheet_of(named).complaints;
+    EXPECT_EQ(std::count(large.begin(), large.end(),
+                         "left out: DISKSPACE (it did not fit into 32 bits: set it by hand)"),
+              1);
+}
+
+TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
+    for (const std::string& name : {std::string("a\nMemoryMax=1"), std::string("$(reboot)"),
+                                    std::string("a b"), std::string("-h"), std::string("a..b"),
+                                    std::string(65, 'a'), std::string("db\xC3\xA9")}) {
+        NamedRecording named = small_server();
+        Findings& findings = named.recording.summary->findings;
+        findings.hostname = name;
+        findings.ns_attrs = {{"192.0.2.53\n", "fe80::1%eth0"}, {"a;b", "`x`"}};
+        findings.notes.excludes = {{true, "/mnt/a\nb/*"}};
+        const std::pair<Engine, std::size_t> complaints[] = {
+            {Engine::systemd, 1}, {Engine::nspawn, 2},     {Engine::lxc, 2},
+            {Engine::podman, 6},  {Engine::kubernetes, 5}, {Engine::rsync, 1}};
+        for (const auto& [engine, count] : complaints) {
+            const LimitsText limits = text_of(engine, named);
+            EXPECT_EQ(limits.complaints.size(), count) << name_of(engine) << " " << name;
+            EXPECT_EQ(limits.text.find("\nMemoryMax=1\n"), std::string::npos);
+            EXPECT_EQ(limits.text.find("\nb/"), std::string::npos);
+        }
+        EXPECT_TRUE(nlohmann::json::accept(text_of(Engine::kubernetes, named).text));
+        EXPECT_NE(text_of(Engine::nspawn, named).text.find("# File: /etc/systemd/nspawn/server."),
+                  std::string::npos);
+    }
+    NamedRecording named = small_server();
+    Findings& findings = named.recording.summary->findings;
+    findings.hostname = "DB_1";  // a host name, but none of a Pod
+    findings.ns_attrs = {{"192.0.2.1", "192.0.2.2", "192.0.2.3", "192.0.2.4"}, {"Example.org"}};
+    EXPECT_EQ(text_of(Engine::podman, named).complaints, Remarks{});
+    EXPECT_EQ(text_of(Engine::kubernetes, named).complaints,
+              (Remarks{"HOSTNAME \"DB_1\" is left out: a Pod's has up to 63 small letters, digits "
+                       "and hyphens",
+                       "NAMESERVER \"192.0.2.4\" is left out: a Pod takes 3",
+                       "SEARCHDOMAIN \"Example.org\" is left out: it is no domain of small "
+                       "letters"}));
+}
+
+TEST(Limits, QuotedAsEachFormatWantsIt) {
+    const std::string odd = "/a b'\"\\:%$`*?[x]";
+    EXPECT_EQ(shell_quoted(odd), R"('/a b'\''"\:%$`*?[x]')");
+    EXPECT_EQ(shell_quoted("/srv/a-b_c.d:e"), "/srv/a-b_c.d:e");
+    EXPECT_EQ(shell_quoted(""), "''");
+    EXPECT_EQ(shell_quoted("~"), "'~'");
+    EXPECT_EQ(unit_quoted(odd), R"("/a b'\"\\:%%$`*?[x]")");
+    EXPECT_EQ(nspawn_escaped(odd), R"(/a b'"\\\:%$`*?[x])");
+    EXPECT_EQ(fstab_escaped(odd), R"(/a\040b'"\134:%$`*?[x])");
+    EXPECT_EQ(rsync_pattern(odd, ""), R"(/a b'"\\:%$`\*\?\[x])");
+    EXPECT_EQ(rsync_pattern("/a\\b", ""), R"(/a\b)") << "no wildcard, no escapes";
+    EXPECT_EQ(rsync_pattern("/a\\b", "/*"), R"(/a\\b/*)");
+    for (const char* path : {"", "a", "/a ", "/a\tb", "/a\xFF", "/\xE2\x80\xAE"}) {
+        EXPECT_FALSE(is_plain_path(path)) << path;
+    }
+    EXPECT_TRUE(is_plain_path("/caf\xC3\xA9"));
+    EXPECT_TRUE(is_dns_name("a-1.b"));
+    for (const char* name : {"", "-a", "a-", "a.", ".a", "a_b", "A", "a b"}) {
+        EXPECT_FALSE(is_dns_name(name)) << name;
+    }
+    EXPECT_TRUE(is_dns_label(std::string(63, 'a')));
+    EXPECT_FALSE(is_dns_label(std::string(64, 'a')));
+    EXPECT_TRUE(is_host_name("DB_1.x"));
+    EXPECT_TRUE(is_domain_name(std::string(63, 'a') + "." + std::string(63, 'b')));
+    EXPECT_FALSE(is_ip_address("192.0.2"));
+    EXPECT_FALSE(is_ip_address(std::string("192.0.2.1\0x", 11)));
+}
+
+// Every line of the configuration is either written for an engine or named as lacking.
+TEST(Limits, EveryLineOfTheConfigurationIsAccountedFor) {
+    const std::size_t lines = compute_config(PhysParams(), ConfigScales(), 4096).size();
+    const std::pair<Engine, std::size_t> equivalents[] = {
+        {Engine::systemd, 5},  // tasks, memory twice, processors, mounts
+        {Engine::nspawn, 8},   // and the host's name, name servers, domains
+        {Engine::lxc, 6},      // and the host's name
+        {Engine::podman, 8},  {Engine::kubernetes, 8},  // no tasks, but the disk
+        {Engine::rsync, 0},
+    };
+    for (const auto& [engine, count] : equivalents) {
+        std::size_t lacking = 0;
+        for (const LackingLines& group : lacking_lines(engine)) {
+            lacking += group.lines.size();
+        }
+        EXPECT_EQ(lacking + count, lines) << name_of(engine);
+    }
+    std::size_t at = 0;
+    const std::vector<std::string> names = lacking_lines(Engine::rsync).at(0).lines;
+    for (const ConfigLine& line : compute_config(PhysParams(), ConfigScales(), 4096)) {
+        EXPECT_EQ(line.name, names.at(at++));
+    }
+}
+
+}  // namespace
