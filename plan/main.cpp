@@ -14,7 +14,7 @@ int run(int argc, char** argv) {
     program.require_subcommand(1);
     const std::vector<Command> commands = {
         add_check(program),   add_record(program), add_compute(program), add_explain(program),
-        add_metrics(program), add_report(program), add_limits(program),
+        add_metrics(program), add_report(program), add_limits(program),  add_verify(program),
     };
     try {
         program.parse(argc, argv);

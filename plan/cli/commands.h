@@ -20,3 +20,4 @@ Command add_report(CLI::App& program);
 Command add_explain(CLI::App& program);
 Command add_metrics(CLI::App& program);
 Command add_limits(CLI::App& program);
+Command add_verify(CLI::App& program);

@@ -1,0 +1,38 @@
+// tarnhwplan verify: whether a container that runs met a limit of its control group.
+#include <memory>
+#include <variant>
+
+#include "plan/commands.h"
+#include "plan/verify/verdict.h"
+
+namespace {
+
+struct Options {
+    std::string group;
+    bool json = false;
+};
+
+int run(const Options& options) {
+    const Kiln::Result<GroupFiles> read = read_control_group(options.group);
+    if (const auto* reason = std::get_if<Kiln::Reason>(&read)) {
+        say(reason->text);
+        return status_io;
+    }
+    const Verdict verdict = judge(parse_control_group(std::get<GroupFiles>(read)));
+    if (!write_result({}, options.json ? verdict_json(verdict) : verdict_text(verdict))) {
+        return status_io;
+    }
+    return verdict.all_fit ? status_done : status_flawed;
+}
+
+}  // namespace
+
+Command add_verify(CLI::App& program) {
+    CLI::App* app =
+        program.add_subcommand("verify", "Say whether a control group met one of its limits");
+    const auto options = std::make_shared<Options>();
+    app->add_option("cgroup", options->group, "Its path, below /sys/fs/cgroup or whole")
+        ->required();
+    app->add_flag("--json", options->json, "Write JSON");
+    return {app, [options] { return run(*options); }};
+}

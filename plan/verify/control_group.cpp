@@ -1,0 +1,240 @@
+#include "plan/verify/control_group.h"
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "kiln/files.h"
+#include "kiln/strings.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Every group has it, the root as well; none of version 1 does.
+constexpr const char* of_version_2 = "cgroup.controllers";
+// Every group of version 1 has it, and none of version 2.
+constexpr const char* of_version_1 = "tasks";
+
+constexpr std::array<const char*, 17> file_names = {
+    "memory.max",         "memory.high",     "memory.current",   "memory.peak",
+    "memory.events",      "memory.swap.max", "memory.swap.peak", "memory.swap.current",
+    "memory.swap.events", "memory.pressure", "pids.max",         "pids.current",
+    "pids.peak",          "pids.events",     "cpu.max",          "cpu.weight",
+    "cpu.stat",
+};
+constexpr std::array<const char*, 2> other_pressures = {"cpu.pressure", "io.pressure"};
+
+bool exists(const std::string& path) {
+    return access(path.c_str(), F_OK) == 0;
+}
+
+// The folder that is meant.
+std::string folder_of(const std::string& group, const std::string& root) {
+    const bool below_root = group == root || group.compare(0, root.size() + 1, root + "/") == 0;
+    const std::string inside = root + (group.rfind('/', 0) == 0 ? "" : "/") + group;
+    if (below_root || (group.rfind('/', 0) == 0 && !exists(inside) && exists(group))) {
+        return group;
+    }
+    return inside;
+}
+
+// Why the folder is no group of version 2; empty when it is one.
+std::string objection(const std::string& folder, const std::string& root) {
+    if (exists(folder + "/" + of_version_2)) {
+        return {};
+    }
+    if (exists(folder + "/" + of_version_1)) {
+        return folder + " is a control group of version 1; only version 2 is read";
+    }
+    if (!exists(root + "/" + of_version_2) && exists(root + "/memory/" + of_version_1)) {
+        return folder + " is no control group of version 2; this host has version 1 at " + root;
+    }
+    if (!exists(folder)) {
+        return folder + ": " + std::strerror(ENOENT);
+    }
+    return folder + " is no control group: it has no " + of_version_2;
+}
+
+void read_file(const std::string& name, GroupFiles& files) {
+    std::string text;
+    const int error = Kiln::get_file(files.path + "/" + name, text);
+    if (error == 0) {
+        files.texts[name] = text;
+    } else if (error != ENOENT && error != EOPNOTSUPP && error != ENODEV) {
+        // Pressure that is switched off is not supported; a group that goes away has no device.
+        files.unreadable.push_back(name + ": " + std::strerror(error));
+    }
+}
+
+std::optional<std::int64_t> whole_number(std::string_view text) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < 0) {
+        return {};
+    }
+    return number;
+}
+
+// The number behind the name in lines like "oom_kill 2".
+std::optional<std::int64_t> keyed(const std::string& text, const std::string& name) {
+    for (const std::string& line : Kiln::split("\n", text, 0)) {
+        const std::vector<std::string> words = Kiln::split(" ", line, 0);
+        if (words.size() == 2 && words[0] == name) {
+            return whole_number(words[1]);
+        }
+    }
+    return {};
+}
+
+// Before Linux 6.11 a refused fork is counted in the group where it was tried, not where the limit
+// stands.
+std::int64_t forks_refused_below(const std::string& folder) {
+    std::int64_t refused = 0;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, fs::directory_options::none, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+        std::string text;
+        if (entry->is_directory(error) &&
+            Kiln::get_file(entry->path().string() + "/pids.events", text) == 0) {
+            const std::int64_t more = keyed(text, "max").value_or(0);
+            refused = more > INT64_MAX - refused ? INT64_MAX : refused + more;
+        }
+    }
+    return refused;
+}
+
+class Parser {
+public:
+    explicit Parser(const GroupFiles& files) : files_(files) {}
+
+    // "9437184" or "max"
+    GroupValues::Amount amount(const char* name) const { return amount_of(first_word(name)); }
+
+    // "200000 100000", the quota and its period
+    GroupValues::Amount quota(std::int64_t& period_us) const {
+        const std::vector<std::string> found = words("cpu.max");
+        period_us = found.size() == 2 ? whole_number(found[1]).value_or(0) : 0;
+        return period_us > 0 ? amount_of(found[0]) : GroupValues::Amount();
+    }
+
+    std::optional<std::int64_t> event(const char* file, const char* name) const {
+        return keyed(text(file), name);
+    }
+
+    std::optional<std::int64_t> number(const char* name) const {
+        return whole_number(first_word(name));
+    }
+
+    std::optional<Pressure> pressure(const char* name) const;
+
+private:
+    std::string text(const char* name) const {
+        const auto found = files_.texts.find(name);
+        return found == files_.texts.end() ? std::string() : found->second;
+    }
+
+    std::vector<std::string> words(const char* name) const {
+        std::string line = text(name);
+        Kiln::strip(line);
+        return Kiln::split(" ", line, 0);
+    }
+
+    std::string first_word(const char* name) const {
+        const std::vector<std::string> found = words(name);
+        return found.size() == 1 ? found[0] : std::string();
+    }
+
+    static GroupValues::Amount amount_of(const std::string& word) {
+        if (word == "max") {
+            return {true, true, 0};
+        }
+        const std::optional<std::int64_t> number = whole_number(word);
+        return {number.has_value(), false, number.value_or(0)};
+    }
+
+    const GroupFiles& files_;
+};
+
+// some avg10=0.00 avg60=0.12 avg300=0.05 total=1234567
+// full avg10=0.00 avg60=0.00 avg300=0.00 total=234567
+std::optional<Pressure> Parser::pressure(const char* name) const {
+    const std::string average = "avg300=";
+    const std::string total = "total=";
+    for (const std::string& line : Kiln::split("\n", text(name), 0)) {
+        const std::vector<std::string> fields = Kiln::split(" ", line, 0);
+        if (fields.size() == 5 && fields[0] == "some" && fields[3].rfind(average, 0) == 0 &&
+            fields[4].rfind(total, 0) == 0) {
+            const std::optional<std::int64_t> number = whole_number(fields[4].substr(total.size()));
+            const double percent = std::strtod(fields[3].c_str() + average.size(), nullptr);
+            if (number && percent >= 0) {
+                return Pressure{percent, *number};
+            }
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+Kiln::Result<GroupFiles> read_control_group(const std::string& group, const std::string& root) {
+    GroupFiles files;
+    files.path = folder_of(group, root);
+    const std::string reason = objection(files.path, root);
+    if (!reason.empty()) {
+        return Kiln::Reason{reason};
+    }
+    for (const char* const name : file_names) {
+        read_file(name, files);
+    }
+    for (const char* const name : other_pressures) {
+        read_file(name, files);
+    }
+    files.forks_refused_below = forks_refused_below(files.path);
+    // Half of its files would look like a group without limits.
+    if (!exists(files.path + "/" + of_version_2)) {
+        return Kiln::Reason{files.path + " vanished while it was read"};
+    }
+    return files;
+}
+
+GroupValues parse_control_group(const GroupFiles& files) {
+    const Parser parser(files);
+    GroupValues values;
+    values.path = files.path;
+    values.memory_max = parser.amount("memory.max");
+    values.memory_high = parser.amount("memory.high");
+    values.memory_current = parser.amount("memory.current");
+    values.memory_peak = parser.amount("memory.peak");
+    values.swap_max = parser.amount("memory.swap.max");
+    values.swap_current = parser.amount("memory.swap.current");
+    values.swap_peak = parser.amount("memory.swap.peak");
+    values.tasks_max = parser.amount("pids.max");
+    values.tasks_current = parser.amount("pids.current");
+    values.tasks_peak = parser.amount("pids.peak");
+    values.cpu_quota_us = parser.quota(values.cpu_period_us);
+    values.cpu_weight = parser.number("cpu.weight");
+    values.cpu_usage_us = parser.event("cpu.stat", "usage_usec");
+    values.memory_high_met = parser.event("memory.events", "high");
+    values.memory_max_met = parser.event("memory.events", "max");
+    values.memory_oom = parser.event("memory.events", "oom");
+    values.memory_oom_kill = parser.event("memory.events", "oom_kill");
+    values.swap_max_met = parser.event("memory.swap.events", "max");
+    values.swap_failed = parser.event("memory.swap.events", "fail");
+    values.tasks_max_met = parser.event("pids.events", "max");
+    values.cpu_periods = parser.event("cpu.stat", "nr_periods");
+    values.cpu_throttled = parser.event("cpu.stat", "nr_throttled");
+    values.cpu_throttled_us = parser.event("cpu.stat", "throttled_usec");
+    values.cpu_pressure = parser.pressure("cpu.pressure");
+    values.memory_pressure = parser.pressure("memory.pressure");
+    values.io_pressure = parser.pressure("io.pressure");
+    values.forks_refused_below = files.forks_refused_below;
+    values.unreadable = files.unreadable;
+    return values;
+}

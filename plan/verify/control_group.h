@@ -1,0 +1,64 @@
+// A control group of version 2 as its files say it: reading them, and the values in them. For
+// `tarnhwplan verify`.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kiln/result.h"
+
+// Where control groups are on the host; tests hand in another place.
+constexpr const char* control_groups_root = "/sys/fs/cgroup";
+
+// The texts of those files of a group that are there, by their names ("memory.max").
+struct GroupFiles {
+    std::string path;  // of the group
+    std::map<std::string, std::string> texts;
+    std::vector<std::string> unreadable;  // "memory.max: Permission denied"
+    // Forks that were refused in the groups below, each counted where it was tried.
+    std::int64_t forks_refused_below = 0;
+};
+
+// Reads a group. `group` is a path below `root`, with or without "/" before it, or one that begins
+// with `root`, or that of a folder elsewhere. The reason says that there is none, that it is one of
+// version 1, or that it vanished meanwhile.
+Kiln::Result<GroupFiles> read_control_group(const std::string& group,
+                                            const std::string& root = control_groups_root);
+
+// How long a part of the group waited.
+struct Pressure {
+    double average_percent = 0.0;  // of the last 300 seconds
+    std::int64_t total_us = 0;
+};
+
+struct GroupValues {
+    // A limit that is "max" is not limited: `unlimited`.
+    struct Amount {
+        bool there = false;  // the file is, and says a number or "max"
+        bool unlimited = false;
+        std::int64_t value = 0;
+    };
+
+    std::string path;
+    Amount memory_max, memory_high, memory_current, memory_peak;  // bytes
+    Amount swap_max, swap_current, swap_peak;                     // bytes
+    Amount tasks_max, tasks_current, tasks_peak;
+    Amount cpu_quota_us;  // in each cpu_period_us
+    std::int64_t cpu_period_us = 0;
+    std::optional<std::int64_t> cpu_weight;
+    std::optional<std::int64_t> cpu_usage_us;
+    // How often; nothing where the file or its line is not there.
+    std::optional<std::int64_t> memory_high_met, memory_max_met, memory_oom, memory_oom_kill;
+    std::optional<std::int64_t> swap_max_met, swap_failed;
+    std::optional<std::int64_t> tasks_max_met;
+    std::optional<std::int64_t> cpu_periods, cpu_throttled, cpu_throttled_us;
+    std::optional<Pressure> cpu_pressure, memory_pressure, io_pressure;  // some task waited
+    std::int64_t forks_refused_below = 0;
+    std::vector<std::string> unreadable;
+};
+
+// Pure. What is torn or no number is not there.
+GroupValues parse_control_group(const GroupFiles& files);
