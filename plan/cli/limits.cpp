@@ -1,5 +1,5 @@
 // tarnhwplan limits: what a container of today needs, written for the engine that runs it.
-#include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "plan/limits/engines.h"
@@ -15,6 +15,10 @@ struct Options : RecordingOptions {
 };
 
 int run(const Options& options) {
+    if (!std::isfinite(options.cpu_scale)) {
+        say("--cpu-scale must be a number");
+        return status_usage;
+    }
     RecordedHost host;
     if (const ExitStatus status = read_recorded_host(options, host)) {
         return status;
