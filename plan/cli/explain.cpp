@@ -81,10 +81,8 @@ std::string line_text(const LineExplanation& line, bool many_recordings) {
 }
 
 std::string explanation_text(const Explanation& explanation, std::size_t recordings) {
-    std::string text = "host: " + printable(explanation.host) + "
-" +
-                       coverage_in_words(explanation.coverage) + "
-";
+    std::string text = "host: " + printable(explanation.host) + "\n" +
+                       coverage_in_words(explanation.coverage) + "\n";
     for (const std::string& remark : explanation.remarks) {
         text += "! " + printable(remark) + "\n";
     }

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <memory>
 
+#include "plan/cli/recording_command.h"
 #include "plan/limits/engines.h"
-#include "plan/recording_command.h"
 
 namespace {
 

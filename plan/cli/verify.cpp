@@ -1,8 +1,7 @@
 // tarnhwplan verify: whether a container that runs met a limit of its control group.
 #include <memory>
-#include <variant>
 
-#include "plan/commands.h"
+#include "plan/cli/commands.h"
 #include "plan/verify/verdict.h"
 
 namespace {
@@ -14,11 +13,11 @@ struct Options {
 
 int run(const Options& options) {
     const Kiln::Result<GroupFiles> read = read_control_group(options.group);
-    if (const auto* reason = std::get_if<Kiln::Reason>(&read)) {
-        say(reason->text);
+    if (!read) {
+        say(read.reason());
         return status_io;
     }
-    const Verdict verdict = judge(parse_control_group(std::get<GroupFiles>(read)));
+    const Verdict verdict = judge(parse_control_group(*read));
     if (!write_result({}, options.json ? verdict_json(verdict) : verdict_text(verdict))) {
         return status_io;
     }

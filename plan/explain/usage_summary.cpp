@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 
 namespace {
 
 using Level = std::optional<std::int64_t> Usage::*;
 using Figure = std::optional<ProcessFigure> Usage::*;
 
-enum class Unit { kib, things, cores, bytes_per_second, things_per_second, share };
+enum class Measure { kib, things, cores, bytes_per_second, things_per_second, share };
 
 constexpr double milliseconds = 1000.0;        // in a second
 constexpr double pressure_unit_share = 0.001;  // a microsecond of each millisecond
@@ -18,7 +18,7 @@ constexpr double pressure_unit_share = 0.001;  // a microsecond of each millisec
 struct Quantity {
     const char* name;
     const char* label;
-    Unit unit;
+    Measure unit;
     const char* things;      // what is counted, where the unit is none
     Level level;             // as it was at the moment
     Figure figure;           // the same, of one process
@@ -28,15 +28,15 @@ struct Quantity {
 
 // In the order of UsageQuantity.
 constexpr Quantity quantities[] = {
-    {"memory", "memory in use", Unit::kib, "", &Usage::memory_kib, {}, {}, 0},
-    {"swap", "swap in use", Unit::kib, "", &Usage::swap_kib, {}, {}, 0},
-    {"tasks", "tasks", Unit::things, "tasks", &Usage::tasks, {}, {}, 0},
-    {"shm", "/dev/shm in use", Unit::kib, "", &Usage::shm_kib, {}, {}, 0},
-    {"cores", "cores in use", Unit::cores, "", {}, {}, {&Usage::cpu_ms, {}}, 1},
-    {"runnable", "runnable processes", Unit::things, "processes", &Usage::runnable, {}, {}, 0},
+    {"memory", "memory in use", Measure::kib, "", &Usage::memory_kib, {}, {}, 0},
+    {"swap", "swap in use", Measure::kib, "", &Usage::swap_kib, {}, {}, 0},
+    {"tasks", "tasks", Measure::things, "tasks", &Usage::tasks, {}, {}, 0},
+    {"shm", "/dev/shm in use", Measure::kib, "", &Usage::shm_kib, {}, {}, 0},
+    {"cores", "cores in use", Measure::cores, "", {}, {}, {&Usage::cpu_ms, {}}, 1},
+    {"runnable", "runnable processes", Measure::things, "processes", &Usage::runnable, {}, {}, 0},
     {"disk_bytes",
      "disk traffic",
-     Unit::bytes_per_second,
+     Measure::bytes_per_second,
      "",
      {},
      {},
@@ -44,7 +44,7 @@ constexpr Quantity quantities[] = {
      milliseconds},
     {"disk_operations",
      "disk operations",
-     Unit::things_per_second,
+     Measure::things_per_second,
      "operations/s",
      {},
      {},
@@ -52,7 +52,7 @@ constexpr Quantity quantities[] = {
      milliseconds},
     {"network_bytes",
      "network traffic",
-     Unit::bytes_per_second,
+     Measure::bytes_per_second,
      "",
      {},
      {},
@@ -60,16 +60,16 @@ constexpr Quantity quantities[] = {
      milliseconds},
     {"descriptors",
      "descriptors of one process",
-     Unit::things,
+     Measure::things,
      "descriptors",
      {},
      &Usage::descriptors,
      {},
      0},
-    {"locked", "locked memory of one process", Unit::kib, "", {}, &Usage::locked_kib, {}, 0},
+    {"locked", "locked memory of one process", Measure::kib, "", {}, &Usage::locked_kib, {}, 0},
     {"cpu_pressure",
      "time in which some task waited for a processor",
-     Unit::share,
+     Measure::share,
      "",
      {},
      {},
@@ -77,7 +77,7 @@ constexpr Quantity quantities[] = {
      pressure_unit_share},
     {"memory_pressure",
      "time in which some task waited for memory",
-     Unit::share,
+     Measure::share,
      "",
      {},
      {},
@@ -85,7 +85,7 @@ constexpr Quantity quantities[] = {
      pressure_unit_share},
     {"io_pressure",
      "time in which some task waited for a disk",
-     Unit::share,
+     Measure::share,
      "",
      {},
      {},
@@ -241,17 +241,17 @@ std::string usage_text(UsageQuantity quantity, double value) {
     constexpr double percent = 100.0;
     const Quantity& row = row_of(quantity);
     switch (row.unit) {
-        case Unit::kib:
+        case Measure::kib:
             return size_text(value * kib);
-        case Unit::things:
+        case Measure::things:
             return grouped(static_cast<std::int64_t>(value)) + " " + row.things;
-        case Unit::cores:
+        case Measure::cores:
             return decimal_text(value, 2) + " cores";
-        case Unit::bytes_per_second:
+        case Measure::bytes_per_second:
             return size_text(value) + "/s";
-        case Unit::things_per_second:
+        case Measure::things_per_second:
             return decimal_text(value, 1) + " " + row.things;
-        case Unit::share:
+        case Measure::share:
             break;
     }
     return decimal_text(value * percent, 1) + " %";

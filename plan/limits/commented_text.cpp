@@ -3,7 +3,7 @@
 #include "kiln/strings.h"
 #include "plan/limits/equivalents.h"
 #include "plan/limits/host_text.h"
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "plan/limits/equivalents.h"
 #include "plan/limits/host_text.h"
 #include "plan/limits/writers.h"
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 
 namespace {
 

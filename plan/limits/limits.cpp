@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "plan/coverage.h"
+#include "plan/explain/coverage.h"
 #include "plan/explain/usage_summary.h"
 #include "plan/limits/decimal.h"
-#include "plan/printable.h"
+#include "plan/text/printable.h"
+#include "plan/text/utc.h"
 
 namespace {
 

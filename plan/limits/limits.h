@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "plan/combined_scan.h"
+#include "plan/recording/combined_scan.h"
 
 enum class LimitKind {
     memory,       // MiB

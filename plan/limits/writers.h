@@ -1,7 +1,8 @@
 // One writer for each engine, each in a file of its own. For limits_text() alone.
 #pragma once
 
-#include "plan/limits/engines.h"
+#include "plan/limits/limits.h"
+#include "plan/limits/limits_text.h"
 
 LimitsText write_systemd(const LimitSheet& sheet);
 LimitsText write_nspawn(const LimitSheet& sheet);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "plan/json_text.h"
-#include "plan/printable.h"
+#include "plan/recording/json_text.h"
+#include "plan/text/printable.h"
 #include "plan/verify/verdict.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plan/printable.h"
+#include "plan/text/printable.h"
 #include "tests/plan/recordings.h"
 
 namespace {

@@ -23,8 +23,8 @@ NamedRecording small_server() {
     const std::int64_t cpu_ms[] = {7000, 157000, 607000, 1207000, 1507000};
     for (std::size_t i = 0; i < 5; ++i) {
         RecordedPass& pass = named.recording.passes[i];
-        pass.counts.diskspace = 5000000;
-        pass.counts.diskinodes = 200000;
+        pass.counts[&PhysParams::diskspace] = 5000000;
+        pass.counts[&PhysParams::diskinodes] = 200000;
         Usage usage;
         usage.uptime_ms = 1000000 + static_cast<std::int64_t>(i) * 300000;
         usage.tasks = i == 1 ? 1503 : 850;
@@ -269,7 +269,7 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     EXPECT_EQ(text_of(Engine::rsync, named).complaints,
               Remarks{"the paths to leave out are not known: do not copy with this file"});
 
-    named.recording.passes[0].counts.diskspace = 2000000000;
+    named.recording.passes[0].counts[&PhysParams::diskspace] = 2000000000;
     const Remarks large = sheet_of(named).complaints;
     EXPECT_EQ(std::count(large.begin(), large.end(),
                          "left out: DISKSPACE (it did not fit into 32 bits: set it by hand)"),

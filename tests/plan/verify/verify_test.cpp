@@ -235,8 +235,8 @@ TEST(Verify, TheGroupThatIsMeant) {
     for (const std::string& group :
          {std::string("a.slice"), std::string("/a.slice"), host.root + "/a.slice"}) {
         const Kiln::Result<GroupFiles> read = read_control_group(group, host.root);
-        ASSERT_EQ(reason_of(read), "");
-        GroupFiles files = std::get<GroupFiles>(read);
+        ASSERT_EQ(read.reason(), "");
+        GroupFiles files = *read;
         EXPECT_EQ(files.texts.size(), calm_group().size()) << "every file";
         EXPECT_TRUE(judge(parse_control_group(files)).all_fit);
         files.texts.erase("pids.peak");  // as on an older kernel, which counts below as well
@@ -246,17 +246,17 @@ TEST(Verify, TheGroupThatIsMeant) {
                           "own"});
     }
     // A whole path to a group elsewhere.
-    EXPECT_EQ(reason_of(read_control_group(host.root + "/a.slice", "/nowhere")), "");
+    EXPECT_EQ(read_control_group(host.root + "/a.slice", "/nowhere").reason(), "");
     const std::string folder = host.root + "/";
-    EXPECT_EQ(reason_of(read_control_group("old", host.root)),
+    EXPECT_EQ(read_control_group("old", host.root).reason(),
               folder + "old is a control group of version 1; only version 2 is read");
-    EXPECT_EQ(reason_of(read_control_group("none", host.root)),
+    EXPECT_EQ(read_control_group("none", host.root).reason(),
               folder + "none is no control group: it has no cgroup.controllers");
-    EXPECT_EQ(reason_of(read_control_group("gone", host.root)),
+    EXPECT_EQ(read_control_group("gone", host.root).reason(),
               folder + "gone: No such file or directory");
     put_group(host, "memory", {{"tasks", ""}});
     EXPECT_EQ(
-        reason_of(read_control_group("gone", host.root)),
+        read_control_group("gone", host.root).reason(),
         folder + "gone is no control group of version 2; this host has version 1 at " + host.root);
 }
 
