@@ -220,6 +220,48 @@ TEST(Limits, SharesOfTheProcessors) {
               "50th percentile of 4 values: 1.00 cores, times 2");
 }
 
+TEST(Limits, PeriodsAndPercentilesInWords) {
+    const std::pair<std::int32_t, const char*> periods[] = {
+        {1, "1 second,"},   {90, "90 seconds,"}, {60, "1 minute,"},
+        {7200, "2 hours,"}, {86400, "1 day,"},   {129600, "36 hours,"}};
+    for (const auto& [period, words] : periods) {
+        NamedRecording named = small_server();
+        named.recording.header.spans = {1000000, period};
+        const std::string expected = std::string("processors are averages over a period of ") +
+                                     words + " which hides shorter bursts";
+        EXPECT_EQ(sheet_of(named).notes.at(2), expected);
+    }
+    const std::pair<int, const char*> percentiles[] = {
+        {1, "1st "},   {2, "2nd "},   {3, "3rd "},   {4, "4th "},   {11, "11th "},
+        {12, "12th "}, {13, "13th "}, {21, "21st "}, {90, "90th "}, {100, "100th "}};
+    for (const auto& [percentile, words] : percentiles) {
+        LimitOptions options;
+        options.cpu_percentile = percentile;
+        EXPECT_EQ(sheet_of(small_server(), options)[LimitKind::cpu_share]->source.rfind(words, 0),
+                  0U)
+            << words;
+    }
+}
+
+TEST(Limits, SwapThatWasUsed) {
+    NamedRecording named = small_server();
+    named.recording.passes[4].usage->swap_kib = 100 * 1024;
+    EXPECT_NE(text_of(Engine::systemd, named).text.find("\nMemorySwapMax=120M\n"),
+              std::string::npos);
+    EXPECT_NE(text_of(Engine::lxc, named).text.find("memory.swap.max = 125829120\n"),
+              std::string::npos);
+    EXPECT_NE(text_of(Engine::podman, named).text.find(" --memory-swap=1567m\n"), std::string::npos)
+        << "together with memory";
+    named.recording.passes[4].usage->swap_kib = INT64_MAX;
+    const LimitSheet sheet = sheet_of(named);
+    EXPECT_EQ(
+        sheet[LimitKind::swap]->source,
+        "peak of 8192 EiB, 2026-03-12 14:25 UTC, pass 5, times 1.2, cut to the most that there "
+        "can be");
+    EXPECT_NE(limits_text(Engine::podman, sheet).text.find(" --memory-swap=8796093022207m\n"),
+              std::string::npos);
+}
+
 TEST(Limits, MoreDescriptorsThanAHardLimitOrAKernelAllows) {
     NamedRecording named = recording_of({1});
     named.recording.passes[0].usage.emplace().descriptors = ProcessFigure{500000, "many"};
@@ -309,6 +351,14 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
                        "NAMESERVER \"192.0.2.4\" is left out: a Pod takes 3",
                        "SEARCHDOMAIN \"Example.org\" is left out: it is no domain of small "
                        "letters"}));
+    findings.hostname = "db";
+    findings.ns_attrs = {{}, Remarks(32, "example.org")};
+    EXPECT_EQ(text_of(Engine::kubernetes, named).complaints, Remarks{});
+    findings.ns_attrs.search_domains.emplace_back("last.org");
+    EXPECT_EQ(text_of(Engine::kubernetes, named).complaints,
+              Remarks{"SEARCHDOMAIN \"last.org\" is left out: a Pod takes 32"});
+    EXPECT_EQ(text_of(Engine::kubernetes, named).text.find("dnsPolicy"), std::string::npos)
+        << "none of its own without a server";
 }
 
 TEST(Limits, QuotedAsEachFormatWantsIt) {

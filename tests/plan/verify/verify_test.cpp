@@ -245,6 +245,15 @@ TEST(Verify, TheGroupThatIsMeant) {
                           "were refused in the groups below, 2 times, by it or by limits of their "
                           "own"});
     }
+    // What cannot be read is said, and nothing is well then.
+    host.put("odd/cgroup.controllers", "");
+    host.put("odd/memory.max/x", "");
+    host.put("odd/pids.max", "5\n");
+    host.put("odd/pids.events", "max 0\n");
+    const Verdict odd =
+        judge(parse_control_group(std::get<GroupFiles>(read_control_group("odd", host.root))));
+    EXPECT_FALSE(odd.all_fit);
+    EXPECT_EQ(odd.remarks.back(), "memory.max: Is a directory");
     // A whole path to a group elsewhere.
     EXPECT_EQ(read_control_group(host.root + "/a.slice", "/nowhere").reason(), "");
     const std::string folder = host.root + "/";
