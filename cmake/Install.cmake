@@ -18,6 +18,7 @@ install(PROGRAMS examples/with-detection DESTINATION ${docdir}/examples COMPONEN
 if(TARGET tarnhwplan)
   install(FILES examples/systemd/tarnhwplan-record.service
     DESTINATION ${docdir}/examples/systemd COMPONENT program)
+  install(DIRECTORY examples/prometheus DESTINATION ${docdir}/examples COMPONENT program)
   # Whoever records from here has results beside the playbooks.
   install(DIRECTORY examples/ansible DESTINATION ${docdir}/examples COMPONENT program
     FILES_MATCHING PATTERN "README.md" PATTERN "*.yml" PATTERN "*.ini" PATTERN "*.cfg" PATTERN "*.j2" PATTERN "*.sh"

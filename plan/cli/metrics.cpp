@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "plan/cli/recording_command.h"
+#include "plan/cli/usage_metrics.h"
 #include "plan/explain/coverage.h"
 
 namespace {
@@ -90,7 +91,8 @@ int run(const RecordingOptions& options) {
     const ComputedConfig computed = compute_known_lines(host.scan, host.scales);
     const std::string text = pass_text(recording.header, recording.passes.back()) +
                              limits_text(computed.lines) +
-                             coverage_text(measure_coverage(host.recordings)) + "# EOF\n";
+                             coverage_text(measure_coverage(host.recordings)) +
+                             usage_metrics(host.recordings) + "# EOF\n";
     if (!write_result(options.out_path, text, everybodys_mode)) {
         return status_io;
     }

@@ -12,6 +12,7 @@ using Figure = std::optional<ProcessFigure> Usage::*;
 
 enum class Measure { kib, things, cores, bytes_per_second, things_per_second, share };
 
+constexpr double kib = 1024.0;
 constexpr double milliseconds = 1000.0;        // in a second
 constexpr double pressure_unit_share = 0.001;  // a microsecond of each millisecond
 
@@ -236,8 +237,29 @@ const char* label_of(UsageQuantity quantity) {
     return row_of(quantity).label;
 }
 
+double base_value(UsageQuantity quantity, double value) {
+    return row_of(quantity).unit == Measure::kib ? value * kib : value;
+}
+
+const char* base_unit_of(UsageQuantity quantity) {
+    switch (row_of(quantity).unit) {
+        case Measure::kib:
+            return "bytes";
+        case Measure::things:
+            return "number";
+        case Measure::cores:
+            return "cores";
+        case Measure::bytes_per_second:
+            return "bytes_per_second";
+        case Measure::things_per_second:
+            return "per_second";
+        case Measure::share:
+            break;
+    }
+    return "ratio";
+}
+
 std::string usage_text(UsageQuantity quantity, double value) {
-    constexpr double kib = 1024.0;
     constexpr double percent = 100.0;
     const Quantity& row = row_of(quantity);
     switch (row.unit) {

@@ -36,6 +36,10 @@ const char* label_of(UsageQuantity quantity);
 // The value with its unit: "12.3 GiB", "1,503 tasks", "1.25 cores", "3.4 MiB/s", "2.5 %".
 std::string usage_text(UsageQuantity quantity, double value);
 
+// The same for programs: a number of what base_unit_of() names, such as "bytes" or "cores".
+double base_value(UsageQuantity quantity, double value);
+const char* base_unit_of(UsageQuantity quantity);
+
 // A value at the moment of a pass.
 struct UsageValue {
     double value = 0.0;         // never negative

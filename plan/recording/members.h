@@ -19,7 +19,9 @@ constexpr Range from_one = {1, std::numeric_limits<std::int32_t>::max()};
 constexpr Range milliseconds = {0, std::int64_t{1} << 41};  // longer than any scan time
 constexpr Range any_time = {std::numeric_limits<std::int64_t>::min() / 2,
                             std::numeric_limits<std::int64_t>::max() / 2};
-constexpr Range amount = {0, std::numeric_limits<std::int64_t>::max()};
+// Room enough that two of them can be added, and a size in KiB be told in bytes.
+constexpr Range amount = {0, std::int64_t{1} << 60};
+constexpr Range kib_amount = {0, std::int64_t{1} << 50};
 
 template <class Part>
 struct Members;
@@ -38,7 +40,7 @@ struct Members<FileSystemSize> {
     template <class Visitor, class Size>
     static void visit(Visitor& member, Size& size) {
         member("mount_point", size.mount_point);
-        member("size_kib", size.size_kib, amount);
+        member("size_kib", size.size_kib, kib_amount);
         member("inodes", size.inodes, amount);
     }
 };
@@ -50,8 +52,8 @@ struct Members<Hardware> {
     template <class Visitor, class Part>
     static void visit(Visitor& member, Part& hardware) {
         member("cpus", hardware.cpus, amount);
-        member("memory_kib", hardware.memory_kib, amount);
-        member("swap_kib", hardware.swap_kib, amount);
+        member("memory_kib", hardware.memory_kib, kib_amount);
+        member("swap_kib", hardware.swap_kib, kib_amount);
         member("file_systems", hardware.file_systems);
         member("boot_id", hardware.boot_id);
     }
@@ -96,7 +98,7 @@ template <>
 struct Members<ProcessFigure> {
     template <class Visitor, class Figure>
     static void visit(Visitor& member, Figure& figure) {
-        member("value", figure.value, amount);
+        member("value", figure.value, kib_amount);
         member("name", figure.name);
     }
 };
@@ -107,9 +109,9 @@ struct Members<Usage> {
     static void visit(Visitor& member, Part& usage) {
         member("uptime_ms", usage.uptime_ms, amount);
         member("tasks", usage.tasks, amount);
-        member("memory_kib", usage.memory_kib, amount);
-        member("swap_kib", usage.swap_kib, amount);
-        member("shm_kib", usage.shm_kib, amount);
+        member("memory_kib", usage.memory_kib, kib_amount);
+        member("swap_kib", usage.swap_kib, kib_amount);
+        member("shm_kib", usage.shm_kib, kib_amount);
         member("cpu_ms", usage.cpu_ms, amount);
         member("runnable", usage.runnable, amount);
         member("cpu_pressure_us", usage.cpu_pressure_us, amount);

@@ -251,7 +251,7 @@ TEST(Verify, TheGroupThatIsMeant) {
     host.put("odd/pids.max", "5\n");
     host.put("odd/pids.events", "max 0\n");
     const Verdict odd =
-        judge(parse_control_group(std::get<GroupFiles>(read_control_group("odd", host.root))));
+        judge(parse_control_group(*read_control_group("odd", host.root)));
     EXPECT_FALSE(odd.all_fit);
     EXPECT_EQ(odd.remarks.back(), "memory.max: Is a directory");
     // A whole path to a group elsewhere.

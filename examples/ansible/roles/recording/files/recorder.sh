@@ -26,6 +26,7 @@ session() {
     leader=$(cat "$folder/pid" 2>/dev/null) || return 0
     for process in /proc/[0-9]*; do
         { read -r line <"$process/stat"; } 2>/dev/null || continue
+        # shellcheck disable=SC2086  # words that are to be split
         set -- ${line##*) } # state, parent, group, session
         [ "$1" = Z ] || [ "$4" != "$leader" ] || echo "${process#/proc/}"
     done
@@ -115,9 +116,11 @@ stop() {
         systemctl disable --quiet --now "$unit" || exit 1
     fi
     [ -n "$(recorders)" ] || return 0
+    # shellcheck disable=SC2046  # a number for each
     kill -TERM $(recorders) 2>/dev/null
     tries=100
     while [ -n "$(recorders)" ] && [ $((tries -= 1)) -gt 0 ]; do sleep 1; done
+    # shellcheck disable=SC2046  # as above
     kill -KILL $(session) 2>/dev/null
     sleep 1
     [ -z "$(recorders)" ] || fail "the recorder does not end: process $(recorders)"
@@ -132,6 +135,7 @@ clean() {
     if [ -e "$above/.made" ] && [ "$(ls -A "$above")" = .made ]; then
         rm "$above/.made" && rmdir "$above"
     elif [ -e "$above/.made" ]; then
+        # shellcheck disable=SC2012  # for a person
         echo "$above still has $(ls "$above" | tr '\n' ' ')"
     fi
 }
