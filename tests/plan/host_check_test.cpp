@@ -10,6 +10,7 @@
 
 #include "plan/check/host_warnings.h"
 #include "plan/check/output_shapes.h"
+#include "plan/text/wrapped.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -46,6 +47,24 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         const std::string objection = shape_objection(sample_steps[test.step], test.out, test.err);
         EXPECT_EQ(objection.empty(), test.objection.empty()) << test.out << objection;
         EXPECT_NE(objection.find(test.objection), std::string::npos) << objection;
+    }
+}
+
+TEST(Wrapped, LinesFitAndLongWordsStayWhole) {
+    struct Case {
+        const char* text;
+        const char* lines;
+    };
+    const Case cases[] = {
+        {"", "* \n"},
+        {"six to", "* six to\n"},
+        {"seven to", "* seven\n  to\n"},
+        {"\u00e9\u00e9\u00e9\u00e9 b", "* \u00e9\u00e9\u00e9\u00e9 b\n"},
+        {"a  b  ccccccccccc d", "* a  b\n  ccccccccccc\n  d\n"},
+        {"a   ", "* a\n"},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(wrapped(test.text, "* ", "  ", 8), test.lines);
     }
 }
 

@@ -250,8 +250,7 @@ TEST(Verify, TheGroupThatIsMeant) {
     host.put("odd/memory.max/x", "");
     host.put("odd/pids.max", "5\n");
     host.put("odd/pids.events", "max 0\n");
-    const Verdict odd =
-        judge(parse_control_group(*read_control_group("odd", host.root)));
+    const Verdict odd = judge(parse_control_group(*read_control_group("odd", host.root)));
     EXPECT_FALSE(odd.all_fit);
     EXPECT_EQ(odd.remarks.back(), "memory.max: Is a directory");
     // A whole path to a group elsewhere.
