@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "plan/explain/usage_section.h"
 #include "plan/explain/usage_summary.h"
 
 namespace {
@@ -46,16 +47,10 @@ std::string size_gauge(const char* name, const char* help, const std::optional<s
                        " " + std::to_string(*size * unit) + "\n";
 }
 
-// As the newest of those who recorded saw it.
-std::optional<Hardware> newest_hardware(const Recording& recording) {
-    const bool went_on = !recording.continuations.empty();
-    return went_on ? recording.continuations.back().hardware : recording.header.hardware;
-}
-
 }  // namespace
 
 std::string usage_metrics(const std::vector<NamedRecording>& recordings) {
-    const std::optional<Hardware> hardware = newest_hardware(recordings.back().recording);
+    const std::optional<Hardware> hardware = newest_hardware(recordings);
     std::string text = usage_gauges(recordings);
     if (hardware) {
         text += size_gauge("cpus", "Processors of the host.", hardware->cpus, 1);

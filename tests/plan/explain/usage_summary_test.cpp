@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "plan/explain/usage_section.h"
 #include "plan/text/printable.h"
 #include "tests/plan/recordings.h"
 
@@ -191,6 +192,48 @@ TEST(UsageSummary, EveryQuantityInWords) {
     EXPECT_EQ(grouped(999), "999");
     EXPECT_EQ(grouped(1234567), "1,234,567");
     EXPECT_EQ(grouped(-100000), "-100,000");
+}
+
+TEST(UsageSection, IsWhatAPersonReads) {
+    NamedRecording named = counting({{1000, 0}, {11000, 15000}, {21000, 20000}});
+    EXPECT_EQ(usage_section({recording_of({1})}), "usage: not recorded\n");
+    Hardware& hardware = named.recording.header.hardware.emplace();
+    hardware.cpus = 4;
+    hardware.memory_kib = 24539844;
+    named.recording.passes[2].usage->memory_kib = 314572;
+    named.recording.passes[0].usage->tasks = 1503;
+    // Cores: 15 s and 5 s in 10 s each. Disks and network: two counters, 30,000 and 10,000 bytes.
+    EXPECT_EQ(usage_section({named}), R"(machine: 4 processors, 23.4 GiB of memory, no swap
+usage           median       95th percentile  peak, UTC
+cores in use    0.50 cores   1.50 cores       1.50 cores, 2026-03-12 14:05
+memory in use   307 MiB      307 MiB          307 MiB, 2026-03-12 14:05
+tasks           1,503 tasks  1,503 tasks      1,503 tasks, 2026-03-12 14:05
+disk traffic    1000 bytes/s 2.9 KiB/s        2.9 KiB/s, 2026-03-12 14:05
+network traffic 1000 bytes/s 2.9 KiB/s        2.9 KiB/s, 2026-03-12 14:05
+)");
+    hardware.cpus = 1;
+    hardware.swap_kib = 1024;
+    EXPECT_EQ(usage_section({named}).substr(0, 54),
+              "machine: 1 processor, 23.4 GiB of memory, 1.0 MiB of s");
+}
+
+TEST(UsageSection, ALineLargerThanTheMachine) {
+    Hardware hardware;
+    hardware.memory_kib = 1 << 20;
+    hardware.swap_kib = 1 << 20;
+    // 1.2 x (107,611,416 of the floors + 4096 x (660,000 + 307)) is 3.14 GiB.
+    PhysParams profile;
+    profile.privvmpages = 500000;  // 500000 x 1.2 x 1.1 pages of 4 KiB
+    std::string remarks;
+    for (const ConfigLine& line : compute_config(profile, {}, 4096)) {
+        const std::string remark = larger_than_machine(line, hardware, 4096);
+        remarks += remark.empty() ? "" : std::string(line.name) + ": " + remark + "\n";
+        EXPECT_EQ(larger_than_machine(line, {}, 4096), "");
+    }
+    EXPECT_EQ(remarks,
+              "PRIVVMPAGES: 2.5 GiB of 2.0 GiB that the machine has: computed from virtual sizes\n"
+              "SLMMEMORYLIMIT: 3.1 GiB of 2.0 GiB that the machine has: computed from virtual "
+              "sizes\n");
 }
 
 }  // namespace

@@ -1,0 +1,119 @@
+#include "plan/explain/usage_section.h"
+
+#include <algorithm>
+
+#include "plan/explain/usage_summary.h"
+#include "plan/text/printable.h"
+#include "plan/text/utc.h"
+
+namespace {
+
+constexpr int percentile = 95;
+constexpr double bytes_per_kib = 1024.0;
+constexpr std::size_t label_width = 16;
+constexpr std::size_t median_width = 13;
+constexpr std::size_t percentile_width = 17;
+
+constexpr UsageQuantity shown[] = {UsageQuantity::cores,      UsageQuantity::memory,
+                                   UsageQuantity::swap,       UsageQuantity::tasks,
+                                   UsageQuantity::disk_bytes, UsageQuantity::network_bytes};
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
+}
+
+// "2026-03-12 14:05"
+std::string minute_text(std::int64_t time_ms) {
+    std::string text = utc_text(time_ms / 1000).substr(0, 16);
+    std::replace(text.begin(), text.end(), 'T', ' ');
+    return text;
+}
+
+std::string row(UsageQuantity quantity, const UsageSummary& summary) {
+    return padded(label_of(quantity), label_width) +
+           padded(usage_text(quantity, summary.median), median_width) +
+           padded(usage_text(quantity, summary.percentile), percentile_width) +
+           usage_text(quantity, summary.peak->value) + ", " + minute_text(summary.peak->time_ms) +
+           "\n";
+}
+
+std::string kib_text(std::int64_t kib) {
+    return size_text(static_cast<double>(kib) * bytes_per_kib);
+}
+
+std::string machine_text(const Hardware& hardware) {
+    std::string text = "machine: ";
+    if (hardware.cpus) {
+        text += std::to_string(*hardware.cpus) +
+                (*hardware.cpus == 1 ? " processor, " : " processors, ");
+    }
+    if (hardware.memory_kib) {
+        text += kib_text(*hardware.memory_kib) + " of memory, ";
+    }
+    const std::int64_t swap_kib = hardware.swap_kib.value_or(0);
+    return text + (swap_kib > 0 ? kib_text(swap_kib) + " of swap\n" : "no swap\n");
+}
+
+// What the line may take at most, in bytes; nothing where it is no memory.
+std::optional<double> memory_of(const ConfigLine& line, std::int32_t page_size) {
+    const std::string name = line.name;
+    const bool is_memory = name == "SLMMEMORYLIMIT" || name == "PRIVVMPAGES";
+    constexpr std::uint64_t first_negative = std::uint64_t{1} << 63;
+    if (!is_memory || line.limit >= first_negative) {
+        return {};
+    }
+    return static_cast<double>(line.limit) * static_cast<double>(bytes_of(line.unit, page_size));
+}
+
+}  // namespace
+
+std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recordings) {
+    std::optional<Hardware> newest;
+    std::int64_t newest_ms = 0;
+    const auto take = [&](const std::optional<Hardware>& hardware, std::int64_t time_ms) {
+        if (hardware && (!newest || time_ms >= newest_ms)) {
+            newest = hardware;
+            newest_ms = time_ms;
+        }
+    };
+    for (const NamedRecording& named : recordings) {
+        const std::int64_t start_ms = named.recording.header.start * 1000;
+        take(named.recording.header.hardware, start_ms);
+        for (const Continuation& continuation : named.recording.continuations) {
+            take(continuation.hardware, start_ms + continuation.at_ms);
+        }
+    }
+    return newest;
+}
+
+std::string usage_section(const std::vector<NamedRecording>& recordings) {
+    const UsageSeries series = usage_series(recordings);
+    const std::optional<Hardware> hardware = newest_hardware(recordings);
+    std::string rows;
+    for (const UsageQuantity quantity : shown) {
+        const UsageSummary summary =
+            summarize_usage(series[static_cast<std::size_t>(quantity)], percentile);
+        if (summary.peak) {
+            rows += row(quantity, summary);
+        }
+    }
+    if (rows.empty()) {
+        return "usage: not recorded\n";
+    }
+    return (hardware ? machine_text(*hardware) : std::string()) + padded("usage", label_width) +
+           padded("median", median_width) + padded("95th percentile", percentile_width) +
+           "peak, UTC\n" + rows;
+}
+
+std::string larger_than_machine(const ConfigLine& line, const std::optional<Hardware>& hardware,
+                                std::int32_t page_size) {
+    const std::optional<double> bytes = memory_of(line, page_size);
+    if (!bytes || !hardware || !hardware->memory_kib) {
+        return {};
+    }
+    const double machine =
+        static_cast<double>(*hardware->memory_kib + hardware->swap_kib.value_or(0)) * bytes_per_kib;
+    return *bytes <= machine ? ""
+                             : size_text(*bytes) + " of " + size_text(machine) +
+                                   " that the machine has: computed from virtual sizes";
+}
