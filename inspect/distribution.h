@@ -14,3 +14,7 @@ struct DistributionFinding {
 
 // Tries the scripts in their order, then the host's default one.
 DistributionFinding detect_distribution(const Host& host, const std::vector<std::string>& scripts);
+
+// Asks what is open at the descriptor as the host's default script, whatever stands in its place
+// now; the script sees no difference. With -1 there is none.
+DistributionFinding detect_distribution(const Host& host, int script_fd);

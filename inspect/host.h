@@ -6,10 +6,11 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "kiln/runscript.h"
 
-// Every path that the calculator opens itself. (The commands have theirs in their texts.)
+// Every path that is opened by itself. (The commands have theirs in their texts.)
 struct HostPaths {
     std::string proc = "/proc";
     std::string filesystems = "/proc/filesystems";
@@ -19,6 +20,10 @@ struct HostPaths {
     std::string login_record = "/var/log/lastlog";
     // The doubled slash is meant: a warning shows the path as it stands.
     std::string detect_script = "/tmp//usr/local/share/tarnp2v/distdetect-common.sh";
+    // Only the companion asks these: who an id is, and where programs usually are.
+    std::string users = "/etc/passwd";
+    std::string groups = "/etc/group";
+    std::vector<std::string> program_folders = {"/usr/sbin", "/usr/bin", "/sbin", "/bin"};
 };
 
 // Runs a shell command and keeps the contract of runscript().

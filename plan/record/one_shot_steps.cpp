@@ -1,5 +1,7 @@
 #include "plan/record/one_shot_steps.h"
 
+#include <unistd.h>
+
 #include <system_error>
 #include <utility>
 
@@ -9,6 +11,7 @@
 #include "inspect/quota_count.h"
 #include "inspect/resolver.h"
 #include "plan/record/bounded_task.h"
+#include "plan/record/trusted_path.h"
 #include "plan/recording/format.h"
 
 namespace {
@@ -32,8 +35,19 @@ void list_interfaces(const Host& /*host*/, Findings& findings) {
     keep(list_net_ifaces(), OneShotStep::interfaces, findings.ifaces, findings);
 }
 
+// A script below /tmp may be anybody's. It is judged before it is run, and what was judged is run.
 void ask_distribution(const Host& host, Findings& findings) {
-    DistributionFinding finding = detect_distribution(host, {});
+    const std::string& path = host.paths.detect_script;
+    Kiln::Result<Kiln::Descriptor> script = Kiln::Descriptor();
+    if (access(path.c_str(), F_OK) == 0) {  // a stranger's folder that has none is his affair
+        script = open_trusted(path, host.paths);
+    }
+    if (!script) {
+        findings.failures.push_back(
+            {OneShotStep::distribution, "the detection script is not run: " + script.reason()});
+        return;
+    }
+    DistributionFinding finding = detect_distribution(host, script->get());
     findings.distribution = std::move(finding.name);
     findings.notes.warnings = std::move(finding.warnings);
 }
@@ -94,10 +108,10 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
     }
     outcome.took_ms = task.took_ms;
     outcome.stopped = task.end == BoundedTask::End::stopped;
+    outcome.ended = task.end == BoundedTask::End::finished;
     const Kiln::Result<Findings> findings =
-        task.end == BoundedTask::End::finished
-            ? parse_findings(task.text)
-            : Kiln::Reason{why_not_finished(task, limit_seconds)};
+        outcome.ended ? parse_findings(task.text)
+                      : Kiln::Reason{why_not_finished(task, limit_seconds)};
     if (findings) {
         outcome.findings = *findings;
     } else {

@@ -10,6 +10,7 @@ struct StepOutcome {
     Findings findings;  // with the failure, where the step failed or was ended
     std::int64_t took_ms = 0;
     bool stopped = false;  // somebody woke us before it ended
+    bool ended = false;    // the step came to its own end, with or without a failure
 };
 
 // Takes one step, for so many seconds at most and until `wake_fd` (or -1) can be read.
