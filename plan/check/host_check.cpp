@@ -3,8 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "calc/sample.h"
 #include "kiln/strings.h"
@@ -35,10 +38,21 @@ std::uint64_t argument_limit() {
     return std::min(static_cast<std::uint64_t>(sysconf(_SC_ARG_MAX)), most_bytes);
 }
 
+// A mount that answers at all does so at once.
+constexpr int mount_limit_seconds = 3;
+
+constexpr const char* left_out_text = "left out: the check has taken too long";
+
+struct CheckLimits {
+    int step_seconds;
+    int total_seconds;
+};
+
 // Of the report that a child hands back.
 constexpr const char* failure_name = "failure";
 constexpr const char* found_name = "found";
 constexpr const char* objection_name = "objection";
+constexpr const char* was_run_name = "was_run";
 
 // What a step of a pass found, by the names of the profile.
 std::string counts_text(const SampleStep& step, const SampleCounts& counts) {
@@ -56,11 +70,13 @@ std::string counts_text(const SampleStep& step, const SampleCounts& counts) {
 std::string take_watched_step(const Host& host, const SampleStep& step) {
     std::string out;
     std::string err;
+    bool was_run = true;
     Host watched = host;
     watched.run = [&](const std::string& command, std::string& to_out, std::string& to_err) {
         const int status = host.run(command, to_out, to_err);
         out = to_out;
         err = to_err;
+        was_run = status >= 0;
         return status;
     };
     SampleCounts counts;
@@ -71,6 +87,7 @@ std::string take_watched_step(const Host& host, const SampleStep& step) {
     report[found_name] = counts_text(step, counts);
     report[objection_name] =
         text_to_json(failure || !is_command ? "" : shape_objection(step, out, err));
+    report[was_run_name] = was_run;
     return report.dump();
 }
 
@@ -121,99 +138,208 @@ std::string sources_of(OneShotStep step, const HostPaths& paths) {
     return paths.filesystems + ", " + paths.fstab + ", " + paths.mtab + ", " + paths.login_record;
 }
 
+// How findings and missing programs come back from a child.
+ordered_json to_json(const CheckFindings& findings) {
+    return list_to_json(findings, [](const CheckFinding& finding) {
+        return ordered_json{text_to_json(finding.text), text_to_json(finding.remedy),
+                            finding.lines};
+    });
+}
+
+CheckFindings findings_from(const json& list) {
+    CheckFindings findings;
+    for (const json& finding : list) {
+        findings.push_back({text_from_json(finding[0]), text_from_json(finding[1]), finding[2]});
+    }
+    return findings;
+}
+
+// The first is what is missing, the second what is to be said of it and of PATH.
+std::string look_at_search_path(const HostPaths& paths) {
+    const std::vector<MissingProgram> missing = missing_programs(search_path());
+    ordered_json names = ordered_json::array();
+    for (const MissingProgram& program : missing) {
+        names.push_back(program.name);
+    }
+    CheckFindings findings = missing_warnings(missing, search_path(), paths.program_folders);
+    append(findings, search_path_warnings(search_path(), paths));
+    return ordered_json{names, to_json(findings)}.dump();
+}
+
 class Checker {
 public:
-    Checker(const Host& host, int limit_seconds, int wake_fd)
-        : host_(host), limit_seconds_(limit_seconds), wake_fd_(wake_fd) {}
+    Checker(const Host& host, const CheckLimits& limits, int wake_fd)
+        : host_(host),
+          limits_(limits),
+          wake_fd_(wake_fd),
+          end_(SteadyClock::now() + std::chrono::seconds(limits.total_seconds)) {}
 
     HostCheck check();
 
 private:
+    using SteadyClock = std::chrono::steady_clock;
+
+    int limit_seconds() const;
+    bool is_over(const std::string& what);
+    BoundedTask run(const std::function<std::string()>& task, int limit) const;
+    void check_search_path();
     void check_sample_step(const SampleStep& step);
-    void judge_sample_step(const json& report, bool forgiven, bool is_complete,
-                           CheckedStep& checked);
+    void judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked);
+    bool has_programs(const SampleStep& step) const;
     void check_one_shot_step(OneShotStep step);
+    void judge_one_shot_step(OneShotStep step, const StepOutcome& outcome, CheckedStep& checked);
     void check_descriptors();
     void check_mounts();
+    void tell_of_what_was_left_out();
 
     const Host& host_;
-    const int limit_seconds_;
+    const CheckLimits limits_;
     const int wake_fd_;
+    const SteadyClock::time_point end_;
+    std::vector<std::string> missing_programs_;
+    std::vector<std::string> left_out_;
     HostCheck check_;
 };
 
+// What is left of the time for all, where that is less.
+int Checker::limit_seconds() const {
+    const auto left = std::chrono::ceil<std::chrono::seconds>(end_ - SteadyClock::now()).count();
+    return static_cast<int>(std::min<std::int64_t>(limits_.step_seconds, left));
+}
+
+// Whether there is no time for it any more; then it is left out.
+bool Checker::is_over(const std::string& what) {
+    const bool over = limit_seconds() <= 0;
+    if (over) {
+        left_out_.push_back(what);
+    }
+    return over;
+}
+
+// One that there can be no child for has died, with the reason as its message.
+BoundedTask Checker::run(const std::function<std::string()>& task, int limit) const {
+    try {
+        return run_bounded(task, limit, wake_fd_);
+    } catch (const std::system_error& error) {
+        BoundedTask never_begun;
+        never_begun.messages = error.what();
+        return never_begun;
+    }
+}
+
+std::string why_not(const BoundedTask& task, int limit) {
+    return why_not_finished(task, limit) + (task.messages.empty() ? "" : ": " + task.messages);
+}
+
+void Checker::check_search_path() {
+    const int limit = limit_seconds();
+    const BoundedTask task = run([&] { return look_at_search_path(host_.paths); }, limit);
+    if (task.end != BoundedTask::End::finished) {
+        check_.findings.push_back(
+            {"the folders of PATH cannot be looked at: " + why_not(task, limit),
+             "leave out of PATH what does not answer"});
+        return;
+    }
+    const json report = json::parse(task.text);
+    missing_programs_ = report[0].get<std::vector<std::string>>();
+    append(check_.findings, findings_from(report[1]));
+}
+
+bool Checker::has_programs(const SampleStep& step) const {
+    const std::vector<std::string> programs = programs_of(step.command);
+    return std::none_of(programs.begin(), programs.end(), [&](const std::string& program) {
+        return std::find(missing_programs_.begin(), missing_programs_.end(), program) !=
+               missing_programs_.end();
+    });
+}
+
 void Checker::check_sample_step(const SampleStep& step) {
-    const bool is_command = step.command != nullptr;
-    const BoundedTask task =
-        run_bounded([&] { return take_watched_step(host_, step); }, limit_seconds_, wake_fd_);
     CheckedStep checked;
     checked.what = step.label;
-    checked.command = is_command ? step.command : host_.paths.proc + "/*/status";
-    checked.took_ms = task.took_ms;
+    checked.command = step.command != nullptr ? step.command : host_.paths.proc + "/*/status";
     checked.lines = lines_on(step.counts());
-    CheckFindings missing;
-    if (is_command) {
-        missing = missing_programs(step.command, search_path(), checked.lines);
+    checked.result = left_out_text;
+    if (!is_over(checked.what)) {
+        const int limit = limit_seconds();
+        const BoundedTask task = run([&] { return take_watched_step(host_, step); }, limit);
+        checked.took_ms = task.took_ms;
+        if (task.end == BoundedTask::End::finished) {
+            judge_sample_step(json::parse(task.text), step, checked);
+        } else {
+            checked.result = why_not(task, limit);
+        }
     }
-    if (task.end == BoundedTask::End::finished) {
-        judge_sample_step(json::parse(task.text), step.forgiven, missing.empty(), checked);
-    } else {
-        checked.result = why_not_finished(task, limit_seconds_);
-    }
-    append(check_.findings, missing);
     check_.steps.push_back(checked);
 }
 
-void Checker::judge_sample_step(const json& report, bool forgiven, bool is_complete,
-                                CheckedStep& checked) {
+void Checker::judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked) {
     const std::string failure = text_from_json(report.at(failure_name));
     const std::string objection = text_from_json(report.at(objection_name));
     checked.succeeded = failure.empty();
-    checked.forgiven = forgiven;
+    // What could not be run at all says nothing of how the command does.
+    checked.forgiven = step.forgiven && report.at(was_run_name);
     checked.result = checked.succeeded ? text_from_json(report.at(found_name)) : failure;
-    if (!objection.empty() && is_complete) {
+    if (!objection.empty() && has_programs(step)) {
         check_.findings.push_back(
-            {checked.command + ": " + objection, "see what it prints by hand"});
+            {checked.command + ": " + objection, "see what it prints by hand", checked.lines});
     }
-    if (!checked.succeeded && forgiven) {
+    if (!checked.succeeded && checked.forgiven) {
         const std::vector<std::string> lines = Kiln::split("\n", failure, 0);
         check_.findings.push_back(
-            {Kiln::join(" ", lines), "a run goes on without it; see why it fails"});
+            {Kiln::join(" ", lines), "a run goes on without it; see why it fails", checked.lines});
     }
 }
 
 void Checker::check_one_shot_step(OneShotStep step) {
-    const StepOutcome outcome = take_one_shot_step(host_, step, limit_seconds_, wake_fd_);
     CheckedStep checked;
     checked.what = name_of(step);
     checked.command = sources_of(step, host_.paths);
-    checked.took_ms = outcome.took_ms;
     checked.lines = lines_on(step);
-    checked.succeeded = outcome.findings.failures.empty();
-    checked.result = checked.succeeded ? findings_text(step, outcome.findings)
-                                       : outcome.findings.failures.front().text;
-    for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
-        check_.findings.push_back(
-            {checked.what + ": " + message, step == OneShotStep::quotas
-                                                ? "see why, or switch the quotas of the mount off"
-                                                : "see why"});
+    checked.result = left_out_text;
+    if (!is_over(checked.what)) {
+        judge_one_shot_step(step, take_one_shot_step(host_, step, limit_seconds(), wake_fd_),
+                            checked);
     }
     check_.steps.push_back(checked);
 }
 
+void Checker::judge_one_shot_step(OneShotStep step, const StepOutcome& outcome,
+                                  CheckedStep& checked) {
+    checked.took_ms = outcome.took_ms;
+    checked.succeeded = outcome.findings.failures.empty();
+    checked.result = checked.succeeded ? findings_text(step, outcome.findings)
+                                       : outcome.findings.failures.front().text;
+    // The only step that fails by itself and ends no run.
+    if (step == OneShotStep::distribution && !checked.succeeded && outcome.ended) {
+        checked.forgiven = true;
+        check_.findings.push_back(script_warning(checked.result));
+    }
+    for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
+        check_.findings.push_back({checked.what + ": " + message,
+                                   step == OneShotStep::quotas
+                                       ? "see why, or switch the quotas of the mount off"
+                                       : "see why",
+                                   checked.lines});
+    }
+}
+
 void Checker::check_descriptors() {
+    if (is_over("what the open descriptors are of")) {
+        return;
+    }
     const auto list = [&] {
         const DescriptorArguments arguments = list_descriptors(host_);
         return ordered_json{arguments.bytes, arguments.count, arguments.directories,
                             arguments.listed_lines}
             .dump();
     };
-    const BoundedTask task = run_bounded(list, limit_seconds_, wake_fd_);
+    const int limit = limit_seconds();
+    const BoundedTask task = run(list, limit);
     if (task.end != BoundedTask::End::finished) {
         check_.findings.push_back(
-            {"the open descriptors cannot be looked at: one is of a file "
-             "system that does not answer",
-             "find it among the mounts, and umount -l it"});
+            {"the open descriptors cannot be looked at: " + why_not(task, limit),
+             "one may be of a file system that does not answer: find it among the mounts",
+             lines_on(TakenCounts().set(place_of(&PhysParams::numfile)))});
         return;
     }
     const json numbers = json::parse(task.text);
@@ -226,24 +352,44 @@ void Checker::check_mounts() {
     const bool df_fails = std::any_of(
         check_.steps.begin(), check_.steps.end(),
         [](const auto& step) { return !step.succeeded && step.command.rfind("df ", 0) == 0; });
-    if (df_fails) {
-        append(check_.findings, mount_warnings(host_, limit_seconds_, wake_fd_));
+    if (!df_fails) {
+        return;
+    }
+    for (const MountEntry& mount : mounts_of(host_)) {
+        if (is_over("which mounts answer")) {
+            return;
+        }
+        const int limit = std::min(limit_seconds(), mount_limit_seconds);
+        const BoundedTask task = run([&] { return mount_trouble(mount.mount_point); }, limit);
+        const std::string trouble =
+            task.end == BoundedTask::End::finished ? task.text : why_not(task, limit);
+        if (!trouble.empty()) {
+            check_.findings.push_back(mount_warning(mount, trouble));
+        }
+    }
+}
+
+void Checker::tell_of_what_was_left_out() {
+    if (!left_out_.empty()) {
+        check_.findings.push_back({"the check ends after " + std::to_string(limits_.total_seconds) +
+                                       " s, and left out: " + Kiln::join(", ", left_out_),
+                                   "see by tarnhwplan check what takes so long"});
     }
 }
 
 HostCheck Checker::check() {
+    check_search_path();
+    append(check_.findings, user_warnings(geteuid() == 0));
     for (const SampleStep& step : sample_steps) {
         check_sample_step(step);
     }
+    check_mounts();
     for (const OneShotStepRow& row : one_shot_steps) {
         check_one_shot_step(row.step);
     }
-    append(check_.findings, user_warnings(geteuid() == 0));
-    append(check_.findings, search_path_warnings(search_path()));
-    append(check_.findings, script_warnings(host_.paths.detect_script));
     append(check_.findings, socket_warnings(host_));
     check_descriptors();
-    check_mounts();
+    tell_of_what_was_left_out();
     return check_;
 }
 
@@ -254,6 +400,6 @@ bool HostCheck::run_succeeds() const {
                        [](const CheckedStep& step) { return step.succeeded || step.forgiven; });
 }
 
-HostCheck check_host(const Host& host, int limit_seconds, int wake_fd) {
-    return Checker(host, limit_seconds, wake_fd).check();
+HostCheck check_host(const Host& host, int limit_seconds, int wake_fd, int total_seconds) {
+    return Checker(host, {limit_seconds, total_seconds}, wake_fd).check();
 }

@@ -31,6 +31,10 @@ struct HostCheck {
 // Each step may take so many seconds; one that hangs is left behind.
 constexpr int check_limit_seconds = 10;
 
+// All of them together; what there is no time for is left out, and a finding says so.
+constexpr int check_total_seconds = 60;
+
 // What is asked when `wake_fd` (or -1) can be read is left at once, and so is the rest: then what
-// was found is not to be used.
-HostCheck check_host(const Host& host, int limit_seconds = check_limit_seconds, int wake_fd = -1);
+// was found is not to be used. What there can be no child process for has failed.
+HostCheck check_host(const Host& host, int limit_seconds = check_limit_seconds, int wake_fd = -1,
+                     int total_seconds = check_total_seconds);

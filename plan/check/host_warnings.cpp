@@ -9,12 +9,11 @@
 #include <cstring>
 
 #include "calc/counts.h"
-#include "inspect/mount_table.h"
-#include "kiln/files.h"
+#include "inspect/host_file.h"
 #include "kiln/owners.h"
 #include "kiln/strings.h"
 #include "plan/check/affected_lines.h"
-#include "plan/record/bounded_task.h"
+#include "plan/record/trusted_path.h"
 
 namespace {
 
@@ -33,58 +32,61 @@ std::uint64_t floor_of(CountField count) {
     return static_cast<std::uint64_t>(count_of(count).floor.value);
 }
 
-bool others_may_write(const struct stat& info) {
-    return (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-}
-
-// Why the file or folder is not root's alone; empty when it is.
-std::string shared_with(const struct stat& info) {
-    if (info.st_uid != 0) {
-        return "belongs to user " + std::to_string(info.st_uid);
-    }
-    return others_may_write(info) ? "may be written by others" : "";
-}
-
-void add_folder_warning(const std::string& folder, CheckFindings& findings) {
-    struct stat info {};
-    if (stat(folder.c_str(), &info) != 0) {
-        return;  // what is not there is passed over
-    }
-    const std::string trouble = shared_with(info);
-    if (!trouble.empty()) {
-        findings.push_back(
-            {"PATH has " + folder + ", which " + trouble,
-             "leave it out of PATH, or: chown root " + folder + "; chmod go-w " + folder});
-    }
-}
-
-// Of the script or of something above it. A link's own mode says nothing; in a sticky folder nobody
-// else can put root's own entry away.
-void add_script_warning(const std::string& path, struct stat info, CheckFindings& findings) {
-    if (S_ISLNK(info.st_mode) || (S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0)) {
-        info.st_mode &= ~static_cast<mode_t>(S_IWGRP | S_IWOTH);
-    }
-    const std::string trouble = shared_with(info);
-    if (!trouble.empty()) {
-        findings.push_back(
-            {path + ", on the way to the detection script that a run executes, " + trouble,
-             "chown -h root " + path + "; chmod go-w " + path});
-    }
-}
-
 // With the empty words: one at the beginning or the end is the working directory as well.
 std::vector<std::string> folders_of(const std::string& path) {
     return Kiln::split(":", path, -1);
 }
 
-bool can_be_run(const std::string& name, const std::string& path) {
-    if (name.find('/') != std::string::npos) {
-        return access(name.c_str(), X_OK) == 0;
-    }
-    const std::vector<std::string> folders = folders_of(path);
+bool is_in(const std::vector<std::string>& folders, const std::string& program) {
     return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
-        return access((folder + "/" + name).c_str(), X_OK) == 0;
+        return access((folder + "/" + program).c_str(), X_OK) == 0;
     });
+}
+
+bool can_be_run(const std::string& program, const std::string& path) {
+    return program.find('/') != std::string::npos ? access(program.c_str(), X_OK) == 0
+                                                  : is_in(folders_of(path), program);
+}
+
+// By another name too: /bin is /usr/bin on many hosts.
+bool is_same_folder(const std::string& one, const std::string& other) {
+    struct stat first {};
+    struct stat second {};
+    return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+// The usual folders that are there, and that no word of PATH is.
+std::vector<std::string> folders_beside(const std::string& path,
+                                        const std::vector<std::string>& usual_folders) {
+    const std::vector<std::string> words = folders_of(path);
+    std::vector<std::string> beside;
+    for (const std::string& usual : usual_folders) {
+        const auto is_usual = [&](const std::string& word) { return is_same_folder(usual, word); };
+        if (access(usual.c_str(), F_OK) == 0 &&
+            std::none_of(words.begin(), words.end(), is_usual) &&
+            std::none_of(beside.begin(), beside.end(), is_usual)) {
+            beside.push_back(usual);
+        }
+    }
+    return beside;
+}
+
+CheckFinding missing_folders(const std::vector<std::string>& folders,
+                             const std::vector<MissingProgram>& in_them) {
+    CheckFinding finding = {"PATH lacks " + joined(folders), "add what it lacks to PATH"};
+    std::vector<std::string> names;
+    TakenCounts counts;
+    for (const MissingProgram& program : in_them) {
+        names.push_back(program.name);
+        counts |= program.counts;
+    }
+    if (!names.empty()) {
+        finding.lines = lines_on(counts);
+        finding.text +=
+            ", and with it " + joined(names) + ": " + joined(finding.lines) + " will be too low";
+    }
+    return finding;
 }
 
 const char* package_of(const std::string& program) {
@@ -102,7 +104,7 @@ const char* package_of(const std::string& program) {
 // The lines of a table behind its heading.
 std::uint64_t table_rows(const std::string& path) {
     std::string text;
-    if (Kiln::get_file(path, text) != 0) {
+    if (read_host_file(path, text) != 0) {
         return 0;
     }
     const auto lines = static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
@@ -129,11 +131,12 @@ void add_socket_warning(const Host& host, const SocketTables& tables, CheckFindi
     const std::uint64_t counted = rows_of(host, tables.counted);
     const std::uint64_t uncounted = rows_of(host, tables.uncounted);
     const auto floor = floor_of(tables.count);
+    const std::vector<std::string> lines = lines_on_count(tables.count);
     if (uncounted > counted / telling_part && counted + uncounted > floor) {
         findings.push_back({"nothing counts the " + std::to_string(uncounted) + " " + tables.kind +
                                 " of IPv6; only " + std::to_string(counted) + " are counted",
-                            "raise " + joined(lines_on_count(tables.count)) +
-                                " by hand, or use a larger --mem-scale"});
+                            "raise " + joined(lines) + " by hand, or use a larger --mem-scale",
+                            lines});
     }
 }
 
@@ -164,32 +167,70 @@ void add_descriptors(const std::string& folder, DescriptorArguments& arguments) 
     }
 }
 
-std::string ask_mount(const std::string& mount_point) {
-    struct statvfs info {};
-    return statvfs(mount_point.c_str(), &info) == 0 ? "" : std::strerror(errno);
-}
-
-// Why the mount does not answer; empty when it does.
-std::string mount_trouble(const std::string& mount_point, int limit_seconds, int wake_fd) {
-    const BoundedTask task =
-        run_bounded([&] { return ask_mount(mount_point); }, limit_seconds, wake_fd);
-    return task.end == BoundedTask::End::finished ? task.text
-                                                  : why_not_finished(task, limit_seconds);
-}
-
 }  // namespace
 
 CheckFindings user_warnings(bool is_root) {
     if (is_root) {
         return {};
     }
+    std::vector<std::string> lines = lines_on(
+        TakenCounts().set(place_of(&PhysParams::numfile)).set(place_of(&PhysParams::numiptent)));
+    const std::vector<std::string> quota_lines = lines_on(OneShotStep::quotas);
+    lines.insert(lines.end(), quota_lines.begin(), quota_lines.end());
     return {
         {"you are not root: descriptors, rules and quotas of others are not seen, and their "
          "lines will be floors",
-         "run it as root"}};
+         "run it as root", lines}};
 }
 
-CheckFindings search_path_warnings(const std::string& path) {
+std::vector<std::string> programs_of(const std::string& command) {
+    std::vector<std::string> programs;
+    for (std::string part : Kiln::split("|", command, 0)) {
+        Kiln::strip(part);
+        programs.push_back(part.substr(0, part.find(' ')));
+    }
+    return programs;
+}
+
+std::vector<MissingProgram> missing_programs(const std::string& path) {
+    std::vector<MissingProgram> missing;
+    for (const SampleStep& step : sample_steps) {
+        for (const std::string& name : programs_of(step.command == nullptr ? "" : step.command)) {
+            const auto known =
+                std::find_if(missing.begin(), missing.end(),
+                             [&](const MissingProgram& program) { return program.name == name; });
+            if (known != missing.end()) {
+                known->counts |= step.counts();
+            } else if (!can_be_run(name, path)) {
+                missing.push_back({name, step.counts()});
+            }
+        }
+    }
+    return missing;
+}
+
+CheckFindings missing_warnings(const std::vector<MissingProgram>& missing, const std::string& path,
+                               const std::vector<std::string>& usual_folders) {
+    const std::vector<std::string> beside = folders_beside(path, usual_folders);
+    std::vector<MissingProgram> in_them;
+    CheckFindings findings;
+    for (const MissingProgram& program : missing) {
+        if (is_in(beside, program.name)) {
+            in_them.push_back(program);
+            continue;
+        }
+        const std::vector<std::string> lines = lines_on(program.counts);
+        findings.push_back(
+            {program.name + " is missing: " + joined(lines) + " will be too low",
+             "install " + program.name + " (Debian: " + package_of(program.name) + ")", lines});
+    }
+    if (!beside.empty()) {
+        findings.insert(findings.begin(), missing_folders(beside, in_them));
+    }
+    return findings;
+}
+
+CheckFindings search_path_warnings(const std::string& path, const HostPaths& tables) {
     CheckFindings findings;
     for (const std::string& folder : folders_of(path)) {
         if (folder.empty() || folder[0] != '/') {
@@ -197,42 +238,19 @@ CheckFindings search_path_warnings(const std::string& path) {
             findings.push_back(
                 {"PATH has " + word + ": commands may come from the working directory",
                  "have only absolute folders in PATH"});
-        } else {
-            add_folder_warning(folder, findings);
+        } else if (const auto opened = open_trusted(folder, tables); !opened) {
+            findings.push_back(
+                {"PATH has " + folder + ": " + opened.reason(),
+                 "leave the folder out of PATH, or let nobody but root own and write it"});
         }
     }
     return findings;
 }
 
-CheckFindings missing_programs(const std::string& command, const std::string& path,
-                               const std::vector<std::string>& lines) {
-    CheckFindings findings;
-    for (std::string part : Kiln::split("|", command, 0)) {
-        Kiln::strip(part);
-        const std::string program = part.substr(0, part.find(' '));
-        if (!can_be_run(program, path)) {
-            findings.push_back({program + " is missing: " + joined(lines) + " will be too low",
-                                "install " + program + " (Debian: " + package_of(program) + ")"});
-        }
-    }
-    return findings;
-}
-
-CheckFindings script_warnings(const std::string& script) {
-    struct stat info {};
-    if (stat(script.c_str(), &info) != 0) {
-        return {};
-    }
-    CheckFindings findings;
-    for (std::size_t end = 0; end != std::string::npos;) {
-        end = script.find('/', end + 1);
-        const std::string path = end == std::string::npos ? script : script.substr(0, end);
-        if (path.back() == '/' || lstat(path.c_str(), &info) != 0) {
-            continue;
-        }
-        add_script_warning(path, info, findings);
-    }
-    return findings;
+CheckFinding script_warning(const std::string& reason) {
+    return {reason + "; tarnhwcalc itself runs it, whoever put it there",
+            "remove it before anybody runs tarnhwcalc; the example with-detection gives a run a "
+            "script of your own"};
 }
 
 CheckFindings socket_warnings(const Host& host) {
@@ -260,39 +278,46 @@ DescriptorArguments list_descriptors(const Host& host) {
 
 CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uint64_t limit_bytes) {
     CheckFindings findings;
-    const std::string lines = joined(lines_on_count(&PhysParams::numfile));
+    const std::vector<std::string> lines = lines_on_count(&PhysParams::numfile);
     if (arguments.bytes > limit_bytes / 4 * 3) {
         findings.push_back({"the names of " + std::to_string(arguments.count) +
                                 " open descriptors take " + std::to_string(arguments.bytes) +
                                 " bytes, a command gets " + std::to_string(limit_bytes) +
-                                ": beyond that " + lines + " will be floors",
-                            "raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576"});
+                                ": beyond that " + joined(lines) + " will be floors",
+                            "raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576", lines});
     }
     const std::uint64_t others = arguments.count - arguments.directories;
     const auto floor = floor_of(&PhysParams::numfile);
     if (arguments.listed_lines > others / telling_part && arguments.listed_lines + others > floor) {
         findings.push_back({std::to_string(arguments.directories) +
                                 " descriptors are of directories: ls lists what is in them, " +
-                                std::to_string(arguments.listed_lines) + " lines, and " + lines +
-                                " will be too high",
-                            "end what holds them open (ls -l /proc/*/fd), or correct by hand"});
+                                std::to_string(arguments.listed_lines) + " lines, and " +
+                                joined(lines) + " will be too high",
+                            "end what holds them open (ls -l /proc/*/fd), or correct by hand",
+                            lines});
     }
     return findings;
 }
 
-CheckFindings mount_warnings(const Host& host, int limit_seconds, int wake_fd) {
-    std::string text;
-    if (Kiln::get_file(host.paths.proc + "/self/mounts", text) != 0) {
-        Kiln::get_file(host.paths.mtab, text);
-    }
-    CheckFindings findings;
-    for (const MountEntry& mount : parse_mount_table(text)) {
-        const std::string trouble = mount_trouble(mount.mount_point, limit_seconds, wake_fd);
-        if (!trouble.empty()) {
-            findings.push_back({"the mount at " + mount.mount_point + " (" + mount.type +
-                                    ") makes df fail: " + trouble,
-                                "umount -l " + mount.mount_point});
+std::vector<MountEntry> mounts_of(const Host& host) {
+    for (const std::string& table : {host.paths.proc + "/self/mounts", host.paths.mtab}) {
+        if (const auto mounts = read_mount_table(table)) {
+            return *mounts;
         }
     }
-    return findings;
+    return {};
+}
+
+std::string mount_trouble(const std::string& mount_point) {
+    struct statvfs info {};
+    return statvfs(mount_point.c_str(), &info) == 0 ? "" : std::strerror(errno);
+}
+
+// Its name is no part of the command: a mount point may be called anything.
+CheckFinding mount_warning(const MountEntry& mount, const std::string& trouble) {
+    return {"the mount at " + mount.mount_point + " (" + mount.type + ") makes df fail: " + trouble,
+            "unmount it (umount -l), or bring back what it waits for",
+            lines_on(TakenCounts()
+                         .set(place_of(&PhysParams::diskspace))
+                         .set(place_of(&PhysParams::diskinodes)))};
 }

@@ -7,20 +7,34 @@
 #include <string>
 #include <vector>
 
+#include "calc/sample.h"
 #include "inspect/host.h"
+#include "inspect/mount_table.h"
 #include "plan/recording/finding.h"
 
 CheckFindings user_warnings(bool is_root);
 
-// The words of PATH, where the commands are looked for.
-CheckFindings search_path_warnings(const std::string& path);
+// The programs of a shell command.
+std::vector<std::string> programs_of(const std::string& command);
 
-// The programs of a shell command that the words of PATH do not have. `lines` live on the command.
-CheckFindings missing_programs(const std::string& command, const std::string& path,
-                               const std::vector<std::string>& lines);
+// A program that the words of PATH do not have, and the counts that live on it.
+struct MissingProgram {
+    std::string name;
+    TakenCounts counts;
+};
 
-// The detection script and every folder above it. Nothing where it is not there.
-CheckFindings script_warnings(const std::string& script);
+// Those that a pass asks, each once.
+std::vector<MissingProgram> missing_programs(const std::string& path);
+
+// What PATH lacks: first the usual folders of programs, then each program that is in none of them.
+CheckFindings missing_warnings(const std::vector<MissingProgram>& missing, const std::string& path,
+                               const std::vector<std::string>& usual_folders);
+
+// The words of PATH, where the commands are looked for: those that others have in their hands.
+CheckFindings search_path_warnings(const std::string& path, const HostPaths& tables);
+
+// The detection script that somebody else may have put there, with the step's reason.
+CheckFinding script_warning(const std::string& reason);
 
 // Sockets that only the IPv6 tables have.
 CheckFindings socket_warnings(const Host& host);
@@ -38,6 +52,10 @@ DescriptorArguments list_descriptors(const Host& host);
 
 CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uint64_t limit_bytes);
 
-// The mounts that do not answer, each asked for so many seconds at most and until `wake_fd` (or -1)
-// can be read.
-CheckFindings mount_warnings(const Host& host, int limit_seconds, int wake_fd);
+// Every mount of the host; none where no table can be read.
+std::vector<MountEntry> mounts_of(const Host& host);
+
+// Why the mount does not answer; empty when it does. May hang.
+std::string mount_trouble(const std::string& mount_point);
+
+CheckFinding mount_warning(const MountEntry& mount, const std::string& trouble);

@@ -8,6 +8,7 @@
 #include "plan/cli/commands.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/printable.h"
+#include "plan/text/wrapped.h"
 
 namespace {
 
@@ -37,20 +38,29 @@ std::string joined(const std::vector<std::string>& words) {
     return Kiln::join(" ", words);
 }
 
+const std::string indent(what_width, ' ');
+
 // The reason may have several lines.
 std::string indented(const std::string& text) {
     std::string shown;
     for (const std::string& line : Kiln::split("\n", text, 0)) {
-        shown += std::string(what_width, ' ') + printable(line) + "\n";
+        shown += wrapped(printable(line), indent, indent);
     }
     return shown;
 }
 
 std::string step_text(const CheckedStep& step) {
-    return padded(step.what, what_width) + padded(state_of(step), state_width) +
-           padded(std::to_string(step.took_ms) + " ms", time_width) + printable(step.command) +
-           "\n" + indented(step.result) +
+    const std::string head = padded(step.what, what_width) + padded(state_of(step), state_width) +
+                             padded(std::to_string(step.took_ms) + " ms", time_width);
+    return wrapped(printable(step.command), head, indent) + indented(step.result) +
            indented("for " + (step.lines.empty() ? "the notes" : joined(step.lines)));
+}
+
+std::string finding_text(const CheckFinding& finding) {
+    const std::string lines =
+        finding.lines.empty() ? "" : wrapped("makes wrong: " + joined(finding.lines), "  ", "    ");
+    return wrapped(printable(finding.text), "! ", "  ") + lines +
+           wrapped("what to do: " + printable(finding.remedy), "  ", "    ");
 }
 
 std::string check_text(const HostCheck& check) {
@@ -60,8 +70,7 @@ std::string check_text(const HostCheck& check) {
     }
     text += "\n";
     for (const CheckFinding& finding : check.findings) {
-        text += "! " + printable(finding.text) + "\n" +
-                "  what to do: " + printable(finding.remedy) + "\n";
+        text += finding_text(finding);
     }
     text += check.run_succeeds() ? "A run will succeed" : "A run will fail";
     text +=
@@ -82,7 +91,9 @@ ordered_json step_json(const CheckedStep& step) {
 }
 
 ordered_json finding_json(const CheckFinding& finding) {
-    return {{"text", text_to_json(finding.text)}, {"remedy", text_to_json(finding.remedy)}};
+    return {{"text", text_to_json(finding.text)},
+            {"remedy", text_to_json(finding.remedy)},
+            {"lines", finding.lines}};
 }
 
 std::string check_json(const HostCheck& check) {

@@ -2,14 +2,19 @@
 #include "plan/check/host_check.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
+#include "inspect/distribution.h"
+#include "kiln/strings.h"
 #include "plan/check/host_warnings.h"
 #include "plan/check/output_shapes.h"
+#include "plan/record/one_shot_steps.h"
+#include "plan/record/trusted_path.h"
 #include "plan/text/wrapped.h"
 #include "tests/plan/recordings.h"
 
@@ -73,6 +78,7 @@ protected:
     CheckedHost() {
         let_commands_answer(made_up_);
         put("mtab", 0);
+        made_up_.host.paths.program_folders.clear();
         for (const char* program : {"ps", "wc", "cat", "ls", "iptables", "ip", "df"}) {
             const std::string name = std::string("bin/") + program;
             put(name, 0);
@@ -97,14 +103,27 @@ protected:
         return lines;
     }
 
-    static void expect(const CheckFindings& findings, const std::string& text) {
+    static bool has(const CheckFindings& findings, const std::string& text) {
+        return find(findings, text) != nullptr;
+    }
+
+    static CheckFinding expect(const CheckFindings& findings, const std::string& text) {
+        const CheckFinding* finding = find(findings, text);
+        if (finding == nullptr) {
+            ADD_FAILURE() << "not found: " << text;
+            return {"", "", {""}};
+        }
+        EXPECT_FALSE(finding->remedy.empty());
+        return *finding;
+    }
+
+    static const CheckFinding* find(const CheckFindings& findings, const std::string& text) {
         for (const CheckFinding& finding : findings) {
             if (finding.text.find(text) != std::string::npos) {
-                EXPECT_FALSE(finding.remedy.empty());
-                return;
+                return &finding;
             }
         }
-        ADD_FAILURE() << "not found: " << text;
+        return nullptr;
     }
 
     MadeUpHost made_up_;
@@ -140,6 +159,8 @@ TEST_F(CheckedHost, EveryStepThatFailsIsNamedWithItsReason) {
                                                 std::string(sample_steps[step].command) +
                                                 "':\nit does not want to\n");
         EXPECT_EQ(own(check.findings).empty(), !sample_steps[step].forgiven);
+        made_up_.answers[sample_steps[step].command].status = -1;
+        EXPECT_FALSE(check_host(host_).run_succeeds()) << "the command was not even run";
     }
     made_up_.answers = usual;
     fs::remove_all(folder_);
@@ -159,6 +180,32 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
     EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
     EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
+    EXPECT_FALSE(has(check.findings, "left out"));
+    made_up_.put("mtab", "proc / proc rw 0 0\nproc / proc rw 0 0\n");
+
+    const HostCheck short_check = check_host(host_, 10, -1, 1);
+    EXPECT_EQ(short_check.steps[iptables_step].result, "no answer within 1 s; it was left");
+    EXPECT_EQ(short_check.steps[iptables_step + 1].result,
+              "left out: the check has taken too long");
+    EXPECT_EQ(short_check.steps[12].result, "left out: the check has taken too long");
+    expect(short_check.findings,
+           "after 1 s, and left out: routes, disk space, inodes, which mounts answer");
+    expect(short_check.findings, "mounts, what the open descriptors are of");
+}
+
+TEST_F(CheckedHost, WhatCannotHaveAProcessHasFailed) {
+    rlimit usual = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    rlimit none = usual;
+    none.rlim_cur = 0;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const HostCheck check = check_host(host_);
+    setrlimit(RLIMIT_NOFILE, &usual);
+    ASSERT_EQ(check.steps.size(), 17U);
+    for (const CheckedStep& step : check.steps) {
+        EXPECT_FALSE(step.succeeded || step.forgiven) << step.what;
+        EXPECT_NE(step.result.find("Too many open files"), std::string::npos) << step.result;
+    }
 }
 
 TEST_F(CheckedHost, WhatIsMissingInAPipeline) {
@@ -166,8 +213,43 @@ TEST_F(CheckedHost, WhatIsMissingInAPipeline) {
     fs::remove(folder_ + "/bin/ip");
     const HostCheck check = check_host(host_);
     EXPECT_TRUE(check.run_succeeds());
-    expect(check.findings, "ps is missing: NUMPROC, AVNUMPROC, NUMFILE");
-    expect(check.findings, "ip is missing: NUMIPTENT");
+    const CheckFinding& missing = expect(check.findings, "ps is missing: NUMPROC, AVNUMPROC");
+    EXPECT_EQ(missing.remedy, "install ps (Debian: procps)");
+    EXPECT_EQ(missing.lines.front(), "NUMPROC");
+    EXPECT_EQ(expect(check.findings, "ip is missing: NUMIPTENT").lines,
+              std::vector<std::string>{"NUMIPTENT"});
+}
+
+TEST_F(CheckedHost, AFolderThatPathLacksComesFirst) {
+    put("sbin/iptables", 0);
+    chmod(made_up_.path("sbin/iptables").c_str(), 0755);
+    fs::create_symlink("sbin", folder_ + "/other");
+    fs::create_symlink("bin", folder_ + "/again");
+    made_up_.host.paths.program_folders = {folder_ + "/again", folder_ + "/sbin",
+                                           folder_ + "/other", folder_ + "/none"};
+    EXPECT_EQ(check_host(host_).findings.at(0).text, "PATH lacks " + folder_ + "/sbin");
+    fs::remove(folder_ + "/bin/iptables");
+    fs::remove(folder_ + "/bin/ps");
+    const HostCheck check = check_host(host_);
+    const CheckFinding& first = check.findings.at(0);
+    EXPECT_EQ(first.text,
+              "PATH lacks " + folder_ + "/sbin, and with it iptables: NUMIPTENT will be too low");
+    EXPECT_EQ(first.remedy, "add what it lacks to PATH");
+    EXPECT_EQ(first.lines, std::vector<std::string>{"NUMIPTENT"});
+    EXPECT_FALSE(has(check.findings, "iptables is missing"));
+    expect(check.findings, "ps is missing");
+}
+
+TEST_F(CheckedHost, LinesThatAFindingMakesWrong) {
+    made_up_.answers[sample_steps[ps_step].command] = {0, "many\n", ""};
+    made_up_.answers[sample_steps[iptables_step].command] = {1, "", "no\n"};
+    const CheckFindings findings = check_host(host_).findings;
+    EXPECT_EQ(expect(findings, "a number should be").lines.front(), "NUMPROC");
+    EXPECT_EQ(expect(findings, "Error running 'iptables").lines.front(), "NUMIPTENT");
+    const std::vector<std::string> unseen = user_warnings(false).at(0).lines;
+    EXPECT_EQ(Kiln::join(" ", unseen),
+              "NUMFILE DCACHESIZE KMEMSIZE NUMIPTENT SLMMEMORYLIMIT QUOTAUGIDLIMIT");
+    EXPECT_TRUE(user_warnings(true).empty());
 }
 
 TEST_F(CheckedHost, SocketsThatNothingCounts) {
@@ -178,7 +260,11 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
     put("net/tcp", 9001);
     EXPECT_TRUE(socket_warnings(host_).empty()) << "too few to matter";
     put("net/raw6", 500);
-    expect(socket_warnings(host_), "499 UDP and raw sockets");
+    EXPECT_EQ(expect(socket_warnings(host_), "499 UDP and raw sockets").lines.front(),
+              "NUMOTHERSOCK");
+    fs::remove(folder_ + "/net/raw6");
+    ASSERT_EQ(mkfifo((folder_ + "/net/raw6").c_str(), 0600), 0);
+    EXPECT_TRUE(socket_warnings(host_).empty()) << "a FIFO is not waited for";
 }
 
 TEST_F(CheckedHost, DescriptorsAsArguments) {
@@ -201,31 +287,138 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
 
 TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
     const std::string open_folder = folder_ + "/open";
-    fs::create_directories(open_folder);
+    fs::create_directories(open_folder + "/within");
     chmod(open_folder.c_str(), 0777);
-    const std::string path = folder_ + "/bin:" + open_folder + ":/nonexistent:relative:";
+    const std::string path = folder_ + "/bin:" + open_folder + "/within:/nonexistent:relative:";
     const std::string why = ": commands may come from the working directory\n";
-    const std::string open_word = "PATH has " + open_folder + ", which may be written by others\n";
-    // A folder that is not root's is blamed for that first.
-    EXPECT_EQ(own(search_path_warnings(path)), (geteuid() == 0 ? open_word : "") +
-                                                   "PATH has relative" + why +
-                                                   "PATH has an empty word" + why);
-
-    const std::string script = open_folder + "/a//script";
-    put("open/a/script", 1);
-    expect(script_warnings(script), open_folder + ", on the way");
-    if (geteuid() == 0) {
-        chmod(open_folder.c_str(), 01777);
-        EXPECT_TRUE(script_warnings(script).empty()) << "sticky, and the rest is root's";
-        const std::string link = folder_ + "/link";
-        fs::create_symlink(open_folder, link);
-        EXPECT_TRUE(script_warnings(link + "/a/script").empty());
-        ASSERT_EQ(lchown(link.c_str(), 65534, 65534), 0);
-        expect(script_warnings(link + "/a/script"), link + ", on the way");
-        ASSERT_EQ(chown(script.c_str(), 65534, 65534), 0);
-        expect(script_warnings(script), "belongs to user 65534");
+    const CheckFindings findings = search_path_warnings(path, host_.paths);
+    EXPECT_EQ(own(findings), "PATH has " + open_folder + "/within: " + open_folder +
+                                 " may be written by everybody\nPATH has relative" + why +
+                                 "PATH has an empty word" + why);
+    for (const CheckFinding& finding : findings) {
+        EXPECT_EQ(finding.remedy.find(folder_), std::string::npos) << "no command to paste";
+        EXPECT_TRUE(finding.lines.empty());
     }
-    EXPECT_TRUE(script_warnings(open_folder + "/a/none").empty());
+}
+
+// What root would run: judged before it is, and what was judged is run.
+class DetectionScript : public CheckedHost {
+protected:
+    static constexpr uid_t stranger = 65534;
+
+    DetectionScript() {
+        setenv("PATH", path_.c_str(), 1);
+        put_users();
+        made_up_.host.paths.detect_script = share_ + "/script";
+        plant();
+    }
+
+    void put_users() {
+        made_up_.put("users", "root:x:0:0::/:/bin/sh\nmallory:x:65534:4::/:/bin/sh\n");
+        made_up_.put("groups", "mallory:x:4:\nstaff:x:50:\n");
+        made_up_.host.paths.users = made_up_.path("users");
+        made_up_.host.paths.groups = made_up_.path("groups");
+    }
+
+    // Root's own, in a sticky folder.
+    void plant() {
+        fs::remove_all(temporary_);
+        fs::create_directories(share_);
+        chmod(temporary_.c_str(), 01777);
+        std::ofstream(share_ + "/script") << ": >" << mark_ << "; echo \"debian-12 $0 $#\"\n";
+    }
+
+    void give(const std::string& path) const {
+        ASSERT_EQ(lchown(path.c_str(), stranger, stranger), 0);
+    }
+
+    // The reason why it is not run, without the folder in front; what it says when it is.
+    std::string outcome() const {
+        fs::remove(mark_);
+        const Findings findings =
+            take_one_shot_step(host_, OneShotStep::distribution, 10, -1).findings;
+        const bool was_run = fs::exists(mark_);
+        EXPECT_EQ(was_run, findings.failures.empty());
+        if (was_run) {
+            return findings.distribution;
+        }
+        const std::string begin = "the detection script is not run: " + temporary_ + "/";
+        const std::string& text = findings.failures.at(0).text;
+        return text.rfind(begin, 0) == 0 ? text.substr(begin.size()) : "? " + text;
+    }
+
+    const std::string temporary_ = folder_ + "/tmp";
+    const std::string share_ = temporary_ + "/usr/share";
+    const std::string mark_ = folder_ + "/mark";
+    const std::string answer_ = "debian-12" + share_ + "/script0";
+};
+
+TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
+    EXPECT_EQ(outcome(), answer_) << "it sees its own name, and no argument";
+    chmod((share_ + "/script").c_str(), 0602);
+    EXPECT_EQ(outcome(), "usr/share/script may be written by everybody");
+    plant();
+    chmod(share_.c_str(), 0720);
+    EXPECT_NE(outcome().find("usr/share may be written by group "), std::string::npos);
+    plant();
+    fs::rename(temporary_ + "/usr", folder_ + "/usr");
+    fs::create_symlink("../usr", temporary_ + "/usr");
+    EXPECT_EQ(outcome(), answer_) << "a link of ours, to what is ours";
+    chmod((folder_ + "/usr").c_str(), 0777);
+    EXPECT_EQ(outcome(), "../usr may be written by everybody");
+    plant();
+    chmod(share_.c_str(), 01777);
+    EXPECT_EQ(outcome(),
+              "usr/share/script may have been put there by anybody: others may write its folder");
+    plant();
+    fs::remove(share_ + "/script");
+    ASSERT_EQ(mkfifo((share_ + "/script").c_str(), 0600), 0);
+    EXPECT_EQ(outcome(), "usr/share/script is no file");
+}
+
+TEST_F(DetectionScript, OfAStrangerIsNotRunAndHeIsNamed) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    const std::string his = " belongs to user 65534 (mallory)";
+    give(share_ + "/script");
+    EXPECT_EQ(outcome(), "usr/share/script" + his);
+    const HostCheck check = check_host(host_);
+    EXPECT_TRUE(check.steps[13].forgiven) << "a run goes on without it";
+    const CheckFinding finding = expect(check.findings, "/tmp/usr/share/script" + his);
+    EXPECT_EQ(finding.remedy.rfind("remove it ", 0), 0U);
+    EXPECT_TRUE(finding.lines.empty());
+    plant();
+    give(share_);
+    EXPECT_EQ(outcome(), "usr/share" + his);
+    plant();
+    ASSERT_EQ(chown(share_.c_str(), 0, 50), 0);
+    chmod(share_.c_str(), 0775);
+    EXPECT_EQ(outcome(), "usr/share may be written by group 50 (staff)");
+    plant();
+    fs::rename(temporary_ + "/usr", temporary_ + "/real");
+    fs::create_symlink("real", temporary_ + "/usr");
+    EXPECT_EQ(outcome(), answer_);
+    fs::create_hard_link(temporary_ + "/usr", folder_ + "/second");
+    EXPECT_EQ(outcome(), "usr may have been put there by anybody: others may write its folder");
+    fs::remove(folder_ + "/second");
+    give(temporary_ + "/usr");
+    EXPECT_EQ(outcome(), "usr" + his);
+    plant();
+    give(temporary_ + "/usr");
+    fs::remove(share_ + "/script");
+    EXPECT_TRUE(
+        take_one_shot_step(host_, OneShotStep::distribution, 10, -1).findings.failures.empty())
+        << "there is none";
+}
+
+TEST_F(DetectionScript, WhatWasOpenedIsRunWhateverTakesItsPlace) {
+    const auto script = open_trusted(share_ + "/script", host_.paths);
+    ASSERT_TRUE(script);
+    fs::rename(share_, temporary_ + "/away");
+    fs::create_directories(share_);
+    std::ofstream(share_ + "/script") << "echo evil\n";
+    EXPECT_EQ(detect_distribution(host_, script->get()).name, answer_);
 }
 
 TEST_F(CheckedHost, TheMountThatMakesDfFail) {
