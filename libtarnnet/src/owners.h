@@ -89,6 +89,7 @@ public:
     ~growing_array() { free(entries_); }
 
     size_t count() const { return count_; }
+    const Entry& operator[](size_t i) const { return entries_[i]; }
     Entry* begin() { return entries_; }
     Entry* end() { return entries_ + count_; }
     const Entry* begin() const { return entries_; }
