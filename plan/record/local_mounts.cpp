@@ -27,6 +27,7 @@ bool may_hang(const MountEntry& mount) {
     return disk_types.count(mount.type) == 0 && harmless_types.count(mount.type) == 0;
 }
 
+// Nothing lies below the root here: who runs from a root that hangs hangs as well.
 bool lies_at_or_below(const std::string& path, const std::string& folder) {
     const bool begins = path.compare(0, folder.size(), folder) == 0;
     return begins && (path.size() == folder.size() || path[folder.size()] == '/');
@@ -42,11 +43,10 @@ std::string store_of(const MountEntry& mount) {
     return mount.type == "zfs" ? mount.device.substr(0, mount.device.find('/')) : mount.device;
 }
 
-// Who runs from a root that hangs hangs as well.
 MountPoints hanging_mount_points(const std::vector<MountEntry>& mounts) {
     MountPoints points;
     for (const MountEntry& mount : mounts) {
-        if (may_hang(mount) && mount.mount_point != "/") {
+        if (may_hang(mount)) {
             points.push_back(mount.mount_point);
         }
     }
