@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <system_error>
 
 #include "calc/scan_clock.h"
 #include "kiln/strings.h"
+#include "plan/record/bounded_task.h"
 #include "plan/record/one_shot_steps.h"
 #include "plan/record/recorded_pass.h"
 #include "plan/recording/format.h"
@@ -29,7 +31,19 @@ constexpr std::int64_t same_clock_ms = 2000;
 constexpr std::int64_t first_second = -62167219200;
 constexpr std::int64_t last_second = 253402300799;
 
-RecordingHeader describe(const RecorderSources& sources, ScanSpans spans) {
+// How large the host is. A broken disk can make that last: then nobody knows.
+Hardware look_at_hardware(const UsageSources& sources, int wake_fd) {
+    try {
+        const BoundedTask task = run_bounded([&] { return hardware_text(read_hardware(sources)); },
+                                             interrupted_limit_seconds, wake_fd);
+        const Kiln::Result<Hardware> hardware = parse_hardware(task.text);
+        return hardware ? *hardware : Hardware();
+    } catch (const std::system_error&) {
+        return {};
+    }
+}
+
+RecordingHeader describe(const RecorderSources& sources, ScanSpans spans, int wake_fd) {
     utsname system = {};
     uname(&system);
     RecordingHeader header;
@@ -40,7 +54,7 @@ RecordingHeader describe(const RecorderSources& sources, ScanSpans spans) {
     header.page_size = getpagesize();
     header.spans = spans;
     header.root = sources.is_root;
-    header.hardware = read_hardware(sources.usage);
+    header.hardware = look_at_hardware(sources.usage, wake_fd);
     return header;
 }
 
@@ -130,7 +144,7 @@ void Recorder::record(ScanSpans spans) {
 }
 
 void Recorder::begin(ScanSpans spans) {
-    header_ = describe(sources_, spans);
+    header_ = describe(sources_, spans, stop_.wake_fd());
     const Kiln::Result<std::string> text = file_.read();
     if (!text) {
         throw RecordTrouble(text.reason());

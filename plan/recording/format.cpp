@@ -311,6 +311,16 @@ json parse_line(std::string_view text) {
     return json::parse(text.begin(), text.end(), nullptr, false);
 }
 
+// Of what one of our own processes wrote.
+template <class Part>
+Kiln::Result<Part> parse_part(std::string_view text) {
+    try {
+        return part_of<Part>(parse_line(text));
+    } catch (const std::exception& damage) {
+        return Kiln::Reason{words_of(damage)};
+    }
+}
+
 }  // namespace
 
 std::string header_line(const RecordingHeader& header) {
@@ -344,19 +354,19 @@ std::string findings_text(const Findings& findings) {
 }
 
 Kiln::Result<Findings> parse_findings(std::string_view text) {
-    try {
-        return part_of<Findings>(parse_line(text));
-    } catch (const std::exception& damage) {
-        return Kiln::Reason{words_of(damage)};
-    }
+    return parse_part<Findings>(text);
+}
+
+std::string hardware_text(const Hardware& hardware) {
+    return object_of(hardware).dump();
+}
+
+Kiln::Result<Hardware> parse_hardware(std::string_view text) {
+    return parse_part<Hardware>(text);
 }
 
 Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
-    try {
-        return pass_of(parse_line(line));
-    } catch (const std::exception& damage) {
-        return Kiln::Reason{words_of(damage)};
-    }
+    return parse_part<RecordedPass>(line);
 }
 
 Kiln::Result<Recording> parse_recording(std::string_view text) {

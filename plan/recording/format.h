@@ -31,3 +31,5 @@ std::string summary_line(const Summary& summary);
 Kiln::Result<RecordedPass> parse_pass(std::string_view line);
 std::string findings_text(const Findings& findings);
 Kiln::Result<Findings> parse_findings(std::string_view text);
+std::string hardware_text(const Hardware& hardware);
+Kiln::Result<Hardware> parse_hardware(std::string_view text);
