@@ -43,8 +43,8 @@ std::optional<std::string> ask_opened_script(int script_fd, const std::string& n
     };
     // Our number in it, /proc/123/fd: the shell has descriptors of its own.
     const std::unique_ptr<char, Free> folder(realpath(Kiln::Paths().own_descriptors, nullptr));
-    if (!folder) {
-        return std::nullopt;
+    if (!folder) {  // no /proc: its way is nobody else's either
+        return ask_shell({name});
     }
     return ask_shell(
         {"-c", ". " + std::string(folder.get()) + "/" + std::to_string(script_fd), name});
