@@ -29,19 +29,21 @@ Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_
     return open_patiently(folder_fd, path, flags | O_NONBLOCK, mode);
 }
 
+ssize_t read_some(int fd, char* into, std::size_t size) {
+    ssize_t count = -1;
+    do {
+        count = read(fd, into, size);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
 int append_rest(int fd, std::string& out) {
     char piece[piece_size];
-    for (;;) {
-        const ssize_t count = read(fd, piece, sizeof piece);
-        if (count == 0) {
-            return 0;
-        }
-        if (count > 0) {
-            out.append(piece, static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return errno;
-        }
+    ssize_t count = 0;
+    while ((count = read_some(fd, piece, sizeof piece)) > 0) {
+        out.append(piece, static_cast<std::size_t>(count));
     }
+    return count == 0 ? 0 : errno;
 }
 
 int get_file(const std::string& path, std::string& out) {

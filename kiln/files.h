@@ -24,6 +24,10 @@ Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_
 // untouched; after a read error `out` holds what had been read before.
 int get_file(const std::string& path, std::string& out);
 
+// One read, which begins again after a signal. Returns the number of bytes, 0 at the end, or -1
+// with errno set.
+ssize_t read_some(int fd, char* into, std::size_t size);
+
 // Appends everything up to the end of the file, whatever size the file system reports for it: under
 // /proc that is 0. Returns 0 or the system error number; `out` keeps what had been read before.
 int append_rest(int fd, std::string& out);

@@ -3,10 +3,9 @@
 #include <memory>
 #include <utility>
 
-#include "kiln/files.h"
+#include "kiln/plain_file.h"
 #include "plan/cli/commands.h"
 #include "plan/cli/recording_command.h"
-#include "plan/recording/recording_files.h"
 #include "plan/report/report_page.h"
 #include "plan/report/report_server.h"
 #include "plan/report/report_sources.h"
@@ -21,25 +20,29 @@ struct Options {
     std::string title;
     std::string out_path;
     ScaleOptions scales;
+    std::uint64_t most_bytes = usual_most_bytes;  // of one recording
     std::vector<std::string> paths;
 };
 
 std::string read_reason(const std::string& path) {
-    std::string reason;
-    if (Kiln::get_file(path, reason) != 0) {
-        return path + " cannot be read";
+    constexpr std::size_t most_bytes = 65536;
+    Kiln::PlainText read = Kiln::read_plain_file(path, most_bytes);
+    if (!read.trouble.empty()) {
+        return path + " cannot be read: " + read.trouble;
     }
+    std::string& reason = read.text;
     reason.erase(reason.find_last_not_of(" \t\r\n") + 1);
-    return reason.empty() ? "no reason was given" : reason;
+    return reason.empty() ? "no reason was given" : reason + (read.cut ? " ..." : "");
 }
 
 // One server at a time: its recording is given up before the next is read.
-ReportServer read_server(const ReportSource& source, ConfigScales scales) {
+ReportServer read_server(const ReportSource& source, ConfigScales scales,
+                         std::uint64_t most_bytes) {
     const std::string reason = source.reason.empty() ? "" : read_reason(source.reason);
     if (source.recording.empty()) {
         return failed_server(source.server, reason);
     }
-    Kiln::Result<NamedRecording> recording = read_recording(source.recording);
+    Kiln::Result<NamedRecording> recording = read_recording(source.recording, most_bytes);
     if (!recording) {
         return failed_server(source.server, reason.empty() ? recording.reason() : reason);
     }
@@ -90,7 +93,7 @@ int run(const Options& options) {
         return status_io;
     }
     for (const ReportSource& source : sources) {
-        fleet.servers.push_back(read_server(source, scales));
+        fleet.servers.push_back(read_server(source, scales, options.most_bytes));
     }
     warn_of_same_names(fleet.servers);
     if (fleet.title.empty()) {
@@ -112,6 +115,7 @@ Command add_report(CLI::App& program) {
     app->add_option("--title", options->title, "What stands above the page");
     app->add_option("-o,--out", options->out_path, "Write to this file");
     add_scale_options(*app, options->scales);
+    add_size_option(*app, options->most_bytes);
     app->add_option("recording", options->paths,
                     "Recordings, and folders with NAME.jsonl and NAME.failed")
         ->required();

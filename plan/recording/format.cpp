@@ -308,7 +308,21 @@ void take_line(const json& line, Recording& recording) {
 
 // Discarded where the text is no JSON.
 json parse_line(std::string_view text) {
-    return json::parse(text.begin(), text.end(), nullptr, false);
+    constexpr int most_depth = 32;  // our lines have 5
+    const auto limit_depth = [](int depth, json::parse_event_t event, const json& /*value*/) {
+        using Event = json::parse_event_t;
+        const bool begins = event == Event::array_start || event == Event::object_start;
+        if (begins && depth >= most_depth) {
+            throw JsonDamage("nested deeper than " + std::to_string(most_depth));
+        }
+        return true;
+    };
+    return json::parse(text.begin(), text.end(), limit_depth, false);
+}
+
+// What a machine without power leaves.
+bool is_blank(std::string_view text) {
+    return text.find_first_not_of(std::string_view("\0\n", 2)) == std::string_view::npos;
 }
 
 // Of what one of our own processes wrote.
@@ -369,44 +383,65 @@ Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
     return parse_part<RecordedPass>(line);
 }
 
-Kiln::Result<Recording> parse_recording(std::string_view text) {
-    if (is_torn_header(text)) {
+// A torn line is damage as soon as another one follows.
+void RecordingParser::take_next(std::string_view line) {
+    is_blank_ = is_blank_ && is_blank(line);
+    if (is_torn_ && !is_blank_) {
+        throw JsonDamage("this is not JSON");
+    }
+    number_ += is_torn_ ? 0 : 1;
+    is_torn_ = is_blank_ || line.back() != '\n';
+    is_header_missing_ = number_ == 1 && is_torn_header(line);
+    if (is_torn_) {
+        return;
+    }
+    const json object = parse_line(line.substr(0, line.size() - 1));
+    is_torn_ = object.is_discarded() && number_ > 1;
+    if (object.is_discarded() && !is_torn_) {
+        throw JsonDamage("this is not JSON");
+    }
+    if (number_ == 1) {
+        recording_.header = header_of(object);
+    } else if (!is_torn_) {
+        take_line(object, recording_);
+    }
+    recording_.whole_size += is_torn_ ? 0 : line.size();
+}
+
+Kiln::Done RecordingParser::take(std::string_view line) {
+    try {
+        take_next(line);
+        return {};
+    } catch (const std::exception& damage) {
+        return Kiln::Reason{"line " + std::to_string(number_) + ": " + words_of(damage)};
+    }
+}
+
+Kiln::Result<Recording> RecordingParser::finish() {
+    if (is_header_missing_) {
         return Kiln::Reason{"its first line was never written"};
     }
-    Recording recording;
-    std::size_t number = 0;
-    try {
-        for (std::size_t end = text.find('\n'); end != std::string_view::npos;
-             end = text.find('\n', recording.whole_size)) {
-            ++number;
-            const std::string_view bytes =
-                text.substr(recording.whole_size, end - recording.whole_size);
-            const json line = parse_line(bytes);
-            if (line.is_discarded() && number > 1 && end + 1 == text.size()) {
-                break;  // torn, newline and all
-            }
-            if (line.is_discarded()) {
-                throw JsonDamage("this is not JSON");
-            }
-            if (number == 1) {
-                recording.header = header_of(line);
-            } else {
-                take_line(line, recording);
-            }
-            recording.whole_size = end + 1;
-        }
-    } catch (const std::exception& damage) {
-        return Kiln::Reason{"line " + std::to_string(number) + ": " + words_of(damage)};
-    }
-    if (number == 0) {
+    if (recording_.whole_size == 0) {
         return Kiln::Reason{"line 1: this is no recording"};
     }
-    recording.torn = recording.whole_size < text.size();
-    return recording;
+    recording_.torn = is_torn_;
+    return std::move(recording_);
+}
+
+Kiln::Result<Recording> parse_recording(std::string_view text) {
+    RecordingParser parser;
+    while (!text.empty()) {
+        const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
+        if (const Kiln::Done taken = parser.take(text.substr(0, size)); !taken) {
+            return Kiln::Reason{taken.reason()};
+        }
+        text.remove_prefix(size);
+    }
+    return parser.finish();
 }
 
 bool is_torn_header(std::string_view text) {
-    if (text.find_first_not_of(std::string_view("\0\n", 2)) == std::string_view::npos) {
+    if (is_blank(text)) {
         return true;
     }
     const std::string begin = "{\"" + std::string(format_name) + "\":";

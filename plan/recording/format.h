@@ -11,9 +11,30 @@
 
 constexpr std::int32_t recording_format = 1;
 
-// Reads a recording. A last line that was not written whole is left out: one without its end, or
-// one that is no JSON, as a machine that loses power leaves them. Any other damage is the reason,
-// which names the line. Lines and members that a later program may add are passed over.
+// Reads a recording line by line. A last line that was not written whole is left out: one without
+// its end, or one that is no JSON, as a machine that loses power leaves them. Any other damage is
+// the reason, which names the line; so is JSON that is nested deeper than any of ours. Lines and
+// members that a later program may add are passed over.
+class RecordingParser {
+public:
+    // The next line with its newline, which the last one may lack; never empty. After a reason
+    // nothing is taken any more.
+    Kiln::Done take(std::string_view line);
+
+    // When there are no more lines.
+    Kiln::Result<Recording> finish();
+
+private:
+    void take_next(std::string_view line);
+
+    Recording recording_;
+    std::size_t number_ = 0;         // of the last line
+    bool is_torn_ = false;           // it was not written whole
+    bool is_blank_ = true;           // there was nothing but zeros and newlines yet
+    bool is_header_missing_ = true;  // as if its first line had never been written
+};
+
+// The same of a text that is there already.
 Kiln::Result<Recording> parse_recording(std::string_view text);
 
 // Whether the text can be a first line that was not written to its end: nothing at all, the

@@ -1,31 +1,22 @@
 #include "plan/recording/recording_files.h"
 
-#include <fcntl.h>
-
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
-#include "kiln/files.h"
+#include "plan/recording/file_lines.h"
 #include "plan/recording/format.h"
 
-namespace {
-
-// Returns 0 or the system error number. Unlike the calculator's sources a recording may come
-// through a pipe, which is waited for.
-int read_whole(const std::string& path, std::string& text) {
-    const Kiln::Descriptor fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    return fd ? Kiln::append_rest(fd.get(), text) : errno;
-}
-
-}  // namespace
-
-Kiln::Result<NamedRecording> read_recording(const std::string& path) {
-    std::string text;
-    if (const int error = read_whole(path, text)) {
-        return Kiln::Reason{path + " cannot be read: " + std::strerror(error)};
+Kiln::Result<NamedRecording> read_recording(const std::string& path, std::uint64_t most_bytes) {
+    FileLines lines(Kiln::open_plain_file(path), most_bytes);
+    RecordingParser parser;
+    for (std::string_view line = lines.next(); !line.empty(); line = lines.next()) {
+        if (const Kiln::Done taken = parser.take(line); !taken) {
+            return Kiln::Reason{path + ": " + taken.reason()};
+        }
     }
-    Kiln::Result<Recording> parsed = parse_recording(text);
+    if (!lines.trouble().empty()) {
+        return Kiln::Reason{path + " cannot be read: " + lines.trouble()};
+    }
+    Kiln::Result<Recording> parsed = parser.finish();
     if (!parsed) {
         return Kiln::Reason{path + ": " + parsed.reason()};
     }

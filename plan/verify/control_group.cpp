@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "kiln/files.h"
+#include "kiln/plain_file.h"
 #include "kiln/strings.h"
 
 namespace {
@@ -62,14 +62,20 @@ std::string objection(const std::string& folder, const std::string& root) {
     return folder + " is no control group: it has no " + of_version_2;
 }
 
+// More than any file of a group has. The path is somebody's word: it may lead to what is no group.
+Kiln::PlainText read_some_of(const std::string& path) {
+    return Kiln::read_plain_file(path, 65536);
+}
+
 void read_file(const std::string& name, GroupFiles& files) {
-    std::string text;
-    const int error = Kiln::get_file(files.path + "/" + name, text);
-    if (error == 0) {
-        files.texts[name] = text;
-    } else if (error != ENOENT && error != EOPNOTSUPP && error != ENODEV) {
-        // Pressure that is switched off is not supported; a group that goes away has no device.
-        files.unreadable.push_back(name + ": " + std::strerror(error));
+    const Kiln::PlainText read = read_some_of(files.path + "/" + name);
+    // Pressure that is switched off is not supported; a group that goes away has no device.
+    const bool is_missing =
+        read.error == ENOENT || read.error == EOPNOTSUPP || read.error == ENODEV;
+    if (read.trouble.empty()) {
+        files.texts[name] = read.text;
+    } else if (!is_missing) {
+        files.unreadable.push_back(name + ": " + read.trouble);
     }
 }
 
@@ -100,10 +106,9 @@ std::int64_t forks_refused_below(const std::string& folder) {
     std::error_code error;
     fs::recursive_directory_iterator entry(folder, fs::directory_options::none, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        std::string text;
-        if (entry->is_directory(error) &&
-            Kiln::get_file(entry->path().string() + "/pids.events", text) == 0) {
-            const std::int64_t more = keyed(text, "max").value_or(0);
+        if (entry->is_directory(error)) {
+            const std::string events = read_some_of(entry->path().string() + "/pids.events").text;
+            const std::int64_t more = keyed(events, "max").value_or(0);
             refused = more > INT64_MAX - refused ? INT64_MAX : refused + more;
         }
     }

@@ -249,10 +249,12 @@ TEST(Verify, TheGroupThatIsMeant) {
     host.put("odd/cgroup.controllers", "");
     host.put("odd/memory.max/x", "");
     host.put("odd/pids.max", "5\n");
+    ASSERT_EQ(mkfifo(host.path("odd/cpu.stat").c_str(), 0600), 0);
     host.put("odd/pids.events", "max 0\n");
     const Verdict odd = judge(parse_control_group(*read_control_group("odd", host.root)));
     EXPECT_FALSE(odd.all_fit);
-    EXPECT_EQ(odd.remarks.back(), "memory.max: Is a directory");
+    EXPECT_EQ(Remarks(odd.remarks.end() - 2, odd.remarks.end()),
+              (Remarks{"memory.max: it is a folder", "cpu.stat: it is a FIFO"}));
     // A whole path to a group elsewhere.
     EXPECT_EQ(read_control_group(host.root + "/a.slice", "/nowhere").reason(), "");
     const std::string folder = host.root + "/";

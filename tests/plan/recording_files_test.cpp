@@ -1,0 +1,98 @@
+// Recordings from files that anybody may have made: what is read, and what is said instead.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "plan/recording/recording_files.h"
+#include "tests/plan/recordings.h"
+
+namespace {
+
+constexpr std::uint64_t mib = std::uint64_t{1} << 20;
+const std::string header = header_line(header_of("box"));
+
+// A line that a later program may have added, so long with its newline.
+std::string line_of(std::size_t size) {
+    return "{\"x\":\"" + std::string(size - 9, 'a') + "\"}\n";
+}
+
+std::string nested(int depth) {
+    const auto times = static_cast<std::size_t>(depth);
+    return "{\"x\":" + std::string(times - 1, '[') + std::string(times - 1, ']') + "}\n";
+}
+
+std::string reason_of(const MadeUpHost& files, const std::string& name,
+                      std::uint64_t most_bytes = usual_most_bytes) {
+    const std::string path = files.path(name);
+    const std::string reason = read_recording(path, most_bytes).reason();
+    const bool begins = reason.rfind(path, 0) == 0;
+    return begins ? reason.substr(path.size()) : reason;
+}
+
+TEST(RecordingFiles, WhatCannotBeReadHasOneSentence) {
+    const MadeUpHost files;
+    ASSERT_EQ(mkfifo(files.path("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(symlink("/dev/zero", files.path("zero").c_str()), 0);
+    ASSERT_EQ(symlink("fifo", files.path("link").c_str()), 0);
+    files.put("folder/x", "");
+    EXPECT_EQ(reason_of(files, "gone"), " cannot be read: No such file or directory");
+    EXPECT_EQ(reason_of(files, "fifo"), " cannot be read: it is a FIFO");
+    EXPECT_EQ(reason_of(files, "link"), " cannot be read: it is a FIFO");
+    EXPECT_EQ(reason_of(files, "zero"), " cannot be read: it is a device");
+    EXPECT_EQ(reason_of(files, "folder"), " cannot be read: it is a folder");
+
+    const std::pair<std::string, const char*> rows[] = {
+        {header + line_of(mib + 1), ""},
+        {header + line_of(mib + 2), " cannot be read: line 2 is longer than 1 MiB"},
+        {header + std::string(mib + 1, 'a'), " cannot be read: line 2 is longer than 1 MiB"},
+        {std::string(3 * mib, '\0'), " cannot be read: line 1 is longer than 1 MiB"},
+        {header + nested(32), ""},
+        {header + nested(33), ": line 2: nested deeper than 32"},
+        {std::string(1000000, '['), ": line 1: this is no recording"},
+        {header + std::string(1000000, '[') + "\n" + header, ": line 2: nested deeper than 32"},
+        {header + "{}\n\n{}\n", ": line 3: this is not JSON"},
+        {"\n\n" + header, ": line 1: this is not JSON"},
+        {"\n\n", ": its first line was never written"},
+        {"", ": its first line was never written"},
+    };
+    for (const auto& [text, reason] : rows) {
+        files.put("x", text);
+        EXPECT_EQ(reason_of(files, "x"), reason) << text.substr(0, 200);
+    }
+    files.put("x", header + line_of(1024 - header.size()));
+    EXPECT_EQ(reason_of(files, "x", 1024), "");
+    EXPECT_EQ(reason_of(files, "x", 1023),
+              " cannot be read: it is larger than 1023 bytes; --max-size allows more");
+}
+
+TEST(RecordingFiles, InPiecesAsInOne) {
+    const MadeUpHost files;
+    std::string text = header;
+    for (std::int32_t number = 1; text.size() < 200000; ++number) {
+        text += pass_line(pass_of(number, number, number % 1000));
+    }
+    for (const std::size_t size : {std::size_t{65535}, std::size_t{65536}, text.size()}) {
+        const std::string part = text.substr(0, size);
+        files.put("x", part);
+        const Recording whole = parsed(part);
+        const Kiln::Result<NamedRecording> read = read_recording(files.path("x"), text.size());
+        ASSERT_EQ(read.reason(), "");
+        EXPECT_EQ(read->recording.passes.size(), whole.passes.size());
+        EXPECT_EQ(read->recording.whole_size, whole.whole_size);
+        EXPECT_EQ(read->recording.torn, part.back() != '\n');
+    }
+}
+
+TEST(RecordingFiles, APipeIsReadUpToItsLimit) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string text = header + line_of(1000);
+    ASSERT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(ends[1]);
+    const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
+    EXPECT_EQ(read_recording(path, 1000).reason(),
+              path + " cannot be read: it is larger than 1000 bytes; --max-size allows more");
+    close(ends[0]);
+}
+
+}  // namespace
