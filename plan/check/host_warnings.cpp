@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <set>
 
 #include "calc/counts.h"
 #include "inspect/host_file.h"
@@ -74,7 +75,8 @@ std::vector<std::string> folders_beside(const std::string& path,
 
 CheckFinding missing_folders(const std::vector<std::string>& folders,
                              const std::vector<MissingProgram>& in_them) {
-    CheckFinding finding = {"PATH lacks " + joined(folders), "add what it lacks to PATH"};
+    CheckFinding finding = {"PATH lacks " + joined(folders),
+                            "export PATH=\"$PATH:" + Kiln::join(":", folders) + "\""};
     std::vector<std::string> names;
     TakenCounts counts;
     for (const MissingProgram& program : in_them) {
@@ -232,7 +234,11 @@ CheckFindings missing_warnings(const std::vector<MissingProgram>& missing, const
 
 CheckFindings search_path_warnings(const std::string& path, const HostPaths& tables) {
     CheckFindings findings;
+    std::set<std::string> seen;
     for (const std::string& folder : folders_of(path)) {
+        if (!seen.insert(folder).second) {
+            continue;
+        }
         if (folder.empty() || folder[0] != '/') {
             const std::string word = folder.empty() ? "an empty word" : folder;
             findings.push_back(

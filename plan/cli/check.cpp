@@ -57,8 +57,10 @@ std::string step_text(const CheckedStep& step) {
 }
 
 std::string finding_text(const CheckFinding& finding) {
+    // Many a text names them already.
+    const bool is_named = finding.text.find(Kiln::join(", ", finding.lines)) != std::string::npos;
     const std::string lines =
-        finding.lines.empty() ? "" : wrapped("makes wrong: " + joined(finding.lines), "  ", "    ");
+        is_named ? "" : wrapped("makes wrong: " + joined(finding.lines), "  ", "    ");
     return wrapped(printable(finding.text), "! ", "  ") + lines +
            wrapped("what to do: " + printable(finding.remedy), "  ", "    ");
 }

@@ -92,7 +92,7 @@ Kiln::Result<TrustedWalk::Entry> TrustedWalk::open_entry(const std::string& name
     Entry entry;
     entry.path = (place_.path == "/" ? "" : place_.path) + "/" + name;
     entry.file.reset(openat(place_.file.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!entry.file && (errno == ENOENT || errno == ENOTDIR)) {
+    if (!entry.file && (errno == ENOENT || errno == ENOTDIR || errno == EACCES)) {
         return entry;
     }
     if (!entry.file || fstat(entry.file.get(), &entry.info) != 0) {

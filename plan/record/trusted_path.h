@@ -17,5 +17,6 @@ std::string id_text(unsigned id, const std::string& table);
 // way, every link and what is opened must belong to root or to us, and nobody else may write them.
 // A sticky folder may be written by everybody as long as what we enter in it is a folder of ours,
 // or a link that has no other name. Without a descriptor and without a reason: there is no such
-// file. The reason begins with the path that somebody else has in his hands, and says whose it is.
+// file, or none for us. The reason begins with the path that somebody else has in his hands, and
+// says whose it is.
 Kiln::Result<Kiln::Descriptor> open_trusted(const std::string& path, const HostPaths& tables);

@@ -234,7 +234,7 @@ TEST_F(CheckedHost, AFolderThatPathLacksComesFirst) {
     const CheckFinding& first = check.findings.at(0);
     EXPECT_EQ(first.text,
               "PATH lacks " + folder_ + "/sbin, and with it iptables: NUMIPTENT will be too low");
-    EXPECT_EQ(first.remedy, "add what it lacks to PATH");
+    EXPECT_EQ(first.remedy, "export PATH=\"$PATH:" + folder_ + "/sbin\"");
     EXPECT_EQ(first.lines, std::vector<std::string>{"NUMIPTENT"});
     EXPECT_FALSE(has(check.findings, "iptables is missing"));
     expect(check.findings, "ps is missing");
@@ -289,7 +289,7 @@ TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
     const std::string open_folder = folder_ + "/open";
     fs::create_directories(open_folder + "/within");
     chmod(open_folder.c_str(), 0777);
-    const std::string path = folder_ + "/bin:" + open_folder + "/within:/nonexistent:relative:";
+    const std::string path = folder_ + "/bin:" + open_folder + "/within:/nonexistent:relative::";
     const std::string why = ": commands may come from the working directory\n";
     const CheckFindings findings = search_path_warnings(path, host_.paths);
     EXPECT_EQ(own(findings), "PATH has " + open_folder + "/within: " + open_folder +
