@@ -132,7 +132,6 @@ Kiln::Result<std::string> RecordFile::read() {
     if (const int error = at_begin ? Kiln::append_rest(fd_.get(), text) : errno) {
         return Kiln::Reason{std::string("it cannot be read: ") + std::strerror(error)};
     }
-    size_ = text.size();
     return text;
 }
 
