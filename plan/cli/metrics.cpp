@@ -1,5 +1,6 @@
 // tarnhwplan metrics: the last pass and the resulting limits, for a node exporter's text files.
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "plan/cli/recording_command.h"
@@ -23,11 +24,12 @@ std::string single(const std::string& name, const char* help, const std::string&
     return heading(name, help) + name + " " + number + "\n";
 }
 
-// Seconds with three digits behind the point.
+// Seconds with three digits behind the point; before 1970 they are negative.
 std::string seconds_text(std::int64_t milliseconds) {
     char text[48];
-    std::snprintf(text, sizeof(text), "%lld.%03d", static_cast<long long>(milliseconds / 1000),
-                  static_cast<int>(milliseconds % 1000));
+    std::snprintf(text, sizeof(text), "%s%lld.%03d", milliseconds < 0 ? "-" : "",
+                  std::abs(static_cast<long long>(milliseconds / 1000)),
+                  std::abs(static_cast<int>(milliseconds % 1000)));
     return text;
 }
 

@@ -46,7 +46,7 @@ ReportServer read_server(const ReportSource& source, ConfigScales scales,
     if (!recording) {
         return failed_server(source.server, reason.empty() ? recording.reason() : reason);
     }
-    ReportServer server = report_server(std::move(*recording), scales);
+    ReportServer server = report_server(source.server, std::move(*recording), scales);
     if (!reason.empty()) {
         add_reason(server, reason);
     }
@@ -95,7 +95,7 @@ int run(const Options& options) {
     for (const ReportSource& source : sources) {
         fleet.servers.push_back(read_server(source, scales, options.most_bytes));
     }
-    warn_of_same_names(fleet.servers);
+    warn_of_same_hosts(fleet.servers);
     if (fleet.title.empty()) {
         fleet.title = fleet.servers.size() == 1 ? fleet.servers[0].name : "Servers";
     }

@@ -22,13 +22,16 @@ constexpr Grade grades[] = {
     {1, "scant", 0.0, 1.0},
 };
 
+// However long each took and however many there are: no sum of them all is made.
 std::int64_t mean_took_ms(const Recording& recording) {
-    std::int64_t sum = 0;
-    for (const RecordedPass& pass : recording.passes) {
-        sum += pass.took_ms;
-    }
     const auto passes = static_cast<std::int64_t>(recording.passes.size());
-    return passes > 0 ? sum / passes : 0;
+    std::int64_t mean = 0;
+    std::int64_t rest = 0;
+    for (const RecordedPass& pass : recording.passes) {
+        mean += pass.took_ms / passes;
+        rest += pass.took_ms % passes;
+    }
+    return passes > 0 ? mean + rest / passes : 0;
 }
 
 // From the beginning of one pass to that of the next.

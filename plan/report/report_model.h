@@ -19,7 +19,8 @@ struct ReportPoint {
 enum class ServerState { done, partly, failed };
 
 struct ReportServer {
-    std::string name;  // what the host calls itself: any bytes
+    std::string name;  // its files', without the ending: any bytes
+    std::string host;  // what it calls itself, any bytes; empty where there is no recording
     ServerState state = ServerState::failed;
     std::string reason;                         // why it is not done
     std::optional<RecordingHeader> header;      // none where there is no recording

@@ -20,6 +20,7 @@ Json optional_json(const std::optional<T>& value) {
 // reads only when the server is opened.
 Json row_json(const ReportServer& s) {
     return {{"name", s.name},
+            {"host", s.host},
             {"state", name_of(s.state)},
             {"reason", s.reason},
             {"memory", optional_json(s.memory_limit)},

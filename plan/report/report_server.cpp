@@ -97,11 +97,12 @@ void add_reason(ReportServer& server, const std::string& reason) {
     server.reason = server.reason.empty() ? reason : reason + "\n" + server.reason;
 }
 
-ReportServer report_server(NamedRecording named, ConfigScales scales) {
+ReportServer report_server(const std::string& name, NamedRecording named, ConfigScales scales) {
     const std::vector<NamedRecording> only{std::move(named)};
     const Recording& recording = only.front().recording;
     ReportServer server;
-    server.name = recording.header.host;
+    server.name = name;
+    server.host = recording.header.host;
     server.header = recording.header;
     server.period = recording.spans().period;
     const Kiln::Result<CombinedScan> combined = combine(only);
@@ -119,14 +120,15 @@ ReportServer report_server(NamedRecording named, ConfigScales scales) {
     return server;
 }
 
-void warn_of_same_names(std::vector<ReportServer>& servers) {
+void warn_of_same_hosts(std::vector<ReportServer>& servers) {
     std::map<std::string, int> times;
     for (const ReportServer& server : servers) {
-        ++times[server.name];
+        ++times[server.host];
     }
     for (ReportServer& server : servers) {
-        if (times[server.name] > 1) {
-            server.warnings.push_back("several servers here have this name; each is counted");
+        if (!server.host.empty() && times[server.host] > 1) {
+            server.warnings.push_back("several servers here call themselves " + server.host +
+                                      "; each is counted");
         }
     }
 }

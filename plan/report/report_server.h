@@ -9,7 +9,7 @@
 
 // The server of a recording: done when the recording has come to its planned end, failed when
 // nothing was counted, partly done otherwise.
-ReportServer report_server(NamedRecording recording, ConfigScales scales);
+ReportServer report_server(const std::string& name, NamedRecording recording, ConfigScales scales);
 
 // A server of which there is nothing but the reason.
 ReportServer failed_server(const std::string& name, const std::string& reason);
@@ -18,4 +18,4 @@ ReportServer failed_server(const std::string& name, const std::string& reason);
 void add_reason(ReportServer& server, const std::string& reason);
 
 // Servers that call themselves the same get a warning each: they may be one, counted twice.
-void warn_of_same_names(std::vector<ReportServer>& servers);
+void warn_of_same_hosts(std::vector<ReportServer>& servers);

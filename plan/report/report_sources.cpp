@@ -7,6 +7,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Of a file that was named by hand: whatever is no ending of ours belongs to the name.
+std::string server_of(const fs::path& path) {
+    const fs::path name = path.extension() == ".jsonl" ? path.stem() : path.filename();
+    return name.empty() ? path.string() : name.string();
+}
+
 std::string add_folder(const std::string& folder, std::vector<ReportSource>& sources) {
     std::error_code error;
     std::map<std::string, ReportSource> found;
@@ -33,7 +39,7 @@ std::string find_report_sources(const std::vector<std::string>& paths,
     for (const std::string& path : paths) {
         std::error_code ignored;
         if (!fs::is_directory(path, ignored)) {
-            sources.push_back({fs::path(path).stem().string(), path, ""});
+            sources.push_back({server_of(path), path, ""});
             continue;
         }
         const std::string error = add_folder(path, sources);

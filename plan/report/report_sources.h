@@ -6,7 +6,7 @@
 
 // What there is of one server: a recording, a file that says why it was not done, or both.
 struct ReportSource {
-    std::string server;     // the files' name without its ending
+    std::string server;     // the file's name, without .jsonl or .failed
     std::string recording;  // paths; empty where there is none
     std::string reason;
 };

@@ -16,7 +16,7 @@ std::string csv_cell(const std::string& text) {
     if (!cell.empty() && std::string("=+-@").find(cell[0]) != std::string::npos) {
         cell.insert(0, "'");
     }
-    if (cell.find_first_of("\",") == std::string::npos) {
+    if (cell.find_first_of("\",;") == std::string::npos) {
         return cell;
     }
     std::string quoted = "\"";
@@ -51,6 +51,7 @@ std::string csv_row(const ReportServer& s) {
         known(shown.longest_gap_ms / 1000),
         std::to_string(s.warnings.size()),
         csv_cell(Kiln::join("; ", s.warnings)),
+        csv_cell(s.host),
     };
     return Kiln::join(",", std::begin(cells), std::end(cells)) + "\r\n";
 }
@@ -78,8 +79,14 @@ std::string of_kib(std::uint64_t kib) {
     return size_text(static_cast<double>(kib) * 1024);
 }
 
+// "db1 (web7.example.org)"
+std::string name_and_host(const ReportServer& s) {
+    const bool differs = !s.host.empty() && s.host != s.name;
+    return printable(differs ? s.name + " (" + s.host + ")" : s.name);
+}
+
 Row text_row(const ReportServer& s) {
-    return {printable(s.name),
+    return {name_and_host(s),
             name_of(s.state),
             known_or_dash(s.memory_limit, of_bytes),
             known_or_dash(s.disk, of_kib),
@@ -143,7 +150,7 @@ std::string remarks(const ReportServer& server) {
 std::string csv_table(const ReportFleet& fleet) {
     std::string table =
         "server,state,reason,memory_limit_bytes,disk_kib,processes,descriptors,coverage,passes,"
-        "planned_passes,longest_gap_seconds,warnings,warning_texts\r\n";
+        "planned_passes,longest_gap_seconds,warnings,warning_texts,host\r\n";
     for (const ReportServer& server : fleet.servers) {
         table += csv_row(server);
     }

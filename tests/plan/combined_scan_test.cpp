@@ -124,6 +124,12 @@ TEST(Coverage, OfPassesThatWereNeverPlannedToBeMore) {
     NamedRecording uneven = recording_of({1, 1, 1, 1}, {300, 120});
     uneven.recording.passes[3].at_ms = 300000;
     EXPECT_EQ(measure_coverage({uneven}).planned, 4);
+    // Each shorter than there are passes: 100,000,000 / 11,999 = 8,334, and one at the start.
+    NamedRecording many = recording_of(std::vector<std::int32_t>(2000, 1), {100000, 10});
+    for (RecordedPass& pass : many.recording.passes) {
+        pass.took_ms = 1999;
+    }
+    EXPECT_EQ(measure_coverage({many}).planned, 8335);
 }
 
 }  // namespace

@@ -30,15 +30,19 @@ function coverageCell(server) {
     return make("td", "", visible(server.coverage), make("small", "", passes));
 }
 
+// Servers are called after their files; the name that a host gives itself may be another one.
+const otherHost = (server) => server.host !== "" && server.host !== server.name;
+
 function fleetRow(server, index) {
     const link = make("a", "", visible(server.name));
     link.href = "#server-" + index;
     const cells = columns.map((key) =>
         numberCell(server[key] === null ? null : shownAs[key](server[key])));
     cells.splice(4, 0, coverageCell(server));
-    const row = labelled(make("tr", "", rowHeading(link), stateCell(server), ...cells),
+    const host = otherHost(server) ? [make("small", "", visible(server.host))] : [];
+    const row = labelled(make("tr", "", rowHeading(link, ...host), stateCell(server), ...cells),
         byId("servers").tHead.rows[0].cells);
-    const text = [server.name, server.reason, stateNames[server.state], server.coverage]
+    const text = [server.name, server.host, server.reason, stateNames[server.state], server.coverage]
         .map(visible).join("\n").toLowerCase();
     return {server, index, row, text};
 }
@@ -112,6 +116,7 @@ function facts(server, details) {
     const passes = count(server.taken) + " of " + count(server.planned) + failed;
     const gap = seconds(coverage?.longest_gap_ms ?? 0);
     return [
+        ["Host", otherHost(server) && server.host],
         ["Started", details.start && clock(details.start, 0) + " UTC"],
         ["Passes", server.planned && passes],
         ["A pass every", details.period && span(details.period)],

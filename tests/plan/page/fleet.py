@@ -32,7 +32,7 @@ def write_fleet(folder, servers, passes):
     os.makedirs(folder)
     for number in range(1, servers + 1):
         path = os.path.join(folder, f"node{number}")
-        host = HOSTILE if number == 3 else f"node{number}.example.org"
+        host = HOSTILE if number == 3 else "node6" if number == 6 else f"node{number}.example.org"
         size = 1 if number == 4 else 0.3 + number * 37 % 100 / 50
         hole = range(passes // 10, passes // 5) if number == 4 else range(0)
         if number == 5:

@@ -75,25 +75,28 @@ ReportFleet sample_fleet() {
     fleet.servers = {done_server("w\u00e4b1"), done_server("=cmd|' /C calc'!A0"),
                      failed_server(hostile, "-no, \"really\"\x1b")};
     fleet.servers[0].warnings = {"+watch longer", "two"};
+    fleet.servers[0].host = "web7;\x1b";
+    fleet.servers[1].host = fleet.servers[1].name;
     return fleet;
 }
 
 TEST(Tables, ForASpreadsheet) {
     const std::string csv = csv_table(sample_fleet());
     const std::size_t heading = csv.find("\r\n");
-    EXPECT_EQ(std::count(csv.begin(), csv.begin() + static_cast<long>(heading), ','), 12);
+    EXPECT_EQ(std::count(csv.begin(), csv.begin() + static_cast<long>(heading), ','), 13);
     EXPECT_EQ(csv.substr(heading + 2),
               "w\u00e4b1,done,,3221225472,2097152,288,11174,complete,2016,2016,301,2,"
-              "'+watch longer; two\r\n"
-              "'=cmd|' /C calc'!A0,done,,3221225472,2097152,288,11174,complete,2016,2016,301,0,\r\n"
-              R"("'@""><script>alert(1)</script>",failed,"'-no, ""really""\x1b",,,,,,,,,0,)"
+              "\"'+watch longer; two\",\"web7;\\x1b\"\r\n"
+              "'=cmd|' /C calc'!A0,done,,3221225472,2097152,288,11174,complete,2016,2016,301,0,,"
+              "'=cmd|' /C calc'!A0\r\n"
+              R"("'@""><script>alert(1)</script>",failed,"'-no, ""really""\x1b",,,,,,,,,0,,)"
               "\r\n");
 }
 
 TEST(Tables, ForATerminal) {
     EXPECT_EQ("\n" + text_table(sample_fleet()), R"(
 SERVER                        STATE    MEMORY     DISK  PROCESSES  DESCRIPTORS  COVERAGE  WARNINGS
-wäb1                          done    3.0 GiB  2.0 GiB        288        11174  complete         2
+wäb1 (web7;\x1b)              done    3.0 GiB  2.0 GiB        288        11174  complete         2
     +watch longer
     two
 =cmd|' /C calc'!A0            done    3.0 GiB  2.0 GiB        288        11174  complete         0
@@ -122,13 +125,15 @@ TEST(Page, WhatAHostSaysCannotLeaveTheData) {
 
 TEST(Server, IsDoneOnlyAtThePlannedEnd) {
     NamedRecording named = recording_of({300, 1000, 300}, {600, 300});
-    EXPECT_EQ(report_server(named, {}).state, ServerState::partly);
+    EXPECT_EQ(report_server("db1", named, {}).state, ServerState::partly);
 
     named.recording.summary = Summary();
     named.recording.summary_is_last = true;
-    ReportServer server = report_server(named, {});
+    ReportServer server = report_server("db1", named, {});
     EXPECT_EQ(server.state, ServerState::done);
     EXPECT_EQ(server.reason, "");
+    EXPECT_EQ(server.name, "db1");
+    EXPECT_EQ(server.host, "box");
     EXPECT_EQ(server.processes, 1200U);
     EXPECT_EQ(server.points[0][1].value, 1000);
     add_reason(server, "cannot be reached");
@@ -136,11 +141,11 @@ TEST(Server, IsDoneOnlyAtThePlannedEnd) {
     EXPECT_EQ(server.reason, "cannot be reached");
 
     named.recording.summary_is_last = false;
-    EXPECT_EQ(report_server(named, {}).state, ServerState::partly) << "continued since";
+    EXPECT_EQ(report_server("db1", named, {}).state, ServerState::partly) << "continued since";
     named.recording.summary_is_last = true;
     named.recording.summary->interrupted = true;
-    EXPECT_EQ(report_server(named, {}).state, ServerState::partly);
-    EXPECT_EQ(report_server(recording_of({}), {}).state, ServerState::failed);
+    EXPECT_EQ(report_server("db1", named, {}).state, ServerState::partly);
+    EXPECT_EQ(report_server("db1", recording_of({}), {}).state, ServerState::failed);
 }
 
 TEST(Server, AFolderGivesOneForEveryName) {
@@ -149,13 +154,28 @@ TEST(Server, AFolderGivesOneForEveryName) {
         files.put(name, "x");
     }
     std::vector<ReportSource> sources;
-    EXPECT_EQ(find_report_sources({files.root, "/nowhere/d.jsonl"}, sources), "");
-    ASSERT_EQ(sources.size(), 3U);
+    EXPECT_EQ(find_report_sources({files.root, "/nowhere/d.x.jsonl", "e.example.org"}, sources),
+              "");
+    ASSERT_EQ(sources.size(), 4U);
     EXPECT_EQ(sources[0].server + sources[0].recording, "a");
     EXPECT_EQ(sources[0].reason, files.path("a.failed"));
     EXPECT_EQ(sources[1].recording, files.path("b.jsonl"));
     EXPECT_EQ(sources[1].reason, files.path("b.failed"));
-    EXPECT_EQ(sources[2].recording, "/nowhere/d.jsonl");
+    EXPECT_EQ(sources[2].recording, "/nowhere/d.x.jsonl");
+    EXPECT_EQ(sources[2].server, "d.x");
+    EXPECT_EQ(sources[3].server, "e.example.org");
+}
+
+TEST(Server, OnesThatCallThemselvesTheSameAreTold) {
+    std::vector<ReportServer> servers = {done_server("a"), done_server("b"), done_server("c"),
+                                         failed_server("a", "x"), failed_server("b", "x")};
+    servers[0].host = servers[2].host = "web7";
+    servers[1].host = "web8";
+    warn_of_same_hosts(servers);
+    const Remarks told = {"several servers here call themselves web7; each is counted"};
+    for (std::size_t i = 0; i < servers.size(); ++i) {
+        EXPECT_EQ(servers[i].warnings, i == 0 || i == 2 ? told : Remarks()) << i;
+    }
 }
 
 }  // namespace
