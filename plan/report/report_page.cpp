@@ -23,6 +23,8 @@ Json row_json(const ReportServer& s) {
             {"host", s.host},
             {"state", name_of(s.state)},
             {"reason", s.reason},
+            {"cores", nullptr},
+            {"memory_used", nullptr},
             {"memory", optional_json(s.memory_limit)},
             {"disk", optional_json(s.disk)},
             {"processes", optional_json(s.processes)},
@@ -38,15 +40,18 @@ Json fleet_json(const ReportFleet& fleet) {
     return {{"title", fleet.title},
             {"generated", fleet.generated_utc},
             {"version", fleet.version},
+            {"usage", Json::object()},
             {"servers", list_to_json(fleet.servers, row_json)}};
 }
 
-// Seconds and values by turns, which is shorter than pairs.
+// Seconds since the point before, and values, by turns: shorter than pairs, and small numbers.
 Json points_json(const std::vector<ReportPoint>& points) {
     Json flat = Json::array();
+    std::int64_t before = 0;
     for (const ReportPoint& point : points) {
-        flat.push_back(point.seconds);
+        flat.push_back(point.seconds - before);
         flat.push_back(point.value);
+        before = point.seconds;
     }
     return flat;
 }

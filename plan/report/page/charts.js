@@ -1,19 +1,23 @@
-// The charts: a figure for each count, drawn when it comes into sight, its numbers in a table.
+// The charts: a figure for each series, drawn when it comes into sight, its numbers in a table. What
+// a series belongs to is its `setting`: a name, the start, the gaps and the lines of a configuration.
 
 const charts = new Map();   // figure to chart, for those that are drawn
 const plans = new WeakMap();  // figure to what draws it
-const inSight = new IntersectionObserver((entries) => {
-    for (const entry of entries) {
-        if (entry.isIntersecting) {
-            draw(entry.target);
-        }
-    }
-}, {rootMargin: "300px"});
 
+function whenInSight(action) {
+    return new IntersectionObserver((entries) =>
+        entries.filter((entry) => entry.isIntersecting).forEach((entry) => action(entry.target)),
+    {rootMargin: "300px"});
+}
+const figuresInSight = whenInSight((figure) => draw(figure));
+
+// Each moment is told by what it is after the one before, some values by their thousandths.
 function pointsOf(series) {
     const points = [];
+    let at = 0;
     for (let i = 0; i < series.points.length; i += 2) {
-        points.push({x: series.points[i], y: series.points[i + 1]});
+        at += series.points[i];
+        points.push({x: at, y: series.points[i + 1] / (series.scale ?? 1)});
     }
     return points;
 }
@@ -21,34 +25,40 @@ function pointsOf(series) {
 const seconds = (milliseconds) => Math.floor(milliseconds / 1000);
 
 // Of the line that the count gives its size. One that wrapped around is no height in a chart.
-function barrierOf(series, details) {
-    const line = details.explanation.lines.find(({name}) => name === series.line);
+function barrierOf(series, lines) {
+    const line = lines.find(({name}) => name === series.line);
     return line?.barrier <= Number.MAX_SAFE_INTEGER ? line.barrier : null;
 }
 
-function chartFigure(series, server, details) {
+const peakPlace = (peak) => peak.pass ? ", pass " + count(peak.pass) : "";
+
+function chartFigure(series, setting) {
     const figure = byId("chart-template").content.firstElementChild.cloneNode(true);
     const points = pointsOf(series);
-    const barrier = barrierOf(series, details);
+    const barrier = barrierOf(series, setting.lines);
+    const floor = series.floor ?? null;
     const peak = series.peak && "Peak " + exactly(series, series.peak.value) + " at " +
-        clock(details.start, seconds(series.peak.at_ms)) + ", pass " + count(series.peak.pass) + ".";
-    const rest = [series.floor !== null && "Floor " + inUnit(series, series.floor) + ".",
+        clock(setting.start, seconds(series.peak.at_ms)) + peakPlace(series.peak) + ".";
+    const rest = [series.p95 !== undefined &&
+            "95 % of the time at most " + inUnit(series, series.p95) + ".",
+        floor !== null && "Floor " + inUnit(series, floor) + ".",
         barrier !== null && "Barrier " + inUnit(series, barrier) + "."];
     setText(figure, "strong", series.label);
     setText(figure, ".peak-text", peak ?? "Nothing was measured.");
     setText(figure, ".rest", rest.filter(Boolean).join(" "));
-    setText(figure, ".remarks", series.remarks.join("; "));
+    setText(figure, ".remarks", (series.remarks ?? []).join("; "));
     figure.querySelector("canvas").setAttribute("aria-label",
-        visible("Chart of " + series.label + " on " + server.name + " over time. " + (peak ?? "") +
+        visible("Chart of " + series.label + " on " + setting.name + " over time. " + (peak ?? "") +
             " The numbers stand in a table below."));
-    fillNumbers(figure, points, details, series.label + " on " + server.name +
+    fillNumbers(figure, points, setting, series.label + " on " + setting.name +
         (unitOf(series) ? ", in " + unitOf(series) : ""));
-    plans.set(figure, {series, points, details, barrier});
+    plans.set(figure, planOf(series, setting, points, floor, barrier));
+    figuresInSight.observe(figure);
     return figure;
 }
 
 // The same numbers as a table, made when somebody opens it.
-function fillNumbers(figure, points, details, title) {
+function fillNumbers(figure, points, setting, title) {
     const holder = figure.querySelector("details");
     setText(holder, "summary", "Numbers (" + count(points.length) + ")");
     setText(holder, "caption", title);
@@ -57,68 +67,46 @@ function fillNumbers(figure, points, details, title) {
         const body = holder.querySelector("tbody");
         if (!body.hasChildNodes()) {
             body.append(...points.map((point) => make("tr", "",
-                rowHeading(clock(details.start, point.x)),
+                rowHeading(clock(setting.start, point.x)),
                 numberCell(span(point.x)), numberCell(count(point.y)))));
         }
     });
 }
 
+// All that a drawing needs, on the screen or on paper.
+function planOf(series, setting, points, floor, barrier) {
+    const end = Math.max(points.at(-1)?.x ?? 0, 1);
+    const peak = series.peak && {x: seconds(series.peak.at_ms), y: series.peak.value};
+    return {
+        series, setting, points, floor, barrier, end, peak,
+        gaps: setting.gaps.map((gap) => [seconds(gap.from_ms), seconds(gap.to_ms)]),
+        peakText: peak ? inUnit(series, peak.y) : "",
+        time: timeAxis(setting.start, end),
+        values: valueAxis(series, [peak?.y ?? 0, floor ?? 0, barrier ?? 0]),
+    };
+}
+
+// Whether nothing was watched from the one point to the other.
+const isGap = (plan, one, other) =>
+    plan.gaps.some(([from, to]) => one.x <= from && other.x >= to);
+
 const colour = (name) =>
     getComputedStyle(document.documentElement).getPropertyValue("--" + name).trim();
 
-// Round distances between the marks of an axis, in things, bytes and seconds.
-const steps = {
-    things: Array.from({length: 48}, (_, i) => [1, 2, 5][i % 3] * 10 ** Math.floor(i / 3)),
-    bytes: Array.from({length: 64}, (_, i) => 2 ** i),
-    seconds: [1, 5, 15, 60, 300, 900, 3600, 10800, 21600, 43200, 86400, 172800,
-        ...[1, 2, 4, 13, 26, 52].map((weeks) => weeks * 604800)],
-};
-
-// Marks from 0 to `end`: the closest together of which there are at most six.
-function marksUpTo(end, kind) {
-    const step = steps[kind].find((distance) => end / distance <= 6) ?? end;
-    return Array.from({length: Math.floor(end / step) + 1}, (_, i) => i * step);
-}
-
-const axis = (end, marks, callback) => ({
-    type: "linear", min: 0, max: end, grid: {}, ticks: {maxRotation: 0, callback},
-    afterBuildTicks: (scale) => { scale.ticks = marks.map((value) => ({value})); },
-});
-
-function markText(series, value) {
-    if (!series.unit_bytes || value === 0) {
-        return count(value);
-    }
-    return bytes(value * series.unit_bytes, 2).replace(/\.00 /, " ").replace(/(\.\d)0 /, "$1 ");
-}
-
-function valueAxis(series, barrier) {
-    const top = 1.05 * Math.max(series.peak?.value ?? 0, series.floor, barrier, 1);
-    const unit = series.unit_bytes || 1;
-    const marks = marksUpTo(top * unit, series.unit_bytes ? "bytes" : "things");
-    return axis(top, marks.map((mark) => mark / unit),
-        (value) => markText(series, value));
-}
-
-const gapsOf = (details) => details.explanation.coverage.gaps.map(
-    (gap) => [seconds(gap.from_ms), seconds(gap.to_ms)]);
-
-function level(label, value, ends, dash) {
-    return {label, data: value === null ? [] : ends.map((x) => ({x, y: value})),
+function level(label, value, end, dash) {
+    return {label, data: value === null ? [] : [0, end].map((x) => ({x, y: value})),
         borderDash: dash, borderWidth: 2, pointRadius: 0};
 }
 
-function dataSets({series, points, details, barrier}, ends) {
-    const isAcross = (segment) => gapsOf(details).some(
-        ([from, to]) => segment.p0.parsed.x <= from && segment.p1.parsed.x >= to);
-    const peak = series.peak ? [{x: seconds(series.peak.at_ms), y: series.peak.value}] : [];
+function dataSets(plan) {
     return [
-        {label: "measured", data: points, borderWidth: 1.5,
-            pointRadius: points.length > 1 ? 0 : 2,
-            segment: {borderColor: (segment) => isAcross(segment) ? "transparent" : undefined}},
-        {label: "peak", data: peak, pointRadius: 4, showLine: false},
-        level("floor", series.floor, ends, [2, 3]),
-        level("barrier", barrier, ends, [7, 4]),
+        {label: "measured", data: plan.points, borderWidth: 1.5, borderJoinStyle: "round",
+            pointRadius: plan.points.length > 1 ? 0 : 2,
+            segment: {borderColor: ({p0, p1}) =>
+                isGap(plan, p0.parsed, p1.parsed) ? "transparent" : undefined}},
+        {label: "peak", data: plan.peak ? [plan.peak] : [], pointRadius: 4, showLine: false},
+        level("floor", plan.floor, plan.end, [2, 3]),
+        level("barrier", plan.barrier, plan.end, [7, 4]),
     ];
 }
 
@@ -147,18 +135,19 @@ const marks = {
     },
 };
 
-function options({series, details, barrier}, ends) {
-    const title = (items) => clock(details.start, items[0].parsed.x);
+function options(plan) {
+    const title = (items) => clock(plan.setting.start, items[0].parsed.x);
+    const scale = ({top, marks, text}) => axis(top, marks, text);
     return {
         animation: false, responsive: true, maintainAspectRatio: false, parsing: false,
         normalized: true, layout: {padding: {top: 18, right: 6}},
         interaction: {mode: "nearest", axis: "x", intersect: false},
-        gaps: gapsOf(details), peakText: series.peak ? inUnit(series, series.peak.value) : "",
-        scales: {x: axis(ends[1], marksUpTo(ends[1], "seconds"), span), y: valueAxis(series, barrier)},
+        gaps: plan.gaps, peakText: plan.peakText,
+        scales: {x: scale(plan.time), y: scale(plan.values)},
         plugins: {
             legend: {display: false},
             tooltip: {filter: (item) => item.datasetIndex === 0, callbacks: {title,
-                label: (item) => exactly(series, item.parsed.y)}},
+                label: (item) => exactly(plan.series, item.parsed.y)}},
         },
     };
 }
@@ -186,26 +175,18 @@ function draw(figure) {
     if (charts.has(figure)) {
         return;
     }
-    const made = plans.get(figure);
-    const {points} = made;
-    const ends = [0, Math.max(points.length ? points[points.length - 1].x : 0, 1)];
-    const plan = {
-        type: "line", data: {datasets: dataSets(made, ends)},
-        options: options(made, ends), plugins: [marks],
+    const plan = plans.get(figure);
+    const made = {
+        type: "line", data: {datasets: dataSets(plan)}, options: options(plan), plugins: [marks],
     };
-    paint(plan);
-    charts.set(figure, new Chart(figure.querySelector("canvas"), plan));
+    paint(made);
+    charts.set(figure, new Chart(figure.querySelector("canvas"), made));
 }
 
-function beforePrint() {
-    document.documentElement.dataset.print = "";
-    document.querySelectorAll("figure").forEach(draw);
-    charts.forEach((chart) => chart.resize(310, 190));
-    repaint();
-}
-
-function afterPrint() {
-    delete document.documentElement.dataset.print;
-    charts.forEach((chart) => chart.resize());
-    repaint();
+function dropCharts(section) {
+    for (const figure of section.querySelectorAll("figure")) {
+        figuresInSight.unobserve(figure);
+        charts.get(figure)?.destroy();
+        charts.delete(figure);
+    }
 }

@@ -1,5 +1,5 @@
-# Puts the page together and writes it as a C++ source: cmake -D SOURCE=... -D CHART=... -D VERSION=... -D LICENCE=...
-# -D OUTPUT=... -P embed_page.cmake. An empty CHART gives an empty page.
+# Puts the page together and writes it as a C++ source: cmake -D SOURCE=... -D SCRIPTS=a.js;b.js -D CHART=...
+# -D VERSION=... -D LICENCE=... -D OUTPUT=... -P embed_page.cmake. An empty CHART gives an empty page.
 cmake_minimum_required(VERSION 3.18)
 
 # The source expression by which a page's Content-Security-Policy allows one script or style: its SHA-256 in base64.
@@ -32,12 +32,16 @@ endfunction()
 set(head "")
 set(tail "")
 if(CHART)
-  foreach(part page.html page.css texts.js charts.js page.js)
+  foreach(part page.html page.css)
     file(READ ${SOURCE}/${part} ${part})
+  endforeach()
+  foreach(part ${SCRIPTS}) # one script, one scope
+    file(READ ${SOURCE}/${part} text)
+    string(APPEND scripts "\n${text}")
   endforeach()
   set(html "${page.html}")
   set(css "${page.css}")
-  set(js "\"use strict\";\n(() => {\n${texts.js}\n${charts.js}\n${page.js}})();\n") # one script, one scope
+  set(js "\"use strict\";\n(() => {${scripts}})();\n")
   file(READ ${CHART} chart)
   file(READ ${LICENCE} licence)
   # Chart.js comes under the same licence as this program: the terms without the line that names the holder.

@@ -7,11 +7,14 @@ const count = (value) => numbers.format(value);
 // As count(), for numbers too long for the script's arithmetic, and for words.
 const grouped = (text) => /^\d+$/.test(text) ? count(BigInt(text)) : text;
 
+// The same for every whole number in a text of the program's own: "12480 processes".
+const groupedWithin = (text) => text.replace(/(?<![\d.,:/-])\d{4,}(?![\d:/-])/g, grouped);
+
 // Characters that would be invisible or turn the text around are shown by their codes.
-const unseen = new RegExp("[\\u0000-\\u0009\\u000b-\\u001f\\u007f-\\u009f\\u061c" +
-    "\\u200b-\\u200f\\u2028-\\u202e\\u2066-\\u2069\\ufeff]", "g");
+const unseen = new RegExp("[\\u0000-\\u0009\\u000b-\\u001f\\u007f-\\u009f\\u00ad\\u061c" +
+    "\\u200b-\\u200f\\u2028-\\u202e\\u2060-\\u2069\\ufeff\\u{e0000}-\\u{e007f}]", "gu");
 const visible = (text) => plain(text).replace(unseen,
-    (c) => "\\u" + c.charCodeAt(0).toString(16).padStart(4, "0"));
+    (c) => "\\u" + c.codePointAt(0).toString(16).padStart(4, "0"));
 
 // A text that is no UTF-8 comes as the digits of its bytes.
 function plain(text) {
@@ -28,6 +31,9 @@ function bytes(value, digits = 1) {
     }
     return value.toFixed(unit > 0 && value < 100 ? digits : 0) + " " + units[unit];
 }
+
+const kib = (value) => bytes(value * 1024);
+const cores = (value) => count(Number(value.toFixed(2))) + (value === 1 ? " core" : " cores");
 
 function span(seconds) {
     if (seconds === 0) {
@@ -54,19 +60,33 @@ function clock(start, seconds) {
     return time.toISOString().slice(0, 19).replace("T", " ");
 }
 
-const inUnit = (series, value) =>
-    series.unit_bytes ? bytes(value * series.unit_bytes) : count(value);
+// What one of a series is in bytes; 0 for what has no size.
+const sizes = {"KiB": 1024, "bytes/s": 1};
+const sizeOf = (series) => series.unit_bytes ?? sizes[series.unit] ?? 0;
+
+// "11.8 GiB", "1,248", "1.25 cores", "3.4 MiB/s".
+function inUnit(series, value) {
+    if (sizeOf(series)) {
+        return bytes(value * sizeOf(series)) + (series.unit === "bytes/s" ? "/s" : "");
+    }
+    return series.unit === "cores" ? cores(value) : count(value);
+}
 
 // "KiB", "pages of 4 KiB"; nothing for things that are just counted.
 function unitOf(series) {
-    const kib = series.unit_bytes / 1024;
-    return kib < 1 ? "" : kib === 1 ? "KiB" : "pages of " + kib + " KiB";
+    if (series.unit !== undefined) {
+        return series.unit;
+    }
+    const inKib = series.unit_bytes / 1024;
+    return inKib < 1 ? "" : inKib === 1 ? "KiB" : "pages of " + inKib + " KiB";
 }
 
 function exactly(series, value) {
     const unit = unitOf(series);
-    const number = unit ? count(value) + " " + unit : count(value);
-    return series.unit_bytes ? number + " (" + inUnit(series, value) + ")" : number;
+    if (!sizeOf(series) || series.unit === "bytes/s") {
+        return inUnit(series, value);
+    }
+    return count(value) + " " + unit + " (" + inUnit(series, value) + ")";
 }
 
 function make(tag, className, ...content) {
@@ -78,6 +98,7 @@ function make(tag, className, ...content) {
     return element;
 }
 
+const small = (text) => make("small", "", visible(text));
 const cell = (text, className) => make("td", className, visible(text ?? ""));
 const numberCell = (text) => cell(text ?? "–", "number");
 
@@ -93,9 +114,11 @@ function setText(root, selector, text) {
 
 // Where the screen is narrow a row becomes a card, and each cell tells its heading.
 function labelled(row, headings) {
-    [...row.cells].forEach((made, i) => {
-        made.dataset.label = headings[i].textContent.trim();
-    });
+    let at = 0;
+    for (const made of row.cells) {
+        made.dataset.label = headings[at].textContent.trim();
+        at += made.colSpan;
+    }
     return row;
 }
 
@@ -103,4 +126,10 @@ function labelled(row, headings) {
 function fillList(holder, texts) {
     holder.querySelector("ul").append(...texts.map((text) => make("li", "", visible(text))));
     holder.hidden = texts.length === 0;
+}
+
+// A description list's terms, each with its text and, where there is more to say, a smaller one.
+function fillTerms(list, terms) {
+    list.append(...terms.map(([term, text, more]) => make("div", "", make("dt", "", term),
+        make("dd", "", visible(text), ...(more ? [small(more)] : [])))));
 }

@@ -1,0 +1,153 @@
+// What all servers come to together, and the table of them: sorted, filtered, summed up.
+
+const stateNames = {done: "done", partly: "partly done", failed: "failed"};
+const stateOrder = {failed: 0, partly: 1, done: 2};
+
+const columns = ["cores", "memory_used", "memory", "disk", "processes", "descriptors", "warnings"];
+const shownAs = {
+    cores,
+    memory_used: kib,
+    memory: bytes,
+    disk: kib,
+    processes: count,
+    descriptors: count,
+    warnings: count,
+};
+
+function stateCell(server) {
+    const badge = make("span", "badge " + server.state, stateNames[server.state]);
+    const reason = make("small", "reason", visible(server.reason));
+    return make("td", "wide", badge, ...(server.reason ? [reason] : []));
+}
+
+function coverageCell(server) {
+    if (!server.grade) {
+        return cell("–");
+    }
+    return make("td", "", visible(server.coverage),
+        small(count(server.taken) + " of " + count(server.planned) + " passes"));
+}
+
+// Servers are called after their files; the name that a host gives itself may be another one.
+const otherHost = (server) => server.host !== "" && server.host !== server.name;
+
+function fleetRow(server, index) {
+    const link = make("a", "", visible(server.name));
+    link.href = "#server-" + index;
+    const cells = columns.map((key) =>
+        numberCell(server[key] === null ? null : shownAs[key](server[key])));
+    cells.splice(-1, 0, coverageCell(server));
+    const host = otherHost(server) ? [make("small", "", visible(server.host))] : [];
+    const row = labelled(make("tr", "", rowHeading(link, ...host), stateCell(server), ...cells),
+        byId("servers").tHead.rows[0].cells);
+    const text = [server.name, server.host, server.reason, stateNames[server.state], server.coverage]
+        .map(visible).join("\n").toLowerCase();
+    return {server, index, row, text};
+}
+
+const rows = fleet.servers.map(fleetRow);
+const shown = () => rows.filter((entry) => !entry.row.hidden);
+const collator = new Intl.Collator("en", {numeric: true});
+
+function order(a, b, key, sign) {
+    const one = a.server[key];
+    const other = b.server[key];
+    if (one === null || other === null) {  // what is not known stands last, however sorted
+        return (one === null) - (other === null) || a.index - b.index;
+    }
+    const difference = key === "name" ? collator.compare(one, other)
+        : key === "state" ? stateOrder[one] - stateOrder[other] : one - other;
+    return sign * difference || a.index - b.index;
+}
+
+function sortBy(button) {
+    const heading = button.closest("th");
+    const before = heading.getAttribute("aria-sort");
+    const opposite = {ascending: "descending", descending: "ascending"};
+    const direction = opposite[before] || button.dataset.first || "ascending";
+    for (const other of document.querySelectorAll("#servers [aria-sort]")) {
+        other.removeAttribute("aria-sort");
+    }
+    heading.setAttribute("aria-sort", direction);
+    rows.sort((a, b) => order(a, b, button.dataset.key, direction === "ascending" ? 1 : -1));
+    byId("servers").tBodies[0].append(...rows.map((entry) => entry.row));
+    say("sorted by " + button.textContent.toLowerCase() + ", " + direction);
+}
+
+function say(more) {
+    const number = shown().length;
+    const text = number === rows.length ? "All " + count(number) + " servers shown"
+        : count(number) + " of " + count(rows.length) + " servers shown";
+    byId("status").textContent = more ? text + "; " + more : text;
+}
+
+function filter() {
+    const text = byId("filter-text").value.trim().toLowerCase();
+    const state = byId("filter-state").value;
+    for (const entry of rows) {
+        const fits = !state || entry.server.state === state ||
+            (state === "warned" && entry.server.warnings > 0);
+        entry.row.hidden = !fits || !entry.text.includes(text);
+    }
+    showTotals();
+    say();
+}
+
+function statesOf(entries) {
+    return Object.keys(stateNames)
+        .map((state) => [state, entries.filter((e) => e.server.state === state).length])
+        .filter(([, number]) => number > 0)
+        .map(([state, number]) => count(number) + " " + stateNames[state]).join(", ");
+}
+
+// A total is that of the servers that have the number; it says so where others have not.
+function showTotals() {
+    const entries = shown();
+    for (const key of columns) {
+        const known = entries.map((entry) => entry.server[key]).filter((value) => value !== null);
+        const total = byId("total-" + key);
+        total.textContent = known.length > 0
+            ? shownAs[key](known.reduce((sum, value) => sum + value, 0)) : "–";
+        if (known.length > 0 && known.length < entries.length) {
+            total.append(small("of " + count(known.length)));
+        }
+    }
+    byId("total-name").textContent = "Total of " + count(entries.length);
+    byId("total-state").textContent = statesOf(entries);
+}
+
+// ---- All servers together ----
+
+const momentOf = (usage) => clock(usage.start, seconds(usage.peak.at_ms)).slice(0, 16) + " UTC";
+
+function togetherFigures() {
+    const figures = [["Servers", count(rows.length), statesOf(rows)]];
+    for (const [usage, name] of [[fleet.usage.cores, "CPU"], [fleet.usage.memory, "Memory"]]) {
+        if (usage) {
+            figures.push(
+                [name + ", all together at most", inUnit(usage, usage.peak.value), momentOf(usage)],
+                [name + ", each one's peak added up", inUnit(usage, usage.sum_of_peaks),
+                    "as if all had it at once"]);
+        }
+    }
+    return figures;
+}
+
+function whoIsMissing(usages) {
+    const missing = rows.length - Math.min(...usages.map((usage) => usage.servers));
+    return missing === 0 ? "" : count(missing) + " of " + count(rows.length) + " servers " +
+        (missing === 1 ? "says" : "say") + " nothing about CPU or memory (failed, or recorded by " +
+        "an older program) and " + (missing === 1 ? "is" : "are") + " in none of these sums.";
+}
+
+function showTogether() {
+    const usages = [fleet.usage.cores, fleet.usage.memory].filter(Boolean);
+    byId("together").hidden = usages.length === 0 || rows.length === 1;
+    if (byId("together").hidden) {
+        return;
+    }
+    fillTerms(document.querySelector(".figures"), togetherFigures());
+    setText(document, "#not-counted", whoIsMissing(usages));
+    document.querySelector("#together .charts").append(...usages.map((usage) => chartFigure(
+        usage, {name: "all servers together", start: usage.start, gaps: [], lines: []})));
+}

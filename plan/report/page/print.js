@@ -1,0 +1,75 @@
+// The charts on paper: drawings of lines, which hundreds of servers can have at once, sharp at any
+// size. The style sheet says which of canvas and drawing is seen where.
+
+const paper = {width: 310, height: 170, left: 52, right: 304, top: 20, bottom: 140};
+
+function draws(tag, className, attributes, text = "") {
+    const element = document.createElementNS("http://www.w3.org/2000/svg", tag);
+    element.setAttribute("class", className);
+    for (const [name, value] of Object.entries(attributes)) {
+        element.setAttribute(name, value);
+    }
+    element.textContent = text;
+    return element;
+}
+
+const rounded = (value) => Math.round(value * 10) / 10;
+const across = (plan, x) =>
+    rounded(paper.left + Math.min(x / plan.end, 1) * (paper.right - paper.left));
+const up = (plan, y) =>
+    rounded(paper.bottom - y / plan.values.top * (paper.bottom - paper.top));
+
+// A path along the points; it is lifted where nothing was watched.
+function pathOf(plan) {
+    return plan.points.map((point, i) =>
+        (i === 0 || isGap(plan, plan.points[i - 1], point) ? "M" : "L") +
+        across(plan, point.x) + " " + up(plan, point.y)).join("");
+}
+
+function gridOf(plan) {
+    const drawn = [];
+    for (const mark of plan.values.marks) {
+        const y = up(plan, mark);
+        drawn.push(draws("path", "grid", {d: "M" + paper.left + " " + y + "H" + paper.right}),
+            draws("text", "value", {x: paper.left - 4, y: y + 3}, plan.values.text(mark)));
+    }
+    for (const mark of plan.time.marks) {
+        const x = across(plan, mark);
+        drawn.push(draws("path", "grid", {d: "M" + x + " " + paper.top + "V" + paper.bottom}),
+            ...[plan.time.text(mark)].flat().map((line, i) =>
+                draws("text", "time", {x, y: paper.bottom + 12 + i * 11}, line)));
+    }
+    return drawn;
+}
+
+function peakOf(plan) {
+    const x = across(plan, plan.peak.x);
+    const y = up(plan, plan.peak.y);
+    const inRightHalf = x > (paper.left + paper.right) / 2;
+    return [draws("circle", "peak", {cx: x, cy: y, r: 3}),
+        draws("text", inRightHalf ? "peak value" : "peak",
+            {x: x + (inRightHalf ? -6 : 6), y: y - 5}, plan.peakText)];
+}
+
+function drawingOf(plan) {
+    const levels = ["floor", "barrier"].filter((name) => plan[name] !== null).map((name) =>
+        draws("path", name, {d: "M" + paper.left + " " + up(plan, plan[name]) + "H" + paper.right}));
+    const gaps = plan.gaps.map(([from, to]) => draws("rect", "gap", {
+        x: across(plan, from), y: paper.top, height: paper.bottom - paper.top,
+        width: rounded(across(plan, to) - across(plan, from))}));
+    const drawing = draws("svg", "drawing", {viewBox: "0 0 " + paper.width + " " + paper.height});
+    drawing.append(...gaps, ...gridOf(plan), ...levels, draws("path", "line", {d: pathOf(plan)}),
+        ...(plan.peak ? peakOf(plan) : []));
+    return drawing;
+}
+
+function beforePrint() {
+    fillAll();
+    for (const figure of document.querySelectorAll("figure")) {
+        figure.querySelector(".canvas").append(drawingOf(plans.get(figure)));
+    }
+}
+
+function afterPrint() {
+    document.querySelectorAll(".drawing").forEach((drawing) => drawing.remove());
+}
