@@ -117,8 +117,8 @@ int run(const Options& options) {
 }  // namespace
 
 Command add_check(CLI::App& program) {
-    CLI::App* app = program.add_subcommand(
-        "check", "Ask every source of a run once and say what would go wrong");
+    CLI::App* app =
+        program.add_subcommand("check", "Ask every source once and say what would go wrong");
     const auto options = std::make_shared<Options>();
     app->add_flag("--json", options->json, "Write JSON");
     app->add_option("-o,--out", options->out_path, "Write to this file");

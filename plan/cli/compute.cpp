@@ -32,8 +32,8 @@ int run(const RecordingOptions& options) {
 }  // namespace
 
 Command add_compute(CLI::App& program) {
-    CLI::App* app = program.add_subcommand(
-        "compute", "Print the configuration and the notes that these samples give");
+    CLI::App* app =
+        program.add_subcommand("compute", "Print the configuration that the samples give");
     const auto options = std::make_shared<RecordingOptions>();
     add_recording_options(*app, *options);
     app->add_option("recording", options->paths, "Recordings of one host")->required();

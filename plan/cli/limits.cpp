@@ -39,6 +39,11 @@ int run(const Options& options) {
     return limits.complaints.empty() ? status_done : status_flawed;
 }
 
+// Without what it would put behind the option in the help.
+CLI::Validator quiet(const CLI::Validator& validator) {
+    return validator.description("");
+}
+
 std::vector<std::string> engine_names() {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < engine_count; ++i) {
@@ -50,18 +55,23 @@ std::vector<std::string> engine_names() {
 }  // namespace
 
 Command add_limits(CLI::App& program) {
-    CLI::App* app = program.add_subcommand(
-        "limits", "Write the limits of a container for the engine that runs it");
+    CLI::App* app =
+        program.add_subcommand("limits", "Write limits for the engine that runs a container");
     const auto options = std::make_shared<Options>();
-    app->add_option("--for", options->engine, "The engine")
+    app->add_option("--for", options->engine, "systemd, nspawn, lxc, podman, kubernetes or rsync")
         ->required()
-        ->check(CLI::IsMember(engine_names()));
+        ->check(quiet(CLI::IsMember(engine_names())))
+        ->type_name("ENGINE");
     add_recording_options(*app, *options);
-    app->add_option("--cpu-scale", options->cpu_scale, "Factor for the processors, 1.2")
-        ->check(CLI::PositiveNumber);
+    app->add_option("--cpu-scale", options->cpu_scale, "Factor for the processors")
+        ->check(quiet(CLI::PositiveNumber))
+        ->type_name("FACTOR")
+        ->default_str("1.2");
     app->add_option("--cpu-percentile", options->cpu_percentile,
-                    "Of the cores in use: the guaranteed share, 95")
-        ->check(CLI::Range(1, 100));
+                    "Of the cores in use: the guaranteed share")
+        ->check(quiet(CLI::Range(1, 100)))
+        ->type_name("N")
+        ->default_str("95");
     app->add_flag("--cpu-limit", options->cpu_limit, "Limit the processors to their peak");
     app->add_option("recording", options->paths, "Recordings of one host")->required();
     return {app, [options] { return run(*options); }};

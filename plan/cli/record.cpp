@@ -30,7 +30,7 @@ const CLI::Validator span_in_seconds(
         text = std::to_string(seconds);
         return {};
     },
-    "SPAN");
+    "");
 
 RecordFile::Existing existing_file(const Options& options) {
     if (options.append) {
@@ -87,14 +87,15 @@ Command add_record(CLI::App& program) {
     CLI::App* app = program.add_subcommand("record", "Watch this host and keep every sample");
     const auto options = std::make_shared<Options>();
     CLI::Option* time = app->add_option("-t,--scan-time", options->spans.time,
-                                        "How long to watch, such as 7d or 1h30m; one pass without");
+                                        "How long to watch, such as 7d; one pass without");
     CLI::Option* period = app->add_option("-p,--scan-period", options->spans.period,
                                           "Time between two passes, such as 5m");
-    time->transform(span_in_seconds);
-    period->transform(span_in_seconds)->needs(time);
+    time->transform(span_in_seconds)->type_name("SPAN");
+    period->transform(span_in_seconds)->needs(time)->type_name("SPAN");
     CLI::Option* append =
         app->add_flag("--append", options->append, "Go on with a recording that stopped");
     app->add_flag("--force", options->force, "Replace an existing file")->excludes(append);
+    app->footer("A SPAN is numbers with units: 30s, 5m, 1h30m, 7d.");
     app->add_option("file", options->path, "The recording")->required();
     return {app, [options] { return run(*options); }};
 }

@@ -22,18 +22,24 @@ const CLI::Validator size_in_bytes(
         text = std::to_string(number << (10 * power));
         return {};
     },
-    "SIZE");
+    "");
 
 }  // namespace
 
 void add_scale_options(CLI::App& app, ScaleOptions& options) {
-    app.add_option("--mem-scale", options.memory, "Factor for counts and memory, 1.2");
-    app.add_option("--disk-scale", options.disk, "Factor for the disk, 1.5");
+    app.add_option("--mem-scale", options.memory, "Factor for counts and memory")
+        ->type_name("FACTOR")
+        ->default_str("1.2");
+    app.add_option("--disk-scale", options.disk, "Factor for the disk")
+        ->type_name("FACTOR")
+        ->default_str("1.5");
 }
 
 void add_size_option(CLI::App& app, std::uint64_t& most_bytes) {
-    app.add_option("--max-size", most_bytes, "Read no recording that is larger [256M]")
-        ->transform(size_in_bytes);
+    app.add_option("--max-size", most_bytes, "Read no recording that is larger")
+        ->transform(size_in_bytes)
+        ->type_name("SIZE")
+        ->default_str("256M");
 }
 
 void add_recording_options(CLI::App& app, RecordingOptions& options) {

@@ -112,12 +112,12 @@ Command add_report(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::Option* csv = app->add_flag("--csv", options->csv, "Write a table for a spreadsheet");
     app->add_flag("--text", options->text, "Write a table for a terminal")->excludes(csv);
-    app->add_option("--title", options->title, "What stands above the page");
+    app->add_option("--title", options->title, "What stands above the page")->type_name("TITLE");
     app->add_option("-o,--out", options->out_path, "Write to this file");
     add_scale_options(*app, options->scales);
     add_size_option(*app, options->most_bytes);
     app->add_option("recording", options->paths,
-                    "Recordings, and folders with NAME.jsonl and NAME.failed")
+                    "Recordings, folders of NAME.jsonl and NAME.failed")
         ->required();
     return {app, [options] { return run(*options); }};
 }
