@@ -5,6 +5,7 @@
 
 #include <cfloat>
 
+#include "calc/unit_costs.h"
 #include "kiln/numbers.h"
 #include "kiln/strings.h"
 
@@ -21,11 +22,6 @@ constexpr double no_margin = 1.0;
 constexpr double margin = 1.1;
 constexpr float memory_margin = 1.1F;
 
-// What one unit of a count costs.
-constexpr float files_per_process = 32.0F;
-constexpr std::int64_t dentry_bytes_per_file = 384;
-constexpr std::int64_t kernel_bytes_per_process = std::int64_t{15} * 4096;
-constexpr std::int64_t socket_buffer_bytes = 65536;
 constexpr double socket_reserve_kib = 2.5;
 constexpr double negative_kib = -1024.0;
 

@@ -108,8 +108,9 @@ std::string check_json(const HostCheck& check) {
 
 int run(const Options& options) {
     const HostCheck check = check_host(Host());
-    if (!write_result(options.out_path, options.json ? check_json(check) : check_text(check))) {
-        return status_io;
+    const std::string text = options.json ? check_json(check) : check_text(check);
+    if (const ExitStatus status = say_trouble(write_result({options.out_path, {}}, text))) {
+        return status;
     }
     return check.run_succeeds() && check.findings.empty() ? status_done : status_flawed;
 }

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <string>
 
 #include "plan/cli/messages.h"
 

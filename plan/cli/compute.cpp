@@ -6,27 +6,32 @@
 #include "calc/env_config.h"
 #include "kiln/files.h"
 #include "plan/cli/recording_command.h"
+#include "plan/text/printable.h"
 
 namespace {
 
-void write_notes(const CombinedScan& scan) {
-    const std::string text = scan.messages + notes_text(scan.profile.notes);
-    static_cast<void>(Kiln::write_all(STDERR_FILENO, text.data(), text.size()));
+// Whoever reads the paths needs their bytes; a terminal must not act on them.
+bool write_notes(const CombinedScan& scan) {
+    const std::string text = harmless_lines(scan.messages + notes_text(scan.profile.notes));
+    return Kiln::write_all(STDERR_FILENO, text.data(), text.size()) == 0;
 }
 
 int run(const RecordingOptions& options) {
-    RecordedHost host;
-    if (const ExitStatus status = read_recorded_host(options, host)) {
-        return status;
+    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
+    if (!host) {
+        return say_trouble(Kiln::Reason{host.reason()});
     }
-    const ComputedConfig computed = compute_known_lines(host.scan, host.scales);
+    const ComputedConfig computed = compute_known_lines(host->scan, options.scales);
     EnvConfig config;
     write_config(computed.lines, config);
-    if (!write_result(options.out_path, config.text())) {
+    const Output output = {options.out_path, options.paths};
+    if (const ExitStatus status = say_trouble(write_result(output, config.text()))) {
+        return status;
+    }
+    if (!write_notes(host->scan)) {
         return status_io;
     }
-    write_notes(host.scan);
-    return say_flaws(host, computed);
+    return say_flaws(*host, computed);
 }
 
 }  // namespace

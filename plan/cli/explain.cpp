@@ -1,14 +1,14 @@
 // tarnhwplan explain: where each line of the configuration comes from, for a person or as JSON.
-#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "kiln/strings.h"
 #include "plan/cli/recording_command.h"
+#include "plan/explain/derivation.h"
 #include "plan/explain/explanation.h"
 #include "plan/explain/explanation_json.h"
 #include "plan/text/printable.h"
 #include "plan/text/utc.h"
+#include "plan/text/wrapped.h"
 
 namespace {
 
@@ -19,16 +19,14 @@ struct Options : RecordingOptions {
 constexpr std::size_t name_width = 16;
 constexpr std::size_t value_width = 30;
 
+// The text in lines, all but the first that far in.
+std::string filled(const std::string& first, const std::string& text, std::size_t indent) {
+    return wrapped(text, first, std::string(indent, ' '));
+}
+
 std::string padded(const std::string& text, std::size_t width) {
     const std::size_t columns = columns_of(text);
     return text + std::string(columns < width ? width - columns : 1, ' ');
-}
-
-// "1.2"
-std::string factor_text(double factor) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.6g", factor);
-    return text;
 }
 
 // "126 processes seen at most, 2026-03-12T14:05:00Z, pass 2"
@@ -47,12 +45,12 @@ std::string seen_text(const LineExplanation& line, bool many_recordings) {
 std::string origin_text(const LineExplanation& line) {
     std::string text = name_of(line.basis);
     if (line.basis == Basis::floor) {
-        text += " of " + std::to_string(*line.floor);
+        text += " of " + grouped(*line.floor);
     }
     if (line.basis == Basis::derived) {
-        text += " from " + Kiln::join(", ", line.made_from);
+        text += ": " + line.derivation;
     } else if (line.factor) {
-        text += ", times " + factor_text(*line.factor);
+        text += ", times " + factor_text(static_cast<double>(*line.factor));
     }
     if (line.margin) {
         text += ", margin " + factor_text(*line.margin);
@@ -60,31 +58,38 @@ std::string origin_text(const LineExplanation& line) {
     return text;
 }
 
+std::string heading_text(const LineExplanation& line) {
+    if (line.basis == Basis::missing) {
+        return std::string(line.name) + "\n";
+    }
+    const std::string first =
+        padded(line.name, name_width) + padded(printable(line.value), value_width);
+    return line.meaning.empty() ? first.substr(0, first.find_last_not_of(' ') + 1) + "\n"
+                                : filled(first, line.meaning, name_width);
+}
+
 std::string line_text(const LineExplanation& line, bool many_recordings) {
     const std::string indent(name_width, ' ');
-    std::string text = padded(line.name, name_width);
-    if (line.basis != Basis::missing) {
-        text += padded(printable(line.value), value_width) + line.meaning;
-    }
-    while (text.back() == ' ') {
-        text.pop_back();
-    }
-    text += "\n" + indent + origin_text(line);
-    if (!line.seen.empty()) {
-        text += seen_text(line, many_recordings);
-    }
-    text += "\n";
+    const std::string seen = line.seen.empty() ? "" : seen_text(line, many_recordings);
+    std::string text =
+        heading_text(line) + filled(indent, printable(origin_text(line) + seen), name_width);
     for (const std::string& remark : line.remarks) {
-        text += indent + "! " + printable(remark) + "\n";
+        text += filled(indent + "! ", printable(remark), name_width + 2);
+    }
+    for (const std::string& note : line.notes) {
+        text += filled(indent, printable(note), name_width);
     }
     return text;
 }
 
 std::string explanation_text(const Explanation& explanation, std::size_t recordings) {
-    std::string text = "host: " + printable(explanation.host) + "\n" +
-                       coverage_in_words(explanation.coverage) + "\n";
-    for (const std::string& remark : explanation.remarks) {
-        text += "! " + printable(remark) + "\n";
+    std::string text = filled("host: ", printable(explanation.host), 2) +
+                       "state: " + name_of(explanation.verdict.state) + "\n" +
+                       filled("", coverage_in_words(explanation.coverage), 2);
+    for (const auto* list : {&explanation.verdict.reasons, &explanation.remarks}) {
+        for (const std::string& remark : *list) {
+            text += filled("! ", printable(remark), 2);
+        }
     }
     text += "\n";
     for (const LineExplanation& line : explanation.lines) {
@@ -94,17 +99,20 @@ std::string explanation_text(const Explanation& explanation, std::size_t recordi
 }
 
 int run(const Options& options) {
-    RecordedHost host;
-    if (const ExitStatus status = read_recorded_host(options, host)) {
+    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
+    if (!host) {
+        return say_trouble(Kiln::Reason{host.reason()});
+    }
+    const Explanation explanation = explain(host->recordings, host->scan, options.scales);
+    const std::string text = options.json
+                                 ? printable_json(explanation_json(explanation).dump(2)) + "\n"
+                                 : explanation_text(explanation, host->recordings.size());
+    if (const ExitStatus status =
+            say_trouble(write_result({options.out_path, options.paths}, text))) {
         return status;
     }
-    const Explanation explanation = explain(host.recordings, host.scan, host.scales);
-    const std::string text = options.json ? explanation_json(explanation).dump(2) + "\n"
-                                          : explanation_text(explanation, host.recordings.size());
-    if (!write_result(options.out_path, text)) {
-        return status_io;
-    }
-    return explanation.remarks.empty() ? status_done : status_flawed;
+    return explanation.verdict.state == State::done && explanation.remarks.empty() ? status_done
+                                                                                   : status_flawed;
 }
 
 }  // namespace

@@ -19,19 +19,20 @@ int run(const Options& options) {
         say("--cpu-scale must be a number");
         return status_usage;
     }
-    RecordedHost host;
-    if (const ExitStatus status = read_recorded_host(options, host)) {
-        return status;
+    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
+    if (!host) {
+        return say_trouble(Kiln::Reason{host.reason()});
     }
     LimitOptions wanted;
-    wanted.scales = host.scales;
+    wanted.scales = options.scales;
     wanted.cpu_scale = options.cpu_scale;
     wanted.cpu_percentile = options.cpu_percentile;
     wanted.cpu_limit = options.cpu_limit;
-    const LimitSheet sheet = work_out_limits(host.recordings, host.scan, wanted);
+    const LimitSheet sheet = work_out_limits(host->recordings, host->scan, wanted);
     const LimitsText limits = limits_text(*engine_called(options.engine), sheet);
-    if (!write_result(options.out_path, limits.text)) {
-        return status_io;
+    if (const ExitStatus status =
+            say_trouble(write_result({options.out_path, options.paths}, limits.text))) {
+        return status;
     }
     for (const std::string& complaint : limits.complaints) {
         say(complaint);

@@ -1,60 +1,85 @@
 #include "plan/cli/messages.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
 
-#include "calc/arguments.h"
 #include "kiln/files.h"
 #include "kiln/owners.h"
-#include "kiln/strings.h"
-#include "plan/text/printable.h"
+#include "kiln/plain_file.h"
+#include "plan/recording/format.h"
 
 namespace {
 
-bool write_to(int fd, const std::string& name, const std::string& text) {
+Kiln::Done write_to(int fd, const std::string& name, const std::string& text) {
     if (Kiln::write_all(fd, text.data(), text.size()) != 0) {
-        say(name + " cannot be written: " + std::strerror(errno));
-        return false;
+        return Kiln::Reason{name + " cannot be written: " + std::strerror(errno)};
     }
-    return true;
+    return {};
 }
 
-bool read_scale(const char* option, const std::optional<std::string>& given, float& scale) {
-    if (given) {
-        const std::string& text = *given;
-        switch (parse_scale(text.c_str(), &scale)) {
-            case ScaleError::none:
-                break;
-            case ScaleError::not_a_number:
-                say("Not a numeric value for " + std::string(option) + ": " + text);
-                return false;
-            case ScaleError::not_positive:
-                say(std::string(option) + " must be positive: " + text);
-                return false;
+// Under whatever name and through whatever links.
+Kiln::Done check_no_input(int fd, const Output& output, const std::string& name) {
+    struct stat written = {};
+    if (fstat(fd, &written) != 0 || !S_ISREG(written.st_mode)) {
+        return {};
+    }
+    for (const std::string& input : output.inputs) {
+        struct stat read = {};
+        if (stat(input.c_str(), &read) == 0 && read.st_dev == written.st_dev &&
+            read.st_ino == written.st_ino) {
+            return Kiln::Reason{name + " is not written: the result is made from it (" + input +
+                                ")"};
         }
     }
-    return true;
+    return {};
+}
+
+bool is_recording(const std::string& path) {
+    constexpr std::size_t enough = 4096;
+    return begins_like_recording(Kiln::read_plain_file(path, enough).text);
+}
+
+// Empties what was opened for the result. Nothing of a device or a pipe can be.
+Kiln::Done empty(int fd, const std::string& name) {
+    struct stat info = {};
+    if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && ftruncate(fd, 0) != 0) {
+        return Kiln::Reason{name + " cannot be emptied: " + std::strerror(errno)};
+    }
+    return {};
 }
 
 }  // namespace
 
-bool read_scales(const ScaleOptions& options, ConfigScales& scales) {
-    return read_scale("--mem-scale", options.memory, scales.memory) &&
-           read_scale("--disk-scale", options.disk, scales.disk);
+Kiln::Done write_result(const Output& output, const std::string& text) {
+    if (output.path.empty()) {
+        const std::string name = "standard output";
+        const Kiln::Done done = check_no_input(STDOUT_FILENO, output, name);
+        return done ? write_to(STDOUT_FILENO, name, text) : done;
+    }
+    const std::string& path = output.path;
+    const Kiln::Descriptor fd(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, output.mode));
+    if (!fd) {
+        return Kiln::Reason{path + " cannot be opened: " + std::strerror(errno)};
+    }
+    Kiln::Done done = check_no_input(fd.get(), output, path);
+    if (done && is_recording(path)) {
+        done = Kiln::Reason{path + " is not written: it is a recording"};
+    }
+    if (done) {
+        done = empty(fd.get(), path);
+    }
+    return done ? write_to(fd.get(), path, text) : done;
 }
 
-bool write_result(const std::string& path, const std::string& text, mode_t mode) {
-    if (path.empty()) {
-        return write_to(STDOUT_FILENO, "standard output", text);
+ExitStatus say_trouble(const Kiln::Done& done) {
+    if (!done) {
+        say(done.reason());
+        return status_io;
     }
-    const Kiln::Descriptor fd(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
-    if (!fd) {
-        say(path + " cannot be opened: " + std::strerror(errno));
-        return false;
-    }
-    return write_to(fd.get(), path, text);
+    return status_done;
 }

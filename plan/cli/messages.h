@@ -1,12 +1,12 @@
-// What the commands share: their statuses, messages, results and factors.
+// What the commands share: their statuses, messages and results.
 #pragma once
 
 #include <sys/types.h>
 
-#include <optional>
 #include <string>
+#include <vector>
 
-#include "calc/config_scales.h"
+#include "kiln/result.h"
 #include "plan/text/say.h"
 
 enum ExitStatus : int {
@@ -16,15 +16,15 @@ enum ExitStatus : int {
     status_io = 3,  // something cannot be read or written
 };
 
-// Writes to the file, which is made with the mode where there is none, or to standard output when
-// the path is empty. Returns false after saying why.
-bool write_result(const std::string& path, const std::string& text, mode_t mode = 0600);
-
-// The two factors, as texts until they are read.
-struct ScaleOptions {
-    std::optional<std::string> memory;
-    std::optional<std::string> disk;
+// A result on its way to a file or to standard output.
+struct Output {
+    std::string path;                 // empty for standard output
+    std::vector<std::string> inputs;  // the files that it was made from
+    mode_t mode = 0600;               // of a new file
 };
 
-// Stores those that were given. Returns false after saying what is wrong with one.
-bool read_scales(const ScaleOptions& options, ConfigScales& scales);
+// Writes all of it. A file that is one of the inputs, or a recording, is refused as it is.
+Kiln::Done write_result(const Output& output, const std::string& text);
+
+// Says the reason, if there is one. Returns status_done or status_io.
+ExitStatus say_trouble(const Kiln::Done& done);

@@ -26,10 +26,10 @@ std::string single(const std::string& name, const char* help, const std::string&
 
 // Seconds with three digits behind the point; before 1970 they are negative.
 std::string seconds_text(std::int64_t milliseconds) {
+    const std::int64_t size = milliseconds < 0 ? -milliseconds : milliseconds;
     char text[48];
     std::snprintf(text, sizeof(text), "%s%lld.%03d", milliseconds < 0 ? "-" : "",
-                  std::abs(static_cast<long long>(milliseconds / 1000)),
-                  std::abs(static_cast<int>(milliseconds % 1000)));
+                  static_cast<long long>(size / 1000), static_cast<int>(size % 1000));
     return text;
 }
 
@@ -85,20 +85,21 @@ std::string coverage_text(const Coverage& coverage) {
 }
 
 int run(const RecordingOptions& options) {
-    RecordedHost host;
-    if (const ExitStatus status = read_recorded_host(options, host)) {
-        return status;
+    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
+    if (!host) {
+        return say_trouble(Kiln::Reason{host.reason()});
     }
-    const Recording& recording = host.recordings.front().recording;
-    const ComputedConfig computed = compute_known_lines(host.scan, host.scales);
+    const Recording& recording = host->recordings.front().recording;
+    const ComputedConfig computed = compute_known_lines(host->scan, options.scales);
     const std::string text = pass_text(recording.header, recording.passes.back()) +
                              limits_text(computed.lines) +
-                             coverage_text(measure_coverage(host.recordings)) +
-                             usage_metrics(host.recordings) + "# EOF\n";
-    if (!write_result(options.out_path, text, everybodys_mode)) {
-        return status_io;
+                             coverage_text(measure_coverage(host->recordings)) +
+                             usage_metrics(host->recordings) + "# EOF\n";
+    const Output output = {options.out_path, options.paths, everybodys_mode};
+    if (const ExitStatus status = say_trouble(write_result(output, text))) {
+        return status;
     }
-    return say_flaws(host, computed);
+    return say_flaws(*host, computed);
 }
 
 }  // namespace

@@ -1,10 +1,32 @@
 #include "plan/cli/recording_command.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <string_view>
 #include <utility>
 
+#include "calc/arguments.h"
+
 namespace {
+
+// A factor as the calculator reads it becomes the digits that are that float and no other.
+const CLI::Validator positive_factor(
+    [](std::string& text) -> std::string {
+        float factor = 0;
+        const ScaleError error = parse_scale(text.c_str(), &factor);
+        if (text.empty() || error == ScaleError::not_a_number) {
+            return "not a numeric value: " + text;
+        }
+        if (error == ScaleError::not_positive || !std::isfinite(factor)) {
+            return "must be positive and finite: " + text;
+        }
+        char digits[32];
+        std::snprintf(digits, sizeof digits, "%.9g", static_cast<double>(factor));
+        text = digits;
+        return {};
+    },
+    "");
 
 // "1G" becomes its bytes; never 0.
 const CLI::Validator size_in_bytes(
@@ -26,47 +48,41 @@ const CLI::Validator size_in_bytes(
 
 }  // namespace
 
-void add_scale_options(CLI::App& app, ScaleOptions& options) {
-    app.add_option("--mem-scale", options.memory, "Factor for counts and memory")
+void add_reading_options(CLI::App& app, ReadingOptions& options) {
+    app.add_option("--mem-scale", options.scales.memory, "Factor for counts and memory")
+        ->transform(positive_factor)
         ->type_name("FACTOR")
-        ->default_str("1.2");
-    app.add_option("--disk-scale", options.disk, "Factor for the disk")
+        ->capture_default_str();
+    app.add_option("--disk-scale", options.scales.disk, "Factor for the disk")
+        ->transform(positive_factor)
         ->type_name("FACTOR")
-        ->default_str("1.5");
-}
-
-void add_size_option(CLI::App& app, std::uint64_t& most_bytes) {
-    app.add_option("--max-size", most_bytes, "Read no recording that is larger")
+        ->capture_default_str();
+    app.add_option("--max-size", options.most_bytes, "Read no recording that is larger")
         ->transform(size_in_bytes)
         ->type_name("SIZE")
         ->default_str("256M");
 }
 
 void add_recording_options(CLI::App& app, RecordingOptions& options) {
-    add_scale_options(app, options.scales);
-    add_size_option(app, options.most_bytes);
-    app.add_option("-o,--out", options.out_path, "Write to this file");
+    add_reading_options(app, options);
+    app.add_option("-o,--out", options.out_path, "Write to this file")->type_name("FILE");
 }
 
-ExitStatus read_recorded_host(const RecordingOptions& options, RecordedHost& host) {
-    if (!read_scales(options.scales, host.scales)) {
-        return status_usage;
-    }
+Kiln::Result<RecordedHost> read_recorded_host(const RecordingOptions& options) {
+    RecordedHost host;
     for (const std::string& path : options.paths) {
         Kiln::Result<NamedRecording> read = read_recording(path, options.most_bytes);
         if (!read) {
-            say(read.reason());
-            return status_io;
+            return Kiln::Reason{read.reason()};
         }
         host.recordings.push_back(std::move(*read));
     }
     Kiln::Result<CombinedScan> combined = combine(host.recordings);
     if (!combined) {
-        say(combined.reason());
-        return status_io;
+        return Kiln::Reason{combined.reason()};
     }
     host.scan = std::move(*combined);
-    return status_done;
+    return Kiln::Result<RecordedHost>(std::move(host));
 }
 
 ExitStatus say_flaws(const RecordedHost& host, const ComputedConfig& computed) {

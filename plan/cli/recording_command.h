@@ -5,32 +5,35 @@
 #include <string>
 #include <vector>
 
+#include "calc/config_scales.h"
 #include "plan/cli/commands.h"
 #include "plan/recording/combined_scan.h"
 #include "plan/recording/recording_files.h"
 
-struct RecordingOptions {
-    ScaleOptions scales;
+// How recordings are read and computed.
+struct ReadingOptions {
+    ConfigScales scales;
     std::uint64_t most_bytes = usual_most_bytes;  // of one recording
+};
+
+struct RecordingOptions : ReadingOptions {
     std::string out_path;
     std::vector<std::string> paths;
 };
 
-void add_scale_options(CLI::App& app, ScaleOptions& options);
-void add_size_option(CLI::App& app, std::uint64_t& most_bytes);
+void add_reading_options(CLI::App& app, ReadingOptions& options);
 
 // These and the file for the result, but not the recordings.
 void add_recording_options(CLI::App& app, RecordingOptions& options);
 
-// The recordings of one host, what they come to, and the factors to compute with.
+// The recordings of one host, and what they come to.
 struct RecordedHost {
-    ConfigScales scales;
     std::vector<NamedRecording> recordings;
     CombinedScan scan;
 };
 
-// Reads what the options name. Returns status_done, or another after saying what is wrong.
-ExitStatus read_recorded_host(const RecordingOptions& options, RecordedHost& host);
+// Reads what the options name. The reason says what is wrong.
+Kiln::Result<RecordedHost> read_recorded_host(const RecordingOptions& options);
 
 // Says what is wrong with what was computed. Returns the status that this gives.
 ExitStatus say_flaws(const RecordedHost& host, const ComputedConfig& computed);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kiln/plain_file.h"
+#include "kiln/strings.h"
 #include "plan/cli/commands.h"
 #include "plan/cli/recording_command.h"
 #include "plan/report/report_page.h"
@@ -14,13 +15,11 @@
 
 namespace {
 
-struct Options {
+struct Options : ReadingOptions {
     bool csv = false;
     bool text = false;
     std::string title;
     std::string out_path;
-    ScaleOptions scales;
-    std::uint64_t most_bytes = usual_most_bytes;  // of one recording
     std::vector<std::string> paths;
 };
 
@@ -36,17 +35,16 @@ std::string read_reason(const std::string& path) {
 }
 
 // One server at a time: its recording is given up before the next is read.
-ReportServer read_server(const ReportSource& source, ConfigScales scales,
-                         std::uint64_t most_bytes) {
+ReportServer read_server(const ReportSource& source, const Options& options) {
     const std::string reason = source.reason.empty() ? "" : read_reason(source.reason);
     if (source.recording.empty()) {
         return failed_server(source.server, reason);
     }
-    Kiln::Result<NamedRecording> recording = read_recording(source.recording, most_bytes);
+    Kiln::Result<NamedRecording> recording = read_recording(source.recording, options.most_bytes);
     if (!recording) {
         return failed_server(source.server, reason.empty() ? recording.reason() : reason);
     }
-    ReportServer server = report_server(source.server, std::move(*recording), scales);
+    ReportServer server = report_server(source.server, std::move(*recording), options.scales);
     if (!reason.empty()) {
         add_reason(server, reason);
     }
@@ -57,8 +55,9 @@ ReportServer read_server(const ReportSource& source, ConfigScales scales,
 bool all_done(const ReportFleet& fleet) {
     bool done = true;
     for (const ReportServer& server : fleet.servers) {
-        if (server.state != ServerState::done) {
-            say(server.name + ": " + name_of(server.state) + ": " + server.reason);
+        if (server.state != State::done) {
+            say(server.name + ": " + name_of(server.state) + ": " +
+                Kiln::join("; ", Kiln::split("\n", server.reason, 0)));
             done = false;
         }
     }
@@ -72,35 +71,47 @@ std::string written(const ReportFleet& fleet, const Options& options) {
     return options.text ? text_table(fleet) : report_page(fleet);
 }
 
-int run(const Options& options) {
-    ReportFleet fleet{options.title, utc_text(std::time(nullptr)), TARN_VERSION, {}};
-    ConfigScales scales;
-    if (!read_scales(options.scales, scales)) {
-        return status_usage;
-    }
-    if (!options.csv && !options.text && !has_page()) {
-        say("this program was built without the page; there are --csv and --text");
-        return status_usage;
-    }
-    std::vector<ReportSource> sources;
-    const std::string error = find_report_sources(options.paths, sources);
-    if (!error.empty()) {
-        say(error);
-        return status_io;
-    }
-    if (sources.empty()) {
-        say("there is neither a NAME.jsonl nor a NAME.failed");
-        return status_io;
-    }
+// What must not be written over.
+std::vector<std::string> files_of(const std::vector<ReportSource>& sources) {
+    std::vector<std::string> files;
     for (const ReportSource& source : sources) {
-        fleet.servers.push_back(read_server(source, scales, options.most_bytes));
+        for (const std::string* path : {&source.recording, &source.reason}) {
+            if (!path->empty()) {
+                files.push_back(*path);
+            }
+        }
+    }
+    return files;
+}
+
+ReportFleet read_fleet(const std::vector<ReportSource>& sources, const Options& options) {
+    ReportFleet fleet{options.title, utc_text(std::time(nullptr)), TARN_VERSION, {}};
+    for (const ReportSource& source : sources) {
+        fleet.servers.push_back(read_server(source, options));
     }
     warn_of_same_hosts(fleet.servers);
     if (fleet.title.empty()) {
         fleet.title = fleet.servers.size() == 1 ? fleet.servers[0].name : "Servers";
     }
-    if (!write_result(options.out_path, written(fleet, options))) {
-        return status_io;
+    return fleet;
+}
+
+int run(const Options& options) {
+    if (!options.csv && !options.text && !has_page()) {
+        say("this program was built without the page; there are --csv and --text");
+        return status_usage;
+    }
+    const Kiln::Result<std::vector<ReportSource>> sources = find_report_sources(options.paths);
+    if (!sources) {
+        return say_trouble(Kiln::Reason{sources.reason()});
+    }
+    if (sources->empty()) {
+        return say_trouble(Kiln::Reason{"there is neither a NAME.jsonl nor a NAME.failed"});
+    }
+    const ReportFleet fleet = read_fleet(*sources, options);
+    const Output output = {options.out_path, files_of(*sources)};
+    if (const ExitStatus status = say_trouble(write_result(output, written(fleet, options)))) {
+        return status;
     }
     return all_done(fleet) ? status_done : status_flawed;
 }
@@ -114,8 +125,7 @@ Command add_report(CLI::App& program) {
     app->add_flag("--text", options->text, "Write a table for a terminal")->excludes(csv);
     app->add_option("--title", options->title, "What stands above the page")->type_name("TITLE");
     app->add_option("-o,--out", options->out_path, "Write to this file");
-    add_scale_options(*app, options->scales);
-    add_size_option(*app, options->most_bytes);
+    add_reading_options(*app, *options);
     app->add_option("recording", options->paths,
                     "Recordings, folders of NAME.jsonl and NAME.failed")
         ->required();

@@ -14,12 +14,12 @@ struct Options {
 int run(const Options& options) {
     const Kiln::Result<GroupFiles> read = read_control_group(options.group);
     if (!read) {
-        say(read.reason());
-        return status_io;
+        return say_trouble(Kiln::Reason{read.reason()});
     }
-    const Verdict verdict = judge(parse_control_group(*read));
-    if (!write_result({}, options.json ? verdict_json(verdict) : verdict_text(verdict))) {
-        return status_io;
+    const GroupVerdict verdict = judge(parse_control_group(*read));
+    const std::string text = options.json ? verdict_json(verdict) : verdict_text(verdict);
+    if (const ExitStatus status = say_trouble(write_result({}, text))) {
+        return status;
     }
     return verdict.all_fit ? status_done : status_flawed;
 }

@@ -1,6 +1,9 @@
 #include "plan/explain/count_summary.h"
 
 #include <algorithm>
+#include <iterator>
+
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -10,8 +13,13 @@ constexpr std::size_t telling_passes = 10;
 constexpr double steady_ratio = 1.1;  // of the peak to the median
 constexpr double jumping_ratio = 2.0;
 constexpr std::int32_t jumping_least = 10;  // smaller jumps are none
-constexpr double rising_ratio = 1.05;       // of the last third's largest to the first third's
+constexpr double rising_ratio = 1.05;       // of the last third's median to the first third's
 constexpr double late_share = 0.9;          // of the time watched
+constexpr double late_ratio = 1.05;         // of a late peak to what was seen before it
+
+// What no host has none of: the one that counts is a process that has memory and open files.
+constexpr CountField never_zero[] = {&PhysParams::numproc, &PhysParams::numfile,
+                                     &PhysParams::privvmpages};
 
 struct Observation {
     std::int64_t time_ms;  // since the epoch
@@ -44,31 +52,45 @@ bool is_less(const Observation& a, const Observation& b) {
     return a.value < b.value;
 }
 
-std::int32_t median_of(std::vector<Observation> observations) {
-    const auto middle = observations.begin() + static_cast<std::ptrdiff_t>(observations.size() / 2);
-    std::nth_element(observations.begin(), middle, observations.end(), is_less);
-    return middle->value;
+using Iterator = std::vector<Observation>::const_iterator;
+
+// The value that so many quarters of them are below.
+std::int32_t quarter_of(Iterator first, Iterator last, std::ptrdiff_t quarters) {
+    std::vector<Observation> observations(first, last);
+    const auto size = static_cast<std::ptrdiff_t>(observations.size());
+    const auto at = observations.begin() + std::min(size * quarters / 4, size - 1);
+    std::nth_element(observations.begin(), at, observations.end(), is_less);
+    return at->value;
 }
 
-// The largest value of one third of the passes.
-std::int32_t largest_of_third(const std::vector<Observation>& observations, std::size_t third) {
-    const auto at = [&](std::size_t part) {
-        return observations.begin() + static_cast<std::ptrdiff_t>(observations.size() * part / 3);
-    };
-    return std::max_element(at(third), at(third + 1), is_less)->value;
+std::int32_t median_of(Iterator first, Iterator last) {
+    return quarter_of(first, last, 2);
 }
 
+// Each third is mostly above the one before it, by more than the values within a third differ, and
+// the last third rises in itself: neither noise nor a step that was made long ago does that.
 bool is_rising(const std::vector<Observation>& observations) {
-    const std::int32_t first = largest_of_third(observations, 0);
-    const std::int32_t second = largest_of_third(observations, 1);
-    const std::int32_t third = largest_of_third(observations, 2);
-    return first < second && second < third && third >= first * rising_ratio;
+    const auto edge = [&](std::size_t sixth) {
+        return observations.begin() + static_cast<std::ptrdiff_t>(observations.size() * sixth / 6);
+    };
+    const std::int32_t first = median_of(edge(0), edge(2));
+    const std::int32_t second = median_of(edge(2), edge(4));
+    const std::int32_t third = median_of(edge(4), edge(6));
+    return first < second && second < third && third >= first * rising_ratio &&
+           quarter_of(edge(0), edge(2), 3) < quarter_of(edge(4), edge(6), 1) &&
+           median_of(edge(4), edge(5)) < median_of(edge(5), edge(6));
 }
 
-bool is_late(const std::vector<Observation>& observations, std::int64_t peak_ms) {
+// Whether the last tenth of the time saw clearly more than all before it.
+bool is_late(const std::vector<Observation>& observations, const Peak& peak) {
     const std::int64_t begin = observations.front().time_ms;
     const auto watched = static_cast<double>(observations.back().time_ms - begin);
-    return static_cast<double>(peak_ms - begin) >= late_share * watched;
+    const auto late =
+        std::find_if(observations.begin(), observations.end(), [&](const Observation& observation) {
+            return static_cast<double>(observation.time_ms - begin) >= late_share * watched;
+        });
+    return late != observations.begin() && peak.time_ms >= late->time_ms &&
+           peak.value >= std::max_element(observations.begin(), late, is_less)->value * late_ratio;
 }
 
 void add_remarks(const std::vector<Observation>& observations, CountSummary& summary) {
@@ -78,16 +100,27 @@ void add_remarks(const std::vector<Observation>& observations, CountSummary& sum
     const std::int32_t most = summary.peak->value;
     if (is_rising(observations)) {
         summary.remarks.emplace_back("it was still rising at the end: watch longer");
-    } else if (summary.least < most && is_late(observations, summary.peak->time_ms)) {
+    } else if (summary.least < most && is_late(observations, *summary.peak)) {
         summary.remarks.emplace_back("the peak came in the last tenth of the time: watch longer");
     }
-    summary.may_grow = !summary.remarks.empty();
     if (most <= summary.median * steady_ratio) {
-        summary.remarks.emplace_back("it varies little");
+        summary.notes.emplace_back("it varies little");
     } else if (most >= summary.median * jumping_ratio &&
                std::int64_t{most} - summary.median >= jumping_least) {
-        summary.remarks.push_back("it jumps: half of the time at most " +
-                                  std::to_string(summary.median));
+        summary.notes.push_back("it jumps: half of the time at most " +
+                                amount_text(summary, summary.median));
+    }
+}
+
+void add_flaws(CountSummary& summary) {
+    const auto is_it = [&](CountField field) { return field == summary.count->field; };
+    summary.impossible_zero = summary.peak->value == 0 &&
+                              std::any_of(std::begin(never_zero), std::end(never_zero), is_it);
+    if (summary.impossible_zero) {
+        summary.flaws.emplace_back("no pass saw any, which cannot be: see what its command prints");
+    }
+    if (summary.least < 0) {
+        summary.flaws.emplace_back("a pass counted less than 0: more than fits into 32 bits");
     }
 }
 
@@ -104,12 +137,23 @@ CountSummary summarize(const std::vector<NamedRecording>& recordings, std::size_
     const Observation& most = *std::max_element(observations.begin(), observations.end(), is_less);
     summary.peak = Peak{most.value, most.time_ms, most.at_ms, most.pass, most.recording};
     summary.least = std::min_element(observations.begin(), observations.end(), is_less)->value;
-    summary.median = median_of(observations);
+    summary.median = median_of(observations.begin(), observations.end());
+    for (const Observation& observation : observations) {
+        summary.mean += observation.value / static_cast<double>(observations.size());
+    }
+    add_flaws(summary);
     add_remarks(observations, summary);
     return summary;
 }
 
 }  // namespace
+
+std::string amount_text(const CountSummary& summary, std::int32_t value) {
+    if (summary.unit_bytes == 0 || value < 0) {
+        return grouped(value) + " " + summary.count->label;
+    }
+    return size_text(static_cast<double>(summary.unit_bytes) * value) + " (" + grouped(value) + ")";
+}
 
 std::vector<CountSummary> summarize_counts(const std::vector<NamedRecording>& recordings,
                                            std::int32_t page_size) {

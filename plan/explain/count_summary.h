@@ -23,9 +23,15 @@ struct CountSummary {
     std::optional<Peak> peak;     // none when no pass has it
     std::int32_t least = 0;
     std::int32_t median = 0;
-    std::vector<std::string> remarks;  // steady or jumping, a late peak, still rising
-    bool may_grow = false;             // more may be to come: then the first remark says why
+    double mean = 0;
+    std::vector<std::string> flaws;    // the numbers themselves are wrong
+    std::vector<std::string> remarks;  // more may be to come: watch longer
+    std::vector<std::string> notes;    // whether it is steady or jumps
+    bool impossible_zero = false;      // every pass counted 0 of what each host has
 };
+
+// "12,480 processes", or for memory and disks "1.2 GiB (317,000)".
+std::string amount_text(const CountSummary& summary, std::int32_t value);
 
 // In the order of sampled_counts.
 std::vector<CountSummary> summarize_counts(const std::vector<NamedRecording>& recordings,

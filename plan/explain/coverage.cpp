@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "plan/text/printable.h"
+
 namespace {
 
 constexpr int complete = 5;
@@ -34,21 +36,54 @@ std::int64_t mean_took_ms(const Recording& recording) {
     return passes > 0 ? mean + rest / passes : 0;
 }
 
+// A part of a recording's time in which the same spans were in force.
+struct Part {
+    ScanSpans spans;
+    std::int64_t from_ms;
+    std::int64_t to_ms;
+};
+
 // From the beginning of one pass to that of the next.
-std::int64_t interval_ms(const Recording& recording) {
-    const ScanSpans spans = recording.spans();
-    return std::int64_t{std::min(spans.time, spans.period)} * 1000 + mean_took_ms(recording);
+std::int64_t interval_ms(ScanSpans spans, std::int64_t took_ms) {
+    return std::int64_t{std::min(spans.time, spans.period)} * 1000 + took_ms;
 }
 
-// One at the start, one after each interval, and one at the end where that is a while after. A scan
-// counts whole seconds, so within a second of the end there may be none.
-std::int64_t planned_passes(const Recording& recording) {
-    const std::int64_t time_ms = std::int64_t{recording.spans().time} * 1000;
-    const std::int64_t interval = interval_ms(recording);
-    if (time_ms == 0 || interval == 0) {
-        return 1;
+// The last one ends with the scan time, each other where a recorder went on with other spans.
+std::vector<Part> parts_of(const Recording& recording) {
+    const std::int64_t end_ms = std::int64_t{recording.spans().time} * 1000;
+    std::vector<Part> parts = {{recording.header.spans, 0, end_ms}};
+    for (const Continuation& continuation : recording.continuations) {
+        const std::int64_t at_ms = std::clamp(continuation.at_ms, parts.back().from_ms, end_ms);
+        const ScanSpans before = parts.back().spans;
+        if (continuation.spans.time == before.time && continuation.spans.period == before.period) {
+            continue;
+        }
+        parts.back().to_ms = at_ms;
+        parts.push_back({continuation.spans, at_ms, end_ms});
     }
-    return time_ms / interval + (time_ms % interval >= 1000 ? 2 : 1);
+    return parts;
+}
+
+// One at the start, one after each interval, and at the very end one where that is a while after. A
+// scan counts whole seconds, so within a second of the end there may be none.
+std::int64_t planned_passes(const Part& part, std::int64_t took_ms, bool is_last) {
+    const std::int64_t time_ms = part.to_ms - part.from_ms;
+    const std::int64_t interval = interval_ms(part.spans, took_ms);
+    if (time_ms == 0 || interval == 0) {
+        return is_last || part.from_ms == 0 ? 1 : 0;
+    }
+    return time_ms / interval + (time_ms % interval >= 1000 ? 1 : 0) + (is_last ? 1 : 0);
+}
+
+std::int64_t planned_passes(const Recording& recording) {
+    const std::int64_t took_ms = mean_took_ms(recording);
+    const std::vector<Part> parts = parts_of(recording);
+    std::int64_t planned = 0;
+    for (const Part& part : parts) {
+        planned += planned_passes(part, took_ms, &part == &parts.back());
+    }
+    // What was taken was planned: passes may become quicker.
+    return std::max(planned, static_cast<std::int64_t>(recording.passes.size()));
 }
 
 // "1:02:03"
@@ -70,21 +105,29 @@ private:
 
     Coverage coverage_;
     std::int64_t time_ms_ = 0;
-    std::int64_t interval_ms_ = 0;  // of the recording that is being added
+    std::vector<Part> parts_;  // of the recording that is being added
+    std::int64_t took_ms_ = 0;
 };
 
 // A stretch of one interval is none of the gaps.
 void Measurement::add_stretch(std::size_t index, std::int64_t from_ms, std::int64_t to_ms) {
     const std::int64_t stretch = to_ms - from_ms;
     coverage_.longest_gap_ms = std::max(coverage_.longest_gap_ms, stretch);
-    if (stretch > interval_ms_ + interval_ms_ / 2 + 1000) {
+    std::int64_t interval = 0;  // the longest of those in force
+    for (const Part& part : parts_) {
+        if (part.from_ms <= to_ms && from_ms <= part.to_ms) {
+            interval = std::max(interval, interval_ms(part.spans, took_ms_));
+        }
+    }
+    if (stretch > interval + interval / 2 + 1000) {
         coverage_.gaps.push_back({index, from_ms, to_ms});
     }
 }
 
 void Measurement::add(const Recording& recording, std::size_t index) {
     const std::int64_t end_ms = std::int64_t{recording.spans().time} * 1000;
-    interval_ms_ = interval_ms(recording);
+    parts_ = parts_of(recording);
+    took_ms_ = mean_took_ms(recording);
     coverage_.planned += planned_passes(recording);
     time_ms_ += end_ms;
     std::int64_t last_ms = 0;
@@ -139,11 +182,11 @@ const char* grade_name(int grade) {
 
 std::string coverage_in_words(const Coverage& coverage) {
     std::string text = "coverage: " + std::to_string(coverage.grade) + " of 5, " +
-                       grade_name(coverage.grade) + ": " + std::to_string(coverage.taken) + " of " +
-                       std::to_string(coverage.planned) + " passes, longest gap " +
+                       grade_name(coverage.grade) + ": " + grouped(coverage.taken) + " of " +
+                       grouped(coverage.planned) + " passes, longest gap " +
                        duration_text(coverage.longest_gap_ms);
     if (coverage.failed > 0) {
-        text += ", failed " + std::to_string(coverage.failed);
+        text += ", failed " + grouped(coverage.failed);
     }
     return text;
 }

@@ -27,5 +27,8 @@ Coverage measure_coverage(const std::vector<NamedRecording>& recordings);
 
 const char* grade_name(int grade);
 
+// What is below says too little of the time that was to be watched.
+constexpr int least_usable_grade = 3;
+
 // For a person: "coverage: 4 of 5, good: 97 of 100 passes, longest gap 0:35:00, failed 1"
 std::string coverage_in_words(const Coverage& coverage);

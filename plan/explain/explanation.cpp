@@ -1,9 +1,12 @@
 #include "plan/explain/explanation.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <limits>
+#include <map>
 
+#include "plan/explain/derivation.h"
 #include "plan/text/printable.h"
 
 namespace {
@@ -18,7 +21,7 @@ std::string amount_text(std::uint64_t number, const LineFacts& line, std::int32_
     }
     const std::int64_t bytes = bytes_of(line.unit, page_size);
     if (bytes == 0) {
-        return std::to_string(number) + " " + line.label;
+        return grouped(static_cast<std::int64_t>(number)) + " " + line.label;
     }
     return size_text(static_cast<double>(number) * static_cast<double>(bytes));
 }
@@ -53,6 +56,13 @@ std::string value_of(const ConfigLine& line) {
     return line.text;
 }
 
+// "712.3"
+std::string one_decimal(double number) {
+    char text[64];
+    std::snprintf(text, sizeof(text), "%.1f", number);
+    return text;
+}
+
 std::optional<float> factor_of(const Count& count, ConfigScales scales) {
     switch (count.factor) {
         case Factor::memory:
@@ -67,23 +77,30 @@ std::optional<float> factor_of(const Count& count, ConfigScales scales) {
     return {};
 }
 
-std::string seen_text(const CountSummary& count) {
-    if (!count.peak) {
-        return {};
+// What became of a number that did not fit; null where it did.
+const char* misfit_of(const ConfigLine& line) {
+    if (line.kind == LineFacts::Kind::text) {
+        return nullptr;
     }
-    const std::string number = std::to_string(count.peak->value);
-    if (count.unit_bytes == 0 || count.peak->value < 0) {
-        return number + " " + count.count->label;
+    if (line.wrapped || line.barrier >= first_negative) {
+        return "the number did not fit into 32 bits and wrapped around";
     }
-    const auto bytes = static_cast<double>(count.unit_bytes) * count.peak->value;
-    return size_text(bytes) + " (" + number + ")";
+    const bool is_clamped =
+        line.barrier == most_int32 || (line.limit == most_int32 && has_own_limit(line));
+    return is_clamped ? "the number was clamped to the largest of 32 bits" : nullptr;
 }
 
 class Explainer {
 public:
     Explainer(const CombinedScan& scan, ConfigScales scales,
-              const std::vector<CountSummary>& counts)
-        : scan_(scan), scales_(scales), counts_(counts) {}
+              const std::vector<CountSummary>& counts, const std::vector<ConfigLine>& lines)
+        : scan_(scan), scales_(scales), counts_(counts), derivations_(lines, scan, scales) {
+        for (const ConfigLine& line : lines) {
+            if (const char* misfit = misfit_of(line)) {
+                misfits_[line.name] = misfit;
+            }
+        }
+    }
 
     LineExplanation explain(const ConfigLine& line) const;
 
@@ -94,11 +111,13 @@ private:
     void explain_average(LineExplanation& explanation) const;
     void explain_quotas(LineExplanation& explanation) const;
     void explain_from_others(const ConfigLine& line, LineExplanation& explanation) const;
-    void add_overflow_remarks(const ConfigLine& line, LineExplanation& explanation) const;
+    void add_misfit_remarks(LineExplanation& explanation) const;
 
     const CombinedScan& scan_;
     const ConfigScales scales_;
     const std::vector<CountSummary>& counts_;
+    const Derivations derivations_;
+    std::map<std::string, std::string> misfits_;  // by the lines, what became of their numbers
 };
 
 void Explainer::explain_from_others(const ConfigLine& line, LineExplanation& explanation) const {
@@ -108,6 +127,7 @@ void Explainer::explain_from_others(const ConfigLine& line, LineExplanation& exp
             explanation.made_from.emplace_back(source->line);
         }
     }
+    explanation.derivation = derivations_.words_of(line);
 }
 
 void Explainer::explain_average(LineExplanation& explanation) const {
@@ -115,10 +135,11 @@ void Explainer::explain_average(LineExplanation& explanation) const {
     const bool is_floor =
         scales_.memory * scan_.profile.avnumproc <= static_cast<float>(*explanation.floor);
     explanation.basis = is_floor ? Basis::floor : Basis::measurement;
-    char text[64];
-    std::snprintf(text, sizeof(text), "%.1f %s", static_cast<double>(scan_.profile.avnumproc),
-                  average_count.label);
-    explanation.seen = text;
+    explanation.seen =
+        one_decimal(static_cast<double>(scan_.profile.avnumproc)) + " " + average_count.label;
+    explanation.notes.push_back(
+        "this is the mean of the largest number up to each pass; the mean of the passes is " +
+        one_decimal(counts_[place_of(&PhysParams::numproc)].mean));
 }
 
 void Explainer::explain_quotas(LineExplanation& explanation) const {
@@ -134,7 +155,8 @@ void Explainer::explain_sampled_count(const CountSummary& summary, const ConfigL
     const Count& count = *summary.count;
     explanation.count = count.name;
     explanation.peak = summary.peak;
-    explanation.seen = seen_text(summary);
+    explanation.seen = summary.peak ? amount_text(summary, summary.peak->value) : "";
+    explanation.remarks = summary.flaws;
     if (count.field == &PhysParams::diskinodes && scan_.reiserfs_found) {
         explanation.basis = Basis::finding;
         explanation.remarks.emplace_back("reiserfs counts no inodes: the number is a guess");
@@ -148,7 +170,9 @@ void Explainer::explain_sampled_count(const CountSummary& summary, const ConfigL
         explanation.basis = Basis::floor;
     } else {
         explanation.basis = Basis::measurement;
-        explanation.remarks = summary.remarks;
+        explanation.remarks.insert(explanation.remarks.end(), summary.remarks.begin(),
+                                   summary.remarks.end());
+        explanation.notes = summary.notes;
     }
 }
 
@@ -169,14 +193,17 @@ void Explainer::explain_own_count(const ConfigLine& line, LineExplanation& expla
     }
 }
 
-void Explainer::add_overflow_remarks(const ConfigLine& line, LineExplanation& explanation) const {
-    if (line.kind == LineFacts::Kind::text) {
+// Its own number, or else one that it is made from.
+void Explainer::add_misfit_remarks(LineExplanation& explanation) const {
+    if (const auto own = misfits_.find(explanation.name); own != misfits_.end()) {
+        explanation.remarks.push_back(own->second);
         return;
     }
-    if (line.wrapped || line.barrier >= first_negative) {
-        explanation.remarks.emplace_back("the number did not fit into 32 bits and wrapped around");
-    } else if (line.barrier == most_int32 || (line.limit == most_int32 && has_own_limit(line))) {
-        explanation.remarks.emplace_back("the number was clamped to the largest of 32 bits");
+    for (const std::string& part : Derivations::parts_of(explanation.name)) {
+        if (misfits_.count(part) != 0 && explanation.basis == Basis::derived) {
+            explanation.remarks.push_back("it is made from " + part + ": there " +
+                                          misfits_.at(part));
+        }
     }
 }
 
@@ -207,7 +234,10 @@ LineExplanation Explainer::explain(const ConfigLine& line) const {
         line.sources.front().floor.place == Floor::Place::behind_factor) {
         explanation.factor.reset();
     }
-    add_overflow_remarks(line, explanation);
+    if (is_odd_for_a_shell(line)) {
+        explanation.remarks.emplace_back("a shell that reads the configuration acts on this text");
+    }
+    add_misfit_remarks(explanation);
     return explanation;
 }
 
@@ -217,6 +247,44 @@ LineExplanation explain_missing(const MissingLine& missing) {
     explanation.basis = Basis::missing;
     explanation.remarks.push_back(missing.reason);
     return explanation;
+}
+
+// The host's detection script said nothing; the warning says why.
+LineExplanation explain_no_distribution(const PhysParams& profile) {
+    LineExplanation explanation = explain_missing({"DISTRIBUTION", "the host did not name it"});
+    for (const TarnACalculateHWNodeWarning& warning : profile.notes.warnings) {
+        if (warning.code == 0) {  // of the distribution
+            explanation.remarks.push_back(warning.message);
+        }
+    }
+    return explanation;
+}
+
+// The verdict has said why there is no last line.
+std::vector<std::string> remarks_on(const std::vector<NamedRecording>& recordings,
+                                    const Explanation& explanation,
+                                    const std::vector<std::string>& flaws) {
+    std::vector<std::string> remarks;
+    const auto add = [&](const std::string& text) {
+        const std::vector<std::string>& reasons = explanation.verdict.reasons;
+        if (std::find(reasons.begin(), reasons.end(), text) == reasons.end() &&
+            std::find(remarks.begin(), remarks.end(), text) == remarks.end()) {
+            remarks.push_back(text);
+        }
+    };
+    for (const std::string& flaw : flaws) {
+        add(flaw);
+    }
+    for (const NamedRecording& named : recordings) {
+        for (const CheckResult& check : named.recording.checks) {
+            for (const CheckFinding& finding : check.findings) {
+                if (finding.lines.empty()) {
+                    add("the check found: " + finding.text);
+                }
+            }
+        }
+    }
+    return remarks;
 }
 
 }  // namespace
@@ -239,15 +307,20 @@ Explanation explain(const std::vector<NamedRecording>& recordings, const Combine
     explanation.counts = summarize_counts(recordings, scan.page_size);
     explanation.coverage = measure_coverage(recordings);
     const ComputedConfig computed = compute_known_lines(scan, scales);
-    const Explainer explainer(scan, scales, explanation.counts);
+    const Explainer explainer(scan, scales, explanation.counts, computed.lines);
     for (const ConfigLine& line : computed.lines) {
         if (line.kind != LineFacts::Kind::text || !line.text.empty()) {
             explanation.lines.push_back(explainer.explain(line));
+        } else if (line.step == OneShotStep::distribution) {
+            explanation.lines.push_back(explain_no_distribution(scan.profile));
         }
     }
     for (const MissingLine& missing : computed.missing) {
         explanation.lines.push_back(explain_missing(missing));
     }
-    explanation.remarks = find_flaws(recordings, scan, computed);
+    explanation.verdict =
+        judge(recordings, scan, computed, explanation.coverage, explanation.counts);
+    explanation.remarks =
+        remarks_on(recordings, explanation, find_flaws(recordings, scan, computed));
     return explanation;
 }

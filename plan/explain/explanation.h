@@ -10,6 +10,7 @@
 #include "calc/container_config.h"
 #include "plan/explain/count_summary.h"
 #include "plan/explain/coverage.h"
+#include "plan/explain/verdict.h"
 #include "plan/recording/combined_scan.h"
 
 // What decided the value of a line.
@@ -37,7 +38,9 @@ struct LineExplanation {
     std::optional<std::uint64_t> limit;    // of a pair, or the only number
     std::string meaning;                   // in human terms: "16.4 GiB", "288 processes"
     std::vector<std::string> made_from;    // of a derived line: the lines behind it
+    std::string derivation;                // and how: the term that decided, and those it beat
     std::vector<std::string> remarks;      // what deserves a look
+    std::vector<std::string> notes;        // what is good to know
 };
 
 struct Explanation {
@@ -45,7 +48,8 @@ struct Explanation {
     std::vector<LineExplanation> lines;  // in the order of the configuration, the missing ones last
     std::vector<CountSummary> counts;    // in the order of sampled_counts
     Coverage coverage;
-    std::vector<std::string> remarks;  // on the whole: failed passes, failed steps
+    Verdict verdict;
+    std::vector<std::string> remarks;  // on the whole, beside the reasons of the verdict
 };
 
 // What every container gets of a count at least.

@@ -54,8 +54,16 @@ ordered_json line_json(const LineExplanation& line) {
     object["factor"] = optional_factor(line.factor);
     object["margin"] = optional_factor(line.margin);
     object["made_from"] = texts_to_json(line.made_from);
+    object["derivation"] = line.derivation;
     object["remarks"] = texts_to_json(line.remarks);
+    object["notes"] = texts_to_json(line.notes);
     return object;
+}
+
+std::vector<std::string> all_remarks(const CountSummary& summary) {
+    std::vector<std::string> remarks = summary.flaws;
+    remarks.insert(remarks.end(), summary.remarks.begin(), summary.remarks.end());
+    return remarks;
 }
 
 ordered_json count_json(const CountSummary& summary) {
@@ -69,7 +77,9 @@ ordered_json count_json(const CountSummary& summary) {
     object["peak"] = peak_json(summary.peak);
     object["least"] = summary.least;
     object["median"] = summary.median;
-    object["remarks"] = texts_to_json(summary.remarks);
+    object["mean"] = summary.mean;
+    object["remarks"] = texts_to_json(all_remarks(summary));
+    object["notes"] = texts_to_json(summary.notes);
     return object;
 }
 
@@ -92,6 +102,8 @@ ordered_json coverage_json(const Coverage& coverage) {
 ordered_json explanation_json(const Explanation& explanation) {
     ordered_json object;
     object["host"] = text_to_json(explanation.host);
+    object["state"] = name_of(explanation.verdict.state);
+    object["reasons"] = texts_to_json(explanation.verdict.reasons);
     object["coverage"] = coverage_json(explanation.coverage);
     object["remarks"] = texts_to_json(explanation.remarks);
     object["lines"] = list_to_json(explanation.lines, line_json);

@@ -3,24 +3,26 @@
 #include <algorithm>
 #include <optional>
 
+#include "plan/text/printable.h"
+
 namespace {
 
 constexpr const char* no_findings = "there is no recording with its last line";
 
-// Why the second recording cannot be taken for one of the host of the first; empty when it can.
-std::string difference(const NamedRecording& first, const NamedRecording& second) {
+// Whether the second recording can be one of the host of the first.
+Kiln::Done check_same_host(const NamedRecording& first, const NamedRecording& second) {
     const RecordingHeader& a = first.recording.header;
     const RecordingHeader& b = second.recording.header;
     const std::string names = first.name + " and " + second.name;
     if (a.host != b.host) {
-        return names + " are of two hosts: " + a.host + " and " + b.host;
+        return Kiln::Reason{names + " are of two hosts: " + a.host + " and " + b.host};
     }
     if (a.machine != b.machine) {
-        return names + " are of two machines: " + a.machine + " and " + b.machine;
+        return Kiln::Reason{names + " are of two machines: " + a.machine + " and " + b.machine};
     }
     if (a.page_size != b.page_size) {
-        return names + " differ in the page size: " + std::to_string(a.page_size) + " and " +
-               std::to_string(b.page_size);
+        return Kiln::Reason{names + " differ in the page size: " + std::to_string(a.page_size) +
+                            " and " + std::to_string(b.page_size)};
     }
     return {};
 }
@@ -91,11 +93,12 @@ void keep_findings(const Findings& findings, CombinedScan& scan) {
     }
 }
 
-// Why the step's line cannot be computed; empty when it can.
-std::string missing_finding(const CombinedScan& scan, OneShotStep step) {
-    // The first line of a recording has the host name as well.
+// Why the step's line cannot be computed; nothing when it can.
+std::optional<std::string> missing_finding(const CombinedScan& scan, OneShotStep step) {
     if (!scan.has_findings) {
-        return step == OneShotStep::host_name ? "" : no_findings;
+        // The first line of a recording has the host name as well.
+        return step == OneShotStep::host_name ? std::nullopt
+                                              : std::optional<std::string>(no_findings);
     }
     for (const StepFailure& failure : scan.failures) {
         if (failure.step == step) {
@@ -111,7 +114,7 @@ bool was_seen(const CombinedScan& scan, const Count& count) {
     return place == sampled_count_number || scan.seen.test(place);
 }
 
-std::string missing_count(const CombinedScan& scan, const ConfigLine& line) {
+std::optional<std::string> missing_count(const CombinedScan& scan, const ConfigLine& line) {
     for (const Count* source : line.sources) {
         if (!was_seen(scan, *source)) {
             return std::string("no pass counted ") + source->name;
@@ -120,28 +123,11 @@ std::string missing_count(const CombinedScan& scan, const ConfigLine& line) {
     return {};
 }
 
-std::string why_missing(const CombinedScan& scan, const ConfigLine& line) {
+std::optional<std::string> why_missing(const CombinedScan& scan, const ConfigLine& line) {
+    if (has_control_characters(line.text)) {  // it would be another line, or none
+        return "its text has a control character: " + printable(line.text);
+    }
     return line.step ? missing_finding(scan, *line.step) : missing_count(scan, line);
-}
-
-// The missing lines by their reasons, in the order of the lines.
-std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing) {
-    std::vector<MissingLine> groups;
-    for (const MissingLine& line : missing) {
-        const auto same = std::find_if(groups.begin(), groups.end(), [&](const MissingLine& group) {
-            return group.reason == line.reason;
-        });
-        if (same == groups.end()) {
-            groups.push_back(line);
-        } else {
-            same->name += ", " + line.name;
-        }
-    }
-    std::vector<std::string> texts;
-    for (const MissingLine& group : groups) {
-        texts.push_back("left out: " + group.name + " (" + group.reason + ")");
-    }
-    return texts;
 }
 
 // Empty when no pass failed.
@@ -163,9 +149,8 @@ std::string failed_passes(const NamedRecording& named) {
 Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings) {
     CombinedScan scan;
     for (const NamedRecording& named : recordings) {
-        const std::string reason = difference(recordings.front(), named);
-        if (!reason.empty()) {
-            return Kiln::Reason{reason};
+        if (const Kiln::Done same = check_same_host(recordings.front(), named); !same) {
+            return Kiln::Reason{same.reason()};
         }
         scan.page_size = named.recording.header.page_size;
         scan.profile.hostname = named.recording.header.host;
@@ -183,14 +168,36 @@ Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales) {
     ComputedConfig computed;
     for (ConfigLine& line : compute_config(scan.profile, scales, scan.page_size)) {
-        const std::string reason = why_missing(scan, line);
-        if (reason.empty()) {
-            computed.lines.push_back(std::move(line));
+        if (const std::optional<std::string> reason = why_missing(scan, line)) {
+            computed.missing.push_back({line.name, *reason, line.step && !scan.has_findings});
         } else {
-            computed.missing.push_back({line.name, reason});
+            computed.lines.push_back(std::move(line));
         }
     }
     return computed;
+}
+
+std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing) {
+    std::vector<MissingLine> groups;
+    for (const MissingLine& line : missing) {
+        const auto same = std::find_if(groups.begin(), groups.end(), [&](const MissingLine& group) {
+            return group.reason == line.reason;
+        });
+        if (same == groups.end()) {
+            groups.push_back(line);
+        } else {
+            same->name += ", " + line.name;
+        }
+    }
+    std::vector<std::string> texts;
+    for (const MissingLine& group : groups) {
+        texts.push_back("left out: " + group.name + " (" + group.reason + ")");
+    }
+    return texts;
+}
+
+bool is_odd_for_a_shell(const ConfigLine& line) {
+    return line.text.find_first_of("\"$`\\") != std::string::npos;
 }
 
 std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
@@ -199,6 +206,11 @@ std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recording
     if (!scan.has_findings) {
         flaws.push_back(std::string("warnings and paths to exclude are not known (") + no_findings +
                         ")");
+    }
+    for (const ConfigLine& line : computed.lines) {
+        if (is_odd_for_a_shell(line)) {
+            flaws.push_back(std::string(line.name) + " has what a shell acts on: " + line.text);
+        }
     }
     for (const NamedRecording& named : recordings) {
         const std::string failed = failed_passes(named);

@@ -34,6 +34,7 @@ Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings
 struct MissingLine {
     std::string name;
     std::string reason;
+    bool of_last_line = false;  // only a recording's last line has it, and there is none
 };
 
 struct ComputedConfig {
@@ -43,7 +44,13 @@ struct ComputedConfig {
 
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
 
-// What is wrong with what was computed, a line for each: lines that are missing, passes that
-// failed.
+// The missing lines by their reasons, in the order of the lines: "left out: A, B (reason)".
+std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing);
+
+// Whether a shell that reads the configuration would act on the text of the line.
+bool is_odd_for_a_shell(const ConfigLine& line);
+
+// What is wrong with what was computed, a line for each: lines that are missing, texts that a shell
+// acts on, passes that failed.
 std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recordings,
                                     const CombinedScan& scan, const ComputedConfig& computed);

@@ -440,6 +440,12 @@ Kiln::Result<Recording> parse_recording(std::string_view text) {
     return parser.finish();
 }
 
+bool begins_like_recording(std::string_view text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    return !line.empty() && line[0] == '{' &&
+           line.find("\"" + std::string(format_name) + "\"") != std::string_view::npos;
+}
+
 bool is_torn_header(std::string_view text) {
     if (is_blank(text)) {
         return true;

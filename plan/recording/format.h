@@ -41,6 +41,9 @@ Kiln::Result<Recording> parse_recording(std::string_view text);
 // beginning of one, or the zeros that a machine without power leaves.
 bool is_torn_header(std::string_view text);
 
+// Whether a text begins like a recording, though it may be damaged or of another format.
+bool begins_like_recording(std::string_view text);
+
 // Each line with its newline at the end.
 std::string header_line(const RecordingHeader& header);
 std::string continuation_line(const Continuation& continuation);

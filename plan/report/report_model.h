@@ -16,12 +16,10 @@ struct ReportPoint {
     std::int64_t value = 0;    // in the count's own unit
 };
 
-enum class ServerState { done, partly, failed };
-
 struct ReportServer {
-    std::string name;  // its files', without the ending: any bytes
-    std::string host;  // what it calls itself, any bytes; empty where there is no recording
-    ServerState state = ServerState::failed;
+    std::string name;  // its file's without the ending: any bytes
+    std::string host;  // what it calls itself; empty where there is no recording
+    State state = State::failed;
     std::string reason;                         // why it is not done
     std::optional<RecordingHeader> header;      // none where there is no recording
     std::int64_t period = 0;                    // seconds between passes
@@ -41,5 +39,3 @@ struct ReportFleet {
     std::string version;  // of the program
     std::vector<ReportServer> servers;
 };
-
-const char* name_of(ServerState state);

@@ -91,18 +91,6 @@ void append_data(const std::string& id, const Json& json, std::string& page) {
 
 }  // namespace
 
-const char* name_of(ServerState state) {
-    switch (state) {
-        case ServerState::done:
-            return "done";
-        case ServerState::partly:
-            return "partly";
-        case ServerState::failed:
-            break;
-    }
-    return "failed";
-}
-
 bool has_page() {
     return !page_head().empty();
 }

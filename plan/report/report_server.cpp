@@ -1,9 +1,9 @@
 #include "plan/report/report_server.h"
 
 #include <map>
-#include <set>
 #include <utility>
 
+#include "kiln/strings.h"
 #include "plan/explain/explanation.h"
 #include "plan/report/thinning.h"
 
@@ -30,14 +30,6 @@ std::optional<std::uint64_t> limit_of(const Explanation& explanation, const std:
     return {};
 }
 
-// Why the recording has not come to its planned end; empty when it has.
-std::string why_unfinished(const Recording& recording) {
-    if (!recording.summary || !recording.summary_is_last) {
-        return "the recording goes on, or was ended by force: it has no last line";
-    }
-    return recording.summary->interrupted ? "the recording was ended before its time" : "";
-}
-
 void take_explanation(const Recording& recording, const Explanation& explanation,
                       ReportServer& server) {
     server.explanation = explanation;
@@ -50,21 +42,12 @@ void take_explanation(const Recording& recording, const Explanation& explanation
     }
 }
 
-// What is wrong on the whole, what did not fit, and what may still grow. That a count jumps or does
-// not is no warning.
+// What is wrong on the whole beside the reasons of the verdict, and what deserves a look at a line.
 void take_warnings(const Explanation& explanation, ReportServer& server) {
     server.warnings = explanation.remarks;
-    std::set<std::string> of_counts;
-    for (const CountSummary& summary : explanation.counts) {
-        of_counts.insert(summary.remarks.begin(), summary.remarks.end());
-        if (summary.may_grow) {
-            server.warnings.push_back(std::string(summary.count->label) + ": " +
-                                      summary.remarks.front());
-        }
-    }
     for (const LineExplanation& line : explanation.lines) {
         for (const std::string& remark : line.remarks) {
-            if (line.basis != Basis::missing && of_counts.count(remark) == 0) {
+            if (line.basis != Basis::missing) {
                 server.warnings.push_back(line.name + ": " + remark);
             }
         }
@@ -85,14 +68,14 @@ void take_notes(const TarnACalculateHWNodeNotes& notes, ReportServer& server) {
 ReportServer failed_server(const std::string& name, const std::string& reason) {
     ReportServer server;
     server.name = name;
-    server.state = ServerState::failed;
+    server.state = State::failed;
     server.reason = reason;
     return server;
 }
 
 void add_reason(ReportServer& server, const std::string& reason) {
-    if (server.state == ServerState::done) {
-        server.state = ServerState::partly;
+    if (server.state == State::done) {
+        server.state = State::partly;
     }
     server.reason = server.reason.empty() ? reason : reason + "\n" + server.reason;
 }
@@ -115,8 +98,9 @@ ReportServer report_server(const std::string& name, NamedRecording named, Config
     take_explanation(recording, explanation, server);
     take_warnings(explanation, server);
     take_notes(scan.profile.notes, server);
-    server.reason = why_unfinished(recording);
-    server.state = server.reason.empty() ? ServerState::done : ServerState::partly;
+    server.host = explanation.host;
+    server.state = explanation.verdict.state;
+    server.reason = Kiln::join("\n", explanation.verdict.reasons);
     return server;
 }
 

@@ -7,8 +7,7 @@
 #include "plan/recording/combined_scan.h"
 #include "plan/report/report_model.h"
 
-// The server of a recording: done when the recording has come to its planned end, failed when
-// nothing was counted, partly done otherwise.
+// The server of a recording: what the verdict on it says, failed where nothing was counted.
 ReportServer report_server(const std::string& name, NamedRecording recording, ConfigScales scales);
 
 // A server of which there is nothing but the reason.

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <utility>
 
 namespace {
 
@@ -13,7 +14,7 @@ std::string server_of(const fs::path& path) {
     return name.empty() ? path.string() : name.string();
 }
 
-std::string add_folder(const std::string& folder, std::vector<ReportSource>& sources) {
+Kiln::Done add_folder(const std::string& folder, std::vector<ReportSource>& sources) {
     std::error_code error;
     std::map<std::string, ReportSource> found;
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
@@ -29,23 +30,23 @@ std::string add_folder(const std::string& folder, std::vector<ReportSource>& sou
         source.server = name;
         sources.push_back(source);
     }
-    return error ? folder + " cannot be read: " + error.message() : "";
+    if (error) {
+        return Kiln::Reason{folder + " cannot be read: " + error.message()};
+    }
+    return {};
 }
 
 }  // namespace
 
-std::string find_report_sources(const std::vector<std::string>& paths,
-                                std::vector<ReportSource>& sources) {
+Kiln::Result<std::vector<ReportSource>> find_report_sources(const std::vector<std::string>& paths) {
+    std::vector<ReportSource> sources;
     for (const std::string& path : paths) {
         std::error_code ignored;
         if (!fs::is_directory(path, ignored)) {
             sources.push_back({server_of(path), path, ""});
-            continue;
-        }
-        const std::string error = add_folder(path, sources);
-        if (!error.empty()) {
-            return error;
+        } else if (const Kiln::Done done = add_folder(path, sources); !done) {
+            return Kiln::Reason{done.reason()};
         }
     }
-    return "";
+    return Kiln::Result<std::vector<ReportSource>>(std::move(sources));
 }

@@ -6,6 +6,7 @@
 
 #include "kiln/strings.h"
 #include "plan/text/printable.h"
+#include "plan/text/wrapped.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ std::string csv_row(const ReportServer& s) {
     const std::string cells[] = {
         csv_cell(s.name),
         name_of(s.state),
-        csv_cell(s.reason),
+        csv_cell(Kiln::join("; ", Kiln::split("\n", s.reason, 0))),
         csv_cell(s.memory_limit),
         csv_cell(s.disk),
         csv_cell(s.processes),
@@ -61,6 +62,9 @@ std::string csv_row(const ReportServer& s) {
 constexpr std::size_t column_count = 8;
 using Row = std::array<std::string, column_count>;
 
+// A longer name stands in a line of its own, so that the table fits 80 columns.
+constexpr std::size_t longest_name = 17;
+
 constexpr std::array<bool, column_count> to_the_right = {false, false, true,  true,
                                                          true,  true,  false, true};
 
@@ -79,14 +83,8 @@ std::string of_kib(std::uint64_t kib) {
     return size_text(static_cast<double>(kib) * 1024);
 }
 
-// "db1 (web7.example.org)"
-std::string name_and_host(const ReportServer& s) {
-    const bool differs = !s.host.empty() && s.host != s.name;
-    return printable(differs ? s.name + " (" + s.host + ")" : s.name);
-}
-
 Row text_row(const ReportServer& s) {
-    return {name_and_host(s),
+    return {printable(s.name),
             name_of(s.state),
             known_or_dash(s.memory_limit, of_bytes),
             known_or_dash(s.disk, of_kib),
@@ -114,7 +112,7 @@ Row total_row(const ReportFleet& fleet) {
     std::size_t done = 0;
     std::size_t warnings = 0;
     for (const ReportServer& server : fleet.servers) {
-        done += server.state == ServerState::done ? 1 : 0;
+        done += server.state == State::done ? 1 : 0;
         warnings += server.warnings.size();
     }
     return {"total of " + plain(fleet.servers.size()),
@@ -137,12 +135,30 @@ std::string aligned(const Row& row, const std::array<std::size_t, column_count>&
     return line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
 }
 
+// What it calls itself where that is another name, the reasons and the warnings.
 std::string remarks(const ReportServer& server) {
-    std::string text = server.reason.empty() ? "" : "    " + printable(server.reason) + "\n";
+    const std::string indent(4, ' ');
+    std::string text;
+    if (!server.host.empty() && server.host != server.name) {
+        text += wrapped("it calls itself " + printable(server.host), indent, indent);
+    }
+    for (const std::string& reason : Kiln::split("\n", server.reason, 0)) {
+        text += wrapped(printable(reason), indent, indent + "  ");
+    }
     for (const std::string& warning : server.warnings) {
-        text += "    " + printable(warning) + "\n";
+        text += wrapped(printable(warning), indent, indent + "  ");
     }
     return text;
+}
+
+// A row whose name is cut off if that stands above.
+std::string server_text(Row row, const std::array<std::size_t, column_count>& widths) {
+    if (columns_of(row[0]) <= longest_name) {
+        return aligned(row, widths);
+    }
+    const std::string name = row[0] + "\n";
+    row[0].clear();
+    return name + aligned(row, widths);
 }
 
 }  // namespace
@@ -159,7 +175,7 @@ std::string csv_table(const ReportFleet& fleet) {
 
 std::string text_table(const ReportFleet& fleet) {
     std::vector<Row> rows = {
-        {"SERVER", "STATE", "MEMORY", "DISK", "PROCESSES", "DESCRIPTORS", "COVERAGE", "WARNINGS"}};
+        {"SERVER", "STATE", "MEMORY", "DISK", "PROCS", "FILES", "COVERAGE", "WARN"}};
     for (const ReportServer& server : fleet.servers) {
         rows.push_back(text_row(server));
     }
@@ -167,12 +183,13 @@ std::string text_table(const ReportFleet& fleet) {
     std::array<std::size_t, column_count> widths{};
     for (const Row& row : rows) {
         for (std::size_t i = 0; i < column_count; ++i) {
-            widths[i] = std::max(widths[i], columns_of(row[i]));
+            const std::size_t width = columns_of(row[i]);
+            widths[i] = i == 0 && width > longest_name ? widths[i] : std::max(widths[i], width);
         }
     }
     std::string text = aligned(rows.front(), widths);
     for (std::size_t i = 0; i < fleet.servers.size(); ++i) {
-        text += aligned(rows[i + 1], widths) + remarks(fleet.servers[i]);
+        text += server_text(rows[i + 1], widths) + remarks(fleet.servers[i]);
     }
     return text + aligned(rows.back(), widths);
 }

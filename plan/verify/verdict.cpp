@@ -24,7 +24,7 @@ class Judge {
 public:
     explicit Judge(const GroupValues& values) : values_(values) { verdict_.values = values; }
 
-    Verdict run();
+    GroupVerdict run();
 
 private:
     LimitVerdict& add(const char* name, Unit unit, const Amount& limit, const Amount& now,
@@ -41,7 +41,7 @@ private:
     void note_old_kernel();
 
     const GroupValues& values_;
-    Verdict verdict_;
+    GroupVerdict verdict_;
 };
 
 // The row, with the state that its limit and its count give it; a caller may know better.
@@ -178,7 +178,7 @@ void Judge::note_old_kernel() {
     }
 }
 
-Verdict Judge::run() {
+GroupVerdict Judge::run() {
     judge_memory();
     judge_high_memory();
     judge_swap();
@@ -205,6 +205,6 @@ const char* name_of(LimitState state) {
     return names[static_cast<std::size_t>(state)];
 }
 
-Verdict judge(const GroupValues& values) {
+GroupVerdict judge(const GroupValues& values) {
     return Judge(values).run();
 }

@@ -27,7 +27,7 @@ struct LimitVerdict {
     LimitState state = LimitState::unknown;
 };
 
-struct Verdict {
+struct GroupVerdict {
     GroupValues values;
     std::vector<LimitVerdict> limits;
     std::vector<std::string> raise;    // what to raise and why, a line for each limit that was met
@@ -37,7 +37,7 @@ struct Verdict {
     bool all_fit = false;
 };
 
-Verdict judge(const GroupValues& values);
+GroupVerdict judge(const GroupValues& values);
 
-std::string verdict_text(const Verdict& verdict);
-std::string verdict_json(const Verdict& verdict);
+std::string verdict_text(const GroupVerdict& verdict);
+std::string verdict_json(const GroupVerdict& verdict);

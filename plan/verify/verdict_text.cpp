@@ -90,7 +90,7 @@ ordered_json pressure_json(const std::optional<Pressure>& pressure) {
 
 }  // namespace
 
-std::string verdict_text(const Verdict& verdict) {
+std::string verdict_text(const GroupVerdict& verdict) {
     const GroupValues& values = verdict.values;
     std::string text = "control group: " + printable(values.path) + "\n\n";
     for (const char* const title : {"limit", "is", "now", "peak", "times met"}) {
@@ -114,7 +114,7 @@ std::string verdict_text(const Verdict& verdict) {
     return text + (verdict.all_fit ? "no limit was met\n" : "");
 }
 
-std::string verdict_json(const Verdict& verdict) {
+std::string verdict_json(const GroupVerdict& verdict) {
     const GroupValues& values = verdict.values;
     ordered_json object;
     object["control_group"] = text_to_json(values.path);

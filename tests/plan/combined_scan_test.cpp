@@ -81,12 +81,15 @@ TEST(CombinedScan, WithoutItsLastLineTheLinesThatItCan) {
     named.recording.summary->findings.failures = {{OneShotStep::resolver, "late"}};
     named.recording.passes[0].taken = 0xFF;
     named.recording.passes[0].failure = "Error";
-    EXPECT_EQ(explained({named}).remarks,
-              (Remarks{"left out: NUMIPTENT (no pass counted numiptent)",
+    named.recording.summary_is_last = true;
+    EXPECT_EQ(explained({named}).verdict.reasons,
+              (Remarks{"coverage: 1 of 5, scant: 0 of 11 passes, longest gap 0:01:40, failed 1",
+                       "left out: NUMIPTENT (no pass counted numiptent)",
                        "left out: DISKSPACE (no pass counted diskspace)",
                        "left out: DISKINODES (no pass counted diskinodes)",
-                       "left out: SEARCHDOMAIN, NAMESERVER (late)",
-                       "a.rec: passes that failed: 1 of 1, the first is pass 1: Error"}));
+                       "left out: SEARCHDOMAIN, NAMESERVER (late)"}));
+    EXPECT_EQ(explained({named}).remarks,
+              Remarks{"a.rec: passes that failed: 1 of 1, the first is pass 1: Error"});
 }
 
 // Of 101 planned passes, those `from` there on fail.
@@ -115,6 +118,74 @@ TEST(Coverage, InFiveGrades) {
             EXPECT_EQ(coverage.gaps[0].to_ms - coverage.gaps[0].from_ms, coverage.longest_gap_ms);
         }
     }
+}
+
+// A recorder went on at 100 s: 10 passes of 10 s before, then one in 100 s until 400 s.
+TEST(Coverage, OtherSpansCountFromWhereTheyBegin) {
+    NamedRecording named = recording_of(std::vector<std::int32_t>(10, 1), {100, 10});
+    named.recording.continuations.resize(1);
+    named.recording.continuations[0].at_ms = 100000;
+    named.recording.continuations[0].spans = {400, 100};
+    for (std::int32_t i = 0; i < 4; ++i) {
+        named.recording.passes.push_back(pass_of(11 + i, 100 + 100 * i, 1));
+    }
+    EXPECT_EQ(measure_coverage({named}).planned, 14);
+    EXPECT_EQ(measure_coverage({named}).grade, 5);
+    named.recording.continuations[0].spans = {110, 100};  // 42 passes can never be of 11
+    EXPECT_EQ(measure_coverage({named}).planned, 14);
+    for (RecordedPass& pass : named.recording.passes) {
+        pass.took_ms = std::int64_t{1} << 41;
+    }
+    EXPECT_EQ(measure_coverage({named}).planned, 14);
+}
+
+// A good recording, and one thing wrong with it at a time.
+TEST(Verdict, DoneMeansUsable) {
+    NamedRecording good = recording_of(std::vector<std::int32_t>(11, 300));
+    good.recording.summary = summary_of(100);
+    good.recording.summary_is_last = true;
+    good.recording.header.root = true;
+    good.recording.checks = {{0, {{"others may write a folder", "chmod", {}}}}};
+    EXPECT_EQ(explained({good}).verdict.state, State::done);
+    EXPECT_EQ(explained({good}).remarks, Remarks{"the check found: others may write a folder"});
+    using Spoil = void (*)(Recording&);
+    const std::pair<Spoil, const char*> cases[] = {
+        {[](Recording& r) { r.summary_is_last = false; }, "it has no last line"},
+        {[](Recording& r) { r.summary->interrupted = true; }, "ended before its time"},
+        {[](Recording& r) { r.passes.resize(8); }, "coverage: 2 of 5, poor: 8 of 11 passes"},
+        {[](Recording& r) { r.header.root = false; }, "not root"},
+        {[](Recording& r) {
+             r.continuations = {{0, "", "", {100, 10}, false, {}, {}}};
+         },
+         "not root"},
+        {[](Recording& r) {
+             r.checks = {{0, {{"no ps", "install it", {"NUMPROC", "KMEMSIZE"}}}}};
+         },
+         "the check found: no ps (wrong: NUMPROC, KMEMSIZE)"},
+        {[](Recording& r) {
+             r.summary->findings.failures = {{OneShotStep::resolver, "late"}};
+         },
+         "left out: SEARCHDOMAIN, NAMESERVER (late)"},
+        {[](Recording& r) { r.summary->findings.distribution = "a\nb"; },
+         "left out: DISTRIBUTION (its text has a control character: a\\nb)"},
+        {[](Recording& r) {
+             for (RecordedPass& pass : r.passes) {
+                 pass.counts[&PhysParams::numproc] = 0;
+             }
+         },
+         "processes: no pass saw any"},
+    };
+    for (const auto& [spoil, reason] : cases) {
+        NamedRecording spoilt = good;
+        spoil(spoilt.recording);
+        const Verdict verdict = explained({spoilt}).verdict;
+        EXPECT_EQ(verdict.state, State::partly) << reason;
+        ASSERT_EQ(verdict.reasons.size(), 1U) << reason;
+        EXPECT_NE(verdict.reasons[0].find(reason), std::string::npos) << verdict.reasons[0];
+    }
+    good.recording.summary->findings.distribution = "a$b";
+    EXPECT_EQ(explained({good}).remarks.front(), "DISTRIBUTION has what a shell acts on: a$b");
+    EXPECT_EQ(explained({good}).verdict.state, State::done);
 }
 
 TEST(Coverage, OfPassesThatWereNeverPlannedToBeMore) {

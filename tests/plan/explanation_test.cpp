@@ -41,7 +41,7 @@ TEST(Explanation, AFloorBehindTheFactorHasNone) {
     EXPECT_EQ(line.basis, Basis::floor);
     EXPECT_FALSE(line.factor);
     EXPECT_EQ(*line.margin, 1.1);
-    EXPECT_EQ(line.seen, "195 MiB (50000)");
+    EXPECT_EQ(line.seen, "195 MiB (50,000)");
     EXPECT_EQ(line.meaning, "256 MiB, 282 MiB for a moment");
     named.recording.passes[0].counts[&PhysParams::privvmpages] = 60000;
     EXPECT_EQ(line_of(named, "PRIVVMPAGES").basis, Basis::measurement);
@@ -55,6 +55,20 @@ TEST(Explanation, OpenFilesForSocketsAreDerived) {
     const LineExplanation line = line_of(named, "NUMFILE");
     EXPECT_EQ(line.basis, Basis::derived);
     EXPECT_EQ(line.made_from, (Remarks{"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}));
+    // 20000 * 1.2 + 432 + 255; 180 processes at least.
+    EXPECT_EQ(line.derivation,
+              "NUMTCPSOCK + NUMOTHERSOCK + NUMPTY = 24,687; 32 for each of 180 "
+              "processes and the floor of 9,312 x 1.2 were less");
+    NamedRecording many = recording_of({1000});  // 1200 with the factor
+    many.recording.passes[0].counts[&PhysParams::numfile] = 12480;
+    EXPECT_EQ(line_of(many, "NUMFILE").derivation,
+              "32 for each of 1,200 processes (AVNUMPROC); 12,480 x 1.2 and NUMTCPSOCK + "
+              "NUMOTHERSOCK + NUMPTY = 1,119 were less");
+    EXPECT_EQ(line_of(many, "KMEMSIZE").derivation,
+              "60.0 KiB for each of 1,200 (NUMPROC), and DCACHESIZE");
+    EXPECT_EQ(line_of(recording_of({300, 100}), "AVNUMPROC").notes,
+              Remarks{"this is the mean of the largest number up to each pass; the mean of the "
+                      "passes is 200.0"});
     EXPECT_EQ(line_of(named, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
 }
 
@@ -80,28 +94,48 @@ TEST(Explanation, NumbersThatDidNotFit) {
     EXPECT_EQ(line_of(named, "NUMPROC").remarks, Remarks{clamped});
     EXPECT_EQ(line_of(named, "DISKINODES").remarks, Remarks{clamped}) << "its limit";
     EXPECT_EQ(line_of(named, "TCPRCVBUF").remarks, Remarks{wrapped});
+    EXPECT_EQ(line_of(named, "SLMMEMORYLIMIT").remarks.back(),
+              "it is made from TCPRCVBUF: there " + wrapped);
     EXPECT_EQ(line_of(named, "OTHERSOCKBUF").remarks, Remarks{});
     EXPECT_EQ(line_of(named, "VMGUARPAGES").remarks, Remarks{});
 }
 
 TEST(Explanation, ThePeaksOfThePasses) {
-    const std::string late = "the peak came in the last tenth of the time: watch longer";
-    const std::string rising = "it was still rising at the end: watch longer";
-    const std::string steady = "it varies little";
-    const std::string jumps = "it jumps: half of the time at most 300";
-    const std::pair<std::vector<std::int32_t>, Remarks> cases[] = {
-        {{300, 300, 300, 300, 300, 300, 300, 300, 300, 300}, {steady}},
-        {{300, 300, 300, 300, 300, 300, 300, 300, 300, 330}, {late, steady}},
-        {{300, 300, 300, 900, 300, 300, 300, 300, 300, 300}, {jumps}},
-        {{300, 310, 320, 330, 340, 350, 360, 370, 380, 390}, {rising}},
-        {{300, 300, 300, 300, 900}, {}},  // too few passes to tell
+    const Remarks late = {"the peak came in the last tenth of the time: watch longer"};
+    const Remarks rising = {"it was still rising at the end: watch longer"};
+    const Remarks steady = {"it varies little"};
+    const Remarks jumps = {"it jumps: half of the time at most 300 processes"};
+    struct Case {
+        std::vector<std::int32_t> numprocs;
+        Remarks remarks, notes;
     };
-    for (const auto& [numprocs, remarks] : cases) {
-        EXPECT_EQ(line_of(recording_of(numprocs), "NUMPROC").remarks, remarks);
+    const Case cases[] = {
+        {{300, 300, 300, 300, 300, 300, 300, 300, 300, 300}, {}, steady},
+        {{300, 300, 300, 300, 300, 300, 300, 300, 300, 314}, {}, steady},
+        {{300, 300, 300, 300, 300, 300, 300, 300, 300, 330}, late, steady},
+        {{300, 300, 300, 900, 300, 300, 300, 300, 300, 300}, {}, jumps},
+        {{300, 310, 320, 330, 340, 350, 360, 370, 380, 390}, rising, {}},
+        {{300, 300, 310, 340, 340, 340, 380, 380, 380, 380}, {}, {}},  // steps, long made
+        {{300, 380, 320, 310, 390, 330, 400, 315, 395, 300}, {}, {}},  // noise
+        {{300, 300, 300, 300, 900}, {}, {}},                           // too few passes to tell
+    };
+    for (const auto& [numprocs, remarks, notes] : cases) {
+        const LineExplanation line = line_of(recording_of(numprocs), "NUMPROC");
+        EXPECT_EQ(line.remarks, remarks);
+        EXPECT_EQ(line.notes, notes);
     }
     const Explanation floored = explained({recording_of(std::vector<std::int32_t>(10, 9))});
-    EXPECT_TRUE(floored.lines[0].remarks.empty()) << "no matter where the floor decides";
-    EXPECT_EQ(floored.counts[0].remarks, Remarks{steady});
+    EXPECT_TRUE(floored.lines[0].notes.empty()) << "no matter where the floor decides";
+    EXPECT_EQ(floored.counts[0].notes, steady);
+}
+
+TEST(Explanation, CountsThatCannotBe) {
+    NamedRecording named = recording_of({0});
+    named.recording.passes[0].counts[&PhysParams::diskspace] = -5;
+    EXPECT_EQ(line_of(named, "NUMPROC").remarks,
+              Remarks{"no pass saw any, which cannot be: see what its command prints"});
+    EXPECT_EQ(line_of(named, "DISKSPACE").remarks.front(),
+              "a pass counted less than 0: more than fits into 32 bits");
 }
 
 }  // namespace

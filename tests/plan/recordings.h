@@ -25,6 +25,7 @@ inline RecordedPass pass_of(std::int32_t number, std::int64_t at_seconds, std::i
     pass.number = number;
     pass.at_ms = at_seconds * 1000;
     pass.counts[&PhysParams::numproc] = numproc;
+    pass.counts[&PhysParams::numfile] = pass.counts[&PhysParams::privvmpages] = 1;
     pass.taken.set();
     return pass;
 }

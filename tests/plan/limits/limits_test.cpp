@@ -325,14 +325,18 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
         NamedRecording named = small_server();
         Findings& findings = named.recording.summary->findings;
         findings.hostname = name;
-        findings.ns_attrs = {{"192.0.2.53\n", "fe80::1%eth0"}, {"a;b", "`x`"}};
+        findings.ns_attrs = {{"192.0.2.53 x", "fe80::1%eth0"}, {"a;b", "`x`"}};
         findings.notes.excludes = {{true, "/mnt/a\nb/*"}};
         const std::pair<Engine, std::size_t> complaints[] = {
             {Engine::systemd, 1}, {Engine::nspawn, 2},     {Engine::lxc, 2},
             {Engine::podman, 6},  {Engine::kubernetes, 5}, {Engine::rsync, 1}};
         for (const auto& [engine, count] : complaints) {
             const LimitsText limits = text_of(engine, named);
-            EXPECT_EQ(limits.complaints.size(), count) << name_of(engine) << " " << name;
+            // HOSTNAME itself is left out where it is more than a line.
+            const bool is_left_out =
+                name.find('\n') != std::string::npos && engine != Engine::rsync;
+            EXPECT_EQ(limits.complaints.size(), count + (is_left_out ? 1 : 0))
+                << name_of(engine) << " " << name;
             EXPECT_EQ(limits.text.find("\nMemoryMax=1\n"), std::string::npos);
             EXPECT_EQ(limits.text.find("\nb/"), std::string::npos);
         }

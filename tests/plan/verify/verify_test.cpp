@@ -44,7 +44,7 @@ Texts calm_group() {
     };
 }
 
-Verdict judged(const Texts& changes, const Texts& group = calm_group()) {
+GroupVerdict judged(const Texts& changes, const Texts& group = calm_group()) {
     GroupFiles files;
     files.path = "/g";
     files.texts = changes;
@@ -52,7 +52,7 @@ Verdict judged(const Texts& changes, const Texts& group = calm_group()) {
     return judge(parse_control_group(files));
 }
 
-LimitState state_of(const Verdict& verdict, const std::string& name) {
+LimitState state_of(const GroupVerdict& verdict, const std::string& name) {
     for (const LimitVerdict& limit : verdict.limits) {
         if (limit.name == name) {
             return limit.state;
@@ -63,7 +63,7 @@ LimitState state_of(const Verdict& verdict, const std::string& name) {
 }
 
 TEST(Verify, AGroupThatMetNothing) {
-    const Verdict verdict = judged({});
+    const GroupVerdict verdict = judged({});
     EXPECT_TRUE(verdict.all_fit);
     EXPECT_EQ(verdict_text(verdict),
               "control group: /g\n"
@@ -115,7 +115,7 @@ TEST(Verify, EachLimitThatWasMetIsNamed) {
           "in 17 of 3,000 periods, for 1,234 ms in all"}},
     };
     for (const auto& [changes, expected] : cases) {
-        const Verdict verdict = judged(changes);
+        const GroupVerdict verdict = judged(changes);
         EXPECT_EQ(verdict.raise, Remarks{expected.second});
         EXPECT_EQ(state_of(verdict, expected.first), LimitState::met);
         EXPECT_FALSE(verdict.all_fit);
@@ -124,7 +124,7 @@ TEST(Verify, EachLimitThatWasMetIsNamed) {
 }
 
 TEST(Verify, PageCacheThatWasGivenBackIsNoFault) {
-    const Verdict verdict = judged({{"memory.events", "max 1234\noom 0\noom_kill 0\n"}});
+    const GroupVerdict verdict = judged({{"memory.events", "max 1234\noom 0\noom_kill 0\n"}});
     EXPECT_TRUE(verdict.all_fit);
     EXPECT_EQ(state_of(verdict, "memory.max"), LimitState::given_back);
     EXPECT_EQ(verdict.remarks,
@@ -137,7 +137,7 @@ TEST(Verify, WhatAKernelOrAGroupLacksIsSaid) {
     for (const char* const file : {"memory.peak", "memory.swap.peak", "pids.peak"}) {
         old.erase(file);
     }
-    const Verdict without_peaks = judged({}, old);
+    const GroupVerdict without_peaks = judged({}, old);
     EXPECT_TRUE(without_peaks.all_fit);
     EXPECT_EQ(without_peaks.remarks,
               (Remarks{"memory.peak: not there before Linux 5.19, so that the peak is not known",
@@ -145,7 +145,7 @@ TEST(Verify, WhatAKernelOrAGroupLacksIsSaid) {
                        "known",
                        "pids.peak: not there before Linux 6.1, so that the peak is not known"}));
 
-    const Verdict nothing = judged({}, {});
+    const GroupVerdict nothing = judged({}, {});
     EXPECT_FALSE(nothing.all_fit);
     ASSERT_EQ(nothing.remarks.size(), 5U);
     EXPECT_EQ(nothing.remarks[0],
@@ -158,11 +158,11 @@ TEST(Verify, WhatAKernelOrAGroupLacksIsSaid) {
     EXPECT_EQ(judged({}, uncounted).remarks,
               Remarks{"pids.max: how often it was met is not known"});
 
-    const Verdict unlimited = judged({{"memory.max", "max\n"},
-                                      {"memory.swap.max", "max\n"},
-                                      {"pids.max", "max\n"},
-                                      {"cpu.max", "max 100000\n"},
-                                      {"memory.events", "max 0\noom 0\noom_kill 3\n"}});
+    const GroupVerdict unlimited = judged({{"memory.max", "max\n"},
+                                           {"memory.swap.max", "max\n"},
+                                           {"pids.max", "max\n"},
+                                           {"cpu.max", "max 100000\n"},
+                                           {"memory.events", "max 0\noom 0\noom_kill 3\n"}});
     EXPECT_FALSE(unlimited.all_fit);
     EXPECT_EQ(unlimited.raise,
               Remarks{"processes were killed for memory, 3 times, while memory.max is not set "
@@ -174,7 +174,7 @@ TEST(Verify, WhatAKernelOrAGroupLacksIsSaid) {
 
 TEST(Verify, WhatIsNoNumberIsNotThere) {
     for (const char* const text : {"", "\n", "-1\n", "12x\n", "1 2\n", "99999999999999999999\n"}) {
-        const Verdict verdict = judged({{"memory.max", text}, {"pids.max", text}});
+        const GroupVerdict verdict = judged({{"memory.max", text}, {"pids.max", text}});
         EXPECT_EQ(state_of(verdict, "memory.max"), LimitState::unknown) << text;
         EXPECT_EQ(state_of(verdict, "pids.max"), LimitState::unknown) << text;
     }
@@ -251,7 +251,7 @@ TEST(Verify, TheGroupThatIsMeant) {
     host.put("odd/pids.max", "5\n");
     ASSERT_EQ(mkfifo(host.path("odd/cpu.stat").c_str(), 0600), 0);
     host.put("odd/pids.events", "max 0\n");
-    const Verdict odd = judge(parse_control_group(*read_control_group("odd", host.root)));
+    const GroupVerdict odd = judge(parse_control_group(*read_control_group("odd", host.root)));
     EXPECT_FALSE(odd.all_fit);
     EXPECT_EQ(Remarks(odd.remarks.end() - 2, odd.remarks.end()),
               (Remarks{"memory.max: it is a folder", "cpu.stat: it is a FIFO"}));

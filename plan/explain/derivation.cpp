@@ -1,0 +1,146 @@
+#include "plan/explain/derivation.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+
+#include "calc/unit_costs.h"
+#include "kiln/strings.h"
+#include "plan/text/printable.h"
+
+namespace {
+
+struct Made {
+    const char* line;
+    std::vector<std::string> parts;
+};
+
+const std::vector<Made>& made() {
+    static const std::vector<Made> rows = {
+        {"NUMFILE", {"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}},
+        {"DCACHESIZE", {"NUMFILE"}},
+        {"KMEMSIZE", {"NUMPROC", "DCACHESIZE"}},
+        {"TCPSNDBUF", {"NUMTCPSOCK"}},
+        {"TCPRCVBUF", {"NUMTCPSOCK"}},
+        {"OTHERSOCKBUF", {"NUMOTHERSOCK"}},
+        {"VMGUARPAGES", {"PRIVVMPAGES"}},
+        {"OOMGUARPAGES", {"PRIVVMPAGES"}},
+        {"SLMMEMORYLIMIT",
+         {"KMEMSIZE", "TCPRCVBUF", "OTHERSOCKBUF", "DGRAMRCVBUF", "PRIVVMPAGES", "LOCKEDPAGES"}},
+    };
+    return rows;
+}
+
+std::string number_text(std::uint64_t number) {
+    return grouped(static_cast<std::int64_t>(number));
+}
+
+std::string bytes_text(double bytes) {
+    return size_text(bytes);
+}
+
+}  // namespace
+
+std::vector<std::string> Derivations::parts_of(const std::string& line) {
+    for (const Made& row : made()) {
+        if (line == row.line) {
+            return row.parts;
+        }
+    }
+    return {};
+}
+
+std::uint64_t Derivations::barrier_of(const char* line) const {
+    const auto found = std::find_if(lines_.begin(), lines_.end(), [&](const ConfigLine& candidate) {
+        return candidate.name == std::string(line);
+    });
+    return found == lines_.end() ? 0 : found->barrier;
+}
+
+std::uint64_t Derivations::limit_of(const char* line) const {
+    const auto found = std::find_if(lines_.begin(), lines_.end(), [&](const ConfigLine& candidate) {
+        return candidate.name == std::string(line);
+    });
+    return found == lines_.end() ? 0 : found->limit;
+}
+
+// What was opened itself has been beaten, or the line would not be a derived one.
+std::string Derivations::open_files() const {
+    const Count& count = count_of(&PhysParams::numfile);
+    const std::int32_t seen = scan_.profile.numfile;
+    const bool is_floor = seen < count.floor.value;
+    const std::string own = (is_floor ? "the floor of " : "") +
+                            grouped(is_floor ? count.floor.value : seen) + " x " +
+                            factor_text(static_cast<double>(scales_.memory));
+    const std::uint64_t for_sockets =
+        barrier_of("NUMTCPSOCK") + barrier_of("NUMOTHERSOCK") + barrier_of("NUMPTY");
+    const std::uint64_t processes = barrier_of("AVNUMPROC");
+    const std::string of_sockets =
+        "NUMTCPSOCK + NUMOTHERSOCK + NUMPTY = " + number_text(for_sockets);
+    const std::string of_processes = factor_text(static_cast<double>(files_per_process)) +
+                                     " for each of " + number_text(processes) + " processes";
+    const bool sockets_decide = for_sockets == barrier_of("NUMFILE");
+    return sockets_decide
+               ? of_sockets + "; " + of_processes + " and " + own + " were less"
+               : of_processes + " (AVNUMPROC); " + own + " and " + of_sockets + " were less";
+}
+
+std::string Derivations::each_costs(std::int64_t cost, const char* line) const {
+    return bytes_text(static_cast<double>(cost)) + " for each of " + number_text(barrier_of(line)) +
+           " (" + line + ")";
+}
+
+// The largest of what is added up comes first.
+std::string Derivations::memory_limit() const {
+    struct Term {
+        std::string name;
+        double bytes;
+    };
+    const auto bytes = [](std::uint64_t number) { return static_cast<double>(number); };
+    const double page = scan_.page_size;
+    std::vector<Term> terms = {
+        {"PRIVVMPAGES' limit", page * bytes(limit_of("PRIVVMPAGES"))},
+        {"LOCKEDPAGES", page * bytes(barrier_of("LOCKEDPAGES"))},
+        {"KMEMSIZE", bytes(barrier_of("KMEMSIZE"))},
+        {"twice TCPRCVBUF", 2 * bytes(limit_of("TCPRCVBUF"))},
+        {"OTHERSOCKBUF", bytes(limit_of("OTHERSOCKBUF"))},
+        {"DGRAMRCVBUF", bytes(limit_of("DGRAMRCVBUF"))},
+    };
+    std::stable_sort(terms.begin(), terms.end(),
+                     [](const Term& a, const Term& b) { return a.bytes > b.bytes; });
+    std::vector<std::string> texts;
+    for (const Term& term : terms) {
+        texts.push_back(term.name + " " + bytes_text(term.bytes));
+    }
+    return "the sum of " + Kiln::join(", ", texts) + "; times " +
+           factor_text(static_cast<double>(scales_.memory));
+}
+
+std::string Derivations::words_of(const ConfigLine& line) const {
+    const std::string name = line.name;
+    if (name == "NUMFILE") {
+        return open_files();
+    }
+    if (name == "DCACHESIZE") {
+        return each_costs(dentry_bytes_per_file, "NUMFILE");
+    }
+    if (name == "KMEMSIZE") {
+        return each_costs(kernel_bytes_per_process, "NUMPROC") + ", and DCACHESIZE";
+    }
+    if (name == "TCPSNDBUF" || name == "TCPRCVBUF") {
+        return each_costs(socket_buffer_bytes, "NUMTCPSOCK");
+    }
+    if (name == "OTHERSOCKBUF") {
+        return each_costs(socket_buffer_bytes, "NUMOTHERSOCK");
+    }
+    if (name == "VMGUARPAGES" || name == "OOMGUARPAGES") {
+        return "as many as PRIVVMPAGES";
+    }
+    return name == "SLMMEMORYLIMIT" ? memory_limit() : "";
+}
+
+std::string factor_text(double factor) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.6g", factor);
+    return text;
+}
