@@ -23,6 +23,9 @@ using std::chrono::milliseconds;
 
 constexpr std::int64_t longest_wait_ms = 1000;
 
+// Of what is written to standard error. A task that complains for ever must not fill our memory.
+constexpr std::size_t most_message_bytes = 65536;
+
 [[noreturn]] void fail(const char* call) {
     throw std::system_error(errno, std::generic_category(), call);
 }
@@ -42,12 +45,27 @@ struct Pipe {
 
 using Task = std::function<void(const TakePiece&)>;
 
-[[noreturn]] void be_child(const Task& task, const Pipe& result, const Pipe& messages) {
+void end_group(int /*signal_number*/) {
+    kill(0, SIGKILL);
+}
+
+// Whoever waits for us may be killed: then we end, and the commands that we have started as well.
+void end_with(pid_t parent) {
+    const bool has_group = getpgrp() == getpid();
+    signal(SIGTERM, has_group ? end_group : SIG_DFL);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) {
+        _exit(1);  // it was killed before we asked to be told
+    }
+}
+
+[[noreturn]] void be_child(const Task& task, const Pipe& result, const Pipe& messages,
+                           pid_t parent) {
     setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    for (const int number : {SIGINT, SIGHUP, SIGPIPE}) {
         signal(number, SIG_DFL);
     }
+    end_with(parent);
     dup2(messages.writer.get(), STDERR_FILENO);
     int status = 1;
     try {
@@ -73,10 +91,19 @@ bool read_some(int fd, std::string& text) {
     return got > 0 || (got < 0 && (errno == EINTR || errno == EAGAIN));
 }
 
-void read_rest(int fd, std::string& text) {
+// The same; what is too much is read and left out.
+bool read_some_messages(int fd, std::string& messages) {
+    const bool more = read_some(fd, messages);
+    messages.resize(std::min(messages.size(), most_message_bytes));
+    return more;
+}
+
+// Somebody who goes on writing does not keep us here.
+void read_rest(int fd, std::string& messages) {
     fcntl(fd, F_SETFL, O_NONBLOCK);
     pollfd entry = {fd, POLLIN, 0};
-    while (poll(&entry, 1, 0) > 0 && read_some(fd, text)) {
+    while (messages.size() < most_message_bytes && poll(&entry, 1, 0) > 0 &&
+           read_some_messages(fd, messages)) {
     }
 }
 
@@ -99,7 +126,7 @@ BoundedTask::End collect(const Pipe& result, const Pipe& messages, std::chrono::
         if (entries[1].revents != 0) {
             return BoundedTask::End::stopped;
         }
-        if (entries[2].revents != 0 && !read_some(entries[2].fd, outcome.messages)) {
+        if (entries[2].revents != 0 && !read_some_messages(entries[2].fd, outcome.messages)) {
             entries[2].fd = -1;
         }
         if (entries[0].revents != 0) {
@@ -150,12 +177,13 @@ BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
     Pipe messages;
     std::fflush(nullptr);
     const auto start = SteadyClock::now();
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child < 0) {
         fail("fork");
     }
     if (child == 0) {
-        be_child(task, result, messages);
+        be_child(task, result, messages, parent);
     }
     setpgid(child, child);  // whoever comes first
     result.writer.reset();
@@ -164,11 +192,11 @@ BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
     BoundedTask outcome;
     outcome.end = collect(result, messages, std::chrono::seconds(limit_seconds), wake_fd, outcome);
     outcome.took_ms = std::chrono::duration_cast<milliseconds>(SteadyClock::now() - start).count();
-    read_rest(messages.reader.get(), outcome.messages);
     const bool finished = outcome.end == BoundedTask::End::finished;
     if (!finished) {
         kill(-child, SIGKILL);
     }
+    read_rest(messages.reader.get(), outcome.messages);
     if (!reap(child) && finished) {
         outcome.end = BoundedTask::End::died;
     }

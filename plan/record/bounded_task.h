@@ -11,7 +11,7 @@ struct BoundedTask {
     enum class End { finished, too_long, stopped, died };
     End end = End::died;
     std::string text;      // what the task handed over
-    std::string messages;  // what was written to standard error meanwhile
+    std::string messages;  // what was written to standard error meanwhile, 64 KiB at most
     std::int64_t took_ms = 0;
 };
 
@@ -25,6 +25,7 @@ constexpr int no_wake_fd = -1;
 using TakePiece = std::function<void(std::string_view piece)>;
 
 // Does the task in a child until it is silent for so many seconds, or until `wake_fd` can be read.
+// The child, with the commands that it runs, does not outlive us either.
 // A child that cannot be killed (it waits for a dead disk) is left behind. Throws std::system_error
 // when there can be no child.
 BoundedTask run_bounded(const std::function<void(const TakePiece& take_piece)>& task,

@@ -2,11 +2,13 @@
 #include "plan/record/recorder.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 
 #include "kiln/files.h"
 #include "plan/record/bounded_task.h"
@@ -133,6 +135,10 @@ TEST(BoundedTask, EndsAsItsTaskDoes) {
     EXPECT_EQ(done.end, BoundedTask::End::finished);
     EXPECT_EQ(done.text, "result");
     EXPECT_EQ(done.messages, "said");
+    const auto complain = [] {
+        return std::to_string(fputs(std::string(100000, 'x').c_str(), stderr));
+    };
+    EXPECT_EQ(run_bounded(complain, 10, no_wake_fd).messages, std::string(65536, 'x'));
     const auto die = []() -> std::string { _exit(3); };
     EXPECT_EQ(run_bounded(die, 10, no_wake_fd).end, BoundedTask::End::died);
     const auto hang = [] { return std::to_string(pause()); };
@@ -142,6 +148,20 @@ TEST(BoundedTask, EndsAsItsTaskDoes) {
     EXPECT_EQ(run_bounded(hang, 10, ends[0]).end, BoundedTask::End::stopped);
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST(BoundedTask, LeavesNoCommandBehindWhenItsOwnerIsKilled) {
+    int ends[2];  // the command has the writing one as long as it runs
+    ASSERT_EQ(pipe(ends), 0);
+    const auto own_a_task = [] {
+        const auto run = [] { return std::to_string(std::system("sleep 600")); };
+        return run_bounded(run, 600, no_wake_fd).text;
+    };
+    EXPECT_EQ(run_bounded(own_a_task, 1, no_wake_fd).end, BoundedTask::End::too_long);
+    close(ends[1]);
+    pollfd command = {ends[0], POLLIN, 0};
+    EXPECT_EQ(poll(&command, 1, 10000), 1);
+    close(ends[0]);
 }
 
 // The moments of a recorder's clocks, in milliseconds.
