@@ -1,7 +1,10 @@
 #include "plan/record/recorded_pass.h"
 
+#include <string>
 #include <system_error>
+#include <vector>
 
+#include "kiln/strings.h"
 #include "plan/record/bounded_task.h"
 #include "plan/recording/format.h"
 
@@ -31,16 +34,14 @@ void take_steps(const Host& host, const UsageSources& sources, const TakePiece& 
     take_piece(pass_line(pass));
 }
 
-// The pass in the last whole line.
-RecordedPass last_pass(const std::string& lines) {
-    const std::size_t end = lines.rfind('\n');
-    const std::size_t before =
-        end == 0 || end == std::string::npos ? end : lines.rfind('\n', end - 1);
-    const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-    const Kiln::Result<RecordedPass> pass =
-        parse_pass(end == std::string::npos ? "" : lines.substr(begin, end - begin));
-    if (pass) {
-        return *pass;
+// The pass in the last line that can be read. One that was cut cannot, nor one with a usage beyond
+// all belief: that costs no count.
+RecordedPass last_pass(const std::string& text) {
+    const std::vector<std::string> lines = Kiln::split("\n", text, 0);
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (const Kiln::Result<RecordedPass> pass = parse_pass(*line)) {
+            return *pass;
+        }
     }
     RecordedPass none;
     none.failure = "";

@@ -12,6 +12,7 @@
 
 #include "kiln/files.h"
 #include "plan/record/bounded_task.h"
+#include "plan/record/recorded_pass.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -276,6 +277,17 @@ TEST_F(MadeUpRecorder, GoesOnAfterAPassThatFailed) {
     EXPECT_EQ(made.passes[1].taken.to_ulong(), 0x1FFU) << "all but the two of the disk";
     EXPECT_EQ(made.passes[1].counts[&PhysParams::numproc], 7);
     EXPECT_EQ(made.passes[1].counts[&PhysParams::numiptent], 14);
+}
+
+TEST_F(MadeUpRecorder, TakesAPassWithAUsageBeyondBelief) {
+    made_up_.put("uptime", "4000000000000000.00 1.00\n");
+    UsageSources usage;
+    usage.paths = {made_up_.path(""), made_up_.path("none"), made_up_.path("none")};
+    const std::optional<RecordedPass> pass =
+        take_bounded_pass(made_up_.host, usage, 10, no_wake_fd);
+    ASSERT_TRUE(pass);
+    EXPECT_EQ(pass->failure.value_or("none"), "none");
+    EXPECT_TRUE(pass->taken.all());
 }
 
 // The first pass finds no room, the second does: the commands, in a child each, move the limit.
