@@ -1,8 +1,7 @@
 // Recordings, and everything that is made of them.
-#include <variant>
-
 #include "fuzz/support.h"
 #include "plan/explain/explanation.h"
+#include "plan/recording/format.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text = fuzz::text_of(data, size);
@@ -15,6 +14,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(recording.whole_size <= size && text[recording.whole_size - 1] == '\n',
                   "only whole lines are taken");
     std::string again = header_line(recording.header);
+    for (const Continuation& continuation : recording.continuations) {
+        again += continuation_line(continuation);
+    }
+    for (const CheckResult& check : recording.checks) {
+        again += check_line(check);
+    }
     for (const RecordedPass& pass : recording.passes) {
         again += pass_line(pass);
     }
@@ -24,6 +29,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Kiln::Result<Recording> reread = parse_recording(again);
     fuzz::require(static_cast<bool>(reread), "what was read can be written");
     fuzz::require(reread->passes.size() == recording.passes.size(), "no pass is lost");
+    fuzz::require(reread->continuations.size() == recording.continuations.size() &&
+                      reread->checks.size() == recording.checks.size(),
+                  "nor what it went on with, nor what was found before");
 
     const std::vector<NamedRecording> recordings = {{"a", recording}, {"b", recording}};
     const Kiln::Result<CombinedScan> scan = combine(recordings);

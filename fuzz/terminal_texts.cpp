@@ -1,0 +1,23 @@
+// Texts of unknown origin on their way to a terminal, and what is said of commands' outputs.
+#include "fuzz/support.h"
+#include "plan/check/output_shapes.h"
+#include "plan/text/printable.h"
+#include "plan/text/wrapped.h"
+
+// The input in two: what a command wrote to standard output, and to standard error.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<std::string> texts = fuzz::sections(data, size, 2);
+    const std::string shown = printable(texts[0]);
+    for (const char c : shown) {
+        const auto byte = static_cast<unsigned char>(c);
+        fuzz::require(byte >= 0x20 && byte != 0x7F, "nothing that a terminal acts on");
+    }
+    fuzz::require(printable(shown) == shown, "what is printable stays as it is");
+    fuzz::require(columns_of(shown) <= shown.size(), "no character has two columns here");
+    const std::string lines = wrapped(shown, "", "  ");
+    fuzz::require(!lines.empty() && lines.back() == '\n', "lines have their end");
+    for (const SampleStep& step : sample_steps) {
+        static_cast<void>(shape_objection(step, texts[0], texts[1]));
+    }
+    return 0;
+}
