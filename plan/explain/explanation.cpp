@@ -306,6 +306,7 @@ Explanation explain(const std::vector<NamedRecording>& recordings, const Combine
     explanation.host = scan.profile.hostname;
     explanation.counts = summarize_counts(recordings, scan.page_size);
     explanation.coverage = measure_coverage(recordings);
+    explanation.usage = summarize_usage(usage_series(recordings));
     const ComputedConfig computed = compute_known_lines(scan, scales);
     const Explainer explainer(scan, scales, explanation.counts, computed.lines);
     for (const ConfigLine& line : computed.lines) {

@@ -10,6 +10,7 @@
 #include "calc/container_config.h"
 #include "plan/explain/count_summary.h"
 #include "plan/explain/coverage.h"
+#include "plan/explain/usage_summary.h"
 #include "plan/explain/verdict.h"
 #include "plan/recording/combined_scan.h"
 
@@ -48,6 +49,7 @@ struct Explanation {
     std::vector<LineExplanation> lines;  // in the order of the configuration, the missing ones last
     std::vector<CountSummary> counts;    // in the order of sampled_counts
     Coverage coverage;
+    UsageSummaries usage;
     Verdict verdict;
     std::vector<std::string> remarks;  // on the whole, beside the reasons of the verdict
 };

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "plan/explain/usage_json.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/utc.h"
 
@@ -108,5 +109,6 @@ ordered_json explanation_json(const Explanation& explanation) {
     object["remarks"] = texts_to_json(explanation.remarks);
     object["lines"] = list_to_json(explanation.lines, line_json);
     object["counts"] = list_to_json(explanation.counts, count_json);
+    object["usage"] = usage_json(explanation.usage);
     return object;
 }

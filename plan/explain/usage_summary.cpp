@@ -315,3 +315,12 @@ UsageSummary summarize_usage(const std::vector<UsageValue>& values, int percenti
         [](const UsageValue& a, const UsageValue& b) { return a.value < b.value; });
     return summary;
 }
+
+UsageSummaries summarize_usage(const UsageSeries& series) {
+    constexpr int usual_percentile = 95;
+    UsageSummaries summaries;
+    for (std::size_t i = 0; i < series.size(); ++i) {
+        summaries[i] = summarize_usage(series[i], usual_percentile);
+    }
+    return summaries;
+}

@@ -66,3 +66,7 @@ struct UsageSummary {
 // The Pth percentile is the smallest value that P % of the values do not exceed (nearest rank): one
 // that was really seen. `percentile` is 1 to 100.
 UsageSummary summarize_usage(const std::vector<UsageValue>& values, int percentile);
+
+// Of every quantity by its place, with the 95th percentile.
+using UsageSummaries = std::array<UsageSummary, usage_quantity_count>;
+UsageSummaries summarize_usage(const UsageSeries& series);
