@@ -9,12 +9,7 @@
 
 #include "plan/explain/explanation.h"
 #include "plan/recording/recording.h"
-
-// One value of a count, at a moment of the recording.
-struct ReportPoint {
-    std::int64_t seconds = 0;  // since the recording's start
-    std::int64_t value = 0;    // in the count's own unit
-};
+#include "plan/report/usage_points.h"
 
 struct ReportServer {
     std::string name;  // its file's without the ending: any bytes
@@ -30,7 +25,8 @@ struct ReportServer {
     std::optional<std::uint64_t> descriptors;   // NUMFILE
     std::vector<std::string> warnings;
     std::vector<std::vector<ReportPoint>> points;  // of every count of the explanation, thinned
-    std::vector<std::string> notes;                // paths that the copy of the server leaves out
+    ServerUsage usage;
+    std::vector<std::string> notes;  // paths that the copy of the server leaves out
 };
 
 struct ReportFleet {

@@ -3,8 +3,12 @@
 #include <nlohmann/json.hpp>
 
 #include "plan/explain/explanation_json.h"
+#include "plan/explain/usage_summary.h"
 #include "plan/recording/json_text.h"
+#include "plan/report/fleet_usage.h"
 #include "plan/report/page/page_text.h"
+#include "plan/report/page_data.h"
+#include "plan/report/thinning.h"
 #include "plan/text/utc.h"
 
 namespace {
@@ -16,6 +20,23 @@ Json optional_json(const std::optional<T>& value) {
     return value ? Json(*value) : Json();
 }
 
+const UsageSummary* summary_of(const ReportServer& s, UsageQuantity quantity) {
+    const auto place = static_cast<std::size_t>(quantity);
+    return s.explanation && s.explanation->usage[place].peak ? &s.explanation->usage[place]
+                                                             : nullptr;
+}
+
+// Of a quantity of the server, in the unit of base_unit_of(); nothing where it is not known.
+Json percentile_of(const ReportServer& s, UsageQuantity quantity) {
+    const UsageSummary* summary = summary_of(s, quantity);
+    return summary != nullptr ? Json(base_value(quantity, summary->percentile)) : Json();
+}
+
+Json peak_of(const ReportServer& s, UsageQuantity quantity) {
+    const UsageSummary* summary = summary_of(s, quantity);
+    return summary != nullptr ? Json(base_value(quantity, summary->peak->value)) : Json();
+}
+
 // What the table of all servers shows. The rest of a server is a text of its own, which the page
 // reads only when the server is opened.
 Json row_json(const ReportServer& s) {
@@ -23,8 +44,8 @@ Json row_json(const ReportServer& s) {
             {"host", s.host},
             {"state", name_of(s.state)},
             {"reason", s.reason},
-            {"cores", nullptr},
-            {"memory_used", nullptr},
+            {"cores", percentile_of(s, UsageQuantity::cores)},
+            {"memory_used", peak_of(s, UsageQuantity::memory)},
             {"memory", optional_json(s.memory_limit)},
             {"disk", optional_json(s.disk)},
             {"processes", optional_json(s.processes)},
@@ -34,14 +55,6 @@ Json row_json(const ReportServer& s) {
             {"taken", s.explanation ? s.explanation->coverage.taken : 0},
             {"planned", s.explanation ? s.explanation->coverage.planned : 0},
             {"warnings", s.warnings.size()}};
-}
-
-Json fleet_json(const ReportFleet& fleet) {
-    return {{"title", fleet.title},
-            {"generated", fleet.generated_utc},
-            {"version", fleet.version},
-            {"usage", Json::object()},
-            {"servers", list_to_json(fleet.servers, row_json)}};
 }
 
 // Seconds since the point before, and values, by turns: shorter than pairs, and small numbers.
@@ -56,6 +69,70 @@ Json points_json(const std::vector<ReportPoint>& points) {
     return flat;
 }
 
+// A finer drawing than that of one server: what a new machine must have is read from it.
+constexpr std::size_t points_together = 2 * points_per_series;
+
+// All servers together over the wall clock; nothing where none is known.
+Json together_json(const ReportFleet& fleet, UsageQuantity quantity,
+                   UsageTrack ServerUsage::*track) {
+    std::vector<const UsageTrack*> tracks;
+    for (const ReportServer& server : fleet.servers) {
+        tracks.push_back(&(server.usage.*track));
+    }
+    const std::optional<FleetUsage> usage = sum_usage(tracks);
+    if (!usage) {
+        return {};
+    }
+    const double scale = points_per_unit(quantity);
+    const std::int64_t start_ms = usage->sums.front().time_ms;
+    std::vector<ReportPoint> points;
+    for (const TrackValue& sum : usage->sums) {
+        points.push_back({(sum.time_ms - start_ms) / 1000, sum.value});
+    }
+    return {{"label", label_of(quantity)},
+            {"unit", base_unit_of(quantity)},
+            {"scale", scale},
+            {"servers", usage->servers},
+            {"start", utc_text(start_ms / 1000)},
+            {"peak",
+             {{"value", static_cast<double>(usage->peak.value) / scale},
+              {"at_ms", usage->peak.time_ms - start_ms}}},
+            {"sum_of_peaks", static_cast<double>(usage->sum_of_peaks) / scale},
+            {"points", points_json(thinned(points, points_together))}};
+}
+
+Json fleet_json(const ReportFleet& fleet) {
+    return {{"title", fleet.title},
+            {"generated", fleet.generated_utc},
+            {"version", fleet.version},
+            {"usage",
+             {{"cores", together_json(fleet, UsageQuantity::cores, &ServerUsage::cores_track)},
+              {"memory", together_json(fleet, UsageQuantity::memory, &ServerUsage::memory_track)}}},
+            {"servers", list_to_json(fleet.servers, row_json)}};
+}
+
+Json file_system_json(const FileSystemSize& system) {
+    return {{"mount_point", text_to_json(system.mount_point)}, {"size_kib", system.size_kib}};
+}
+
+Json hardware_json(const Hardware& hardware) {
+    return {{"cpus", optional_json(hardware.cpus)},
+            {"memory_kib", optional_json(hardware.memory_kib)},
+            {"swap_kib", optional_json(hardware.swap_kib)},
+            {"file_systems", list_to_json(hardware.file_systems, file_system_json)}};
+}
+
+void add_usage_points(const std::vector<UsagePoints>& charts, Json& usage) {
+    for (const UsagePoints& chart : charts) {
+        for (Json& quantity : usage) {
+            if (quantity["name"] == name_of(chart.quantity)) {
+                quantity["scale"] = points_per_unit(chart.quantity);
+                quantity["points"] = points_json(chart.points);
+            }
+        }
+    }
+}
+
 // What `explain --json` says of the server, with the points of every count, and what the table of
 // all servers leaves out.
 Json details_json(const ReportServer& s) {
@@ -66,27 +143,17 @@ Json details_json(const ReportServer& s) {
         details["page_size"] = s.header->page_size;
         details["start"] = utc_text(s.header->start);
     }
+    if (s.usage.hardware) {
+        details["hardware"] = hardware_json(*s.usage.hardware);
+    }
     if (s.explanation) {
         details["explanation"] = explanation_json(*s.explanation);
         for (std::size_t i = 0; i < s.points.size(); ++i) {
             details["explanation"]["counts"][i]["points"] = points_json(s.points[i]);
         }
+        add_usage_points(s.usage.charts, details["explanation"]["usage"]);
     }
     return details;
-}
-
-// JSON that may stand inside a script element. Only strings can hold a "<", and there it may be
-// written as an escape; everything beyond ASCII is, and bytes that are no UTF-8 are replaced.
-void append_data(const std::string& id, const Json& json, std::string& page) {
-    page += "<script type=\"application/json\" id=\"" + id + "\">";
-    for (const char c : json.dump(-1, ' ', true, Json::error_handler_t::replace)) {
-        if (c == '<') {
-            page += "\\u003c";
-        } else {
-            page += c;
-        }
-    }
-    page += "</script>\n";
 }
 
 }  // namespace
@@ -99,7 +166,7 @@ std::string report_page(const ReportFleet& fleet) {
     std::string page(page_head());
     append_data("fleet", fleet_json(fleet), page);
     for (std::size_t i = 0; i < fleet.servers.size(); ++i) {
-        append_data("data-" + std::to_string(i), details_json(fleet.servers[i]), page);
+        append_packed_data("data-" + std::to_string(i), details_json(fleet.servers[i]), page);
     }
     page += page_tail();
     return page;

@@ -6,10 +6,9 @@
 #include "kiln/strings.h"
 #include "plan/explain/explanation.h"
 #include "plan/report/thinning.h"
+#include "plan/report/usage_points.h"
 
 namespace {
-
-constexpr std::size_t points_per_series = 200;
 
 std::vector<ReportPoint> points_of(const Recording& recording, std::size_t place) {
     std::vector<ReportPoint> points;
@@ -96,6 +95,7 @@ ReportServer report_server(const std::string& name, NamedRecording named, Config
     const auto& scan = *combined;
     const Explanation explanation = explain(only, scan, scales);
     take_explanation(recording, explanation, server);
+    server.usage = server_usage(only.front());
     take_warnings(explanation, server);
     take_notes(scan.profile.notes, server);
     server.host = explanation.host;

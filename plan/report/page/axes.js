@@ -27,7 +27,7 @@ function valueMark(series, value) {
         return count(value);
     }
     const text = bytes(value * sizeOf(series), 2).replace(/\.00 /, " ").replace(/(\.\d)0 /, "$1 ");
-    return text + (series.unit === "bytes/s" ? "/s" : "");
+    return text + perSecond(series);
 }
 
 // Up to a little above everything that is drawn.

@@ -46,7 +46,7 @@ function chartFigure(series, setting) {
     setText(figure, "strong", series.label);
     setText(figure, ".peak-text", peak ?? "Nothing was measured.");
     setText(figure, ".rest", rest.filter(Boolean).join(" "));
-    setText(figure, ".remarks", [...series.remarks ?? [], ...series.notes ?? []].join("; "));
+    setText(figure, ".remarks", [...(series.remarks ?? []), ...(series.notes ?? [])].join("; "));
     figure.querySelector("canvas").setAttribute("aria-label",
         visible("Chart of " + series.label + " on " + setting.name + " over time. " + (peak ?? "") +
             " The numbers stand in a table below."));

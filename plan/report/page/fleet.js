@@ -5,8 +5,8 @@ const stateOrder = {failed: 0, partly: 1, done: 2};
 
 const columns = ["cores", "memory_used", "memory", "disk", "processes", "descriptors", "warnings"];
 const shownAs = {
-    cores,
-    memory_used: kib,
+    cores: (value) => value.toFixed(2),
+    memory_used: bytes,
     memory: bytes,
     disk: kib,
     processes: count,
@@ -28,19 +28,16 @@ function coverageCell(server) {
         small(count(server.taken) + " of " + count(server.planned) + " passes"));
 }
 
-// Servers are called after their files; the name that a host gives itself may be another one.
-const otherHost = (server) => server.host !== "" && server.host !== server.name;
-
 function fleetRow(server, index) {
     const link = make("a", "", visible(server.name));
     link.href = "#server-" + index;
     const cells = columns.map((key) =>
         numberCell(server[key] === null ? null : shownAs[key](server[key])));
     cells.splice(-1, 0, coverageCell(server));
-    const host = otherHost(server) ? [make("small", "", visible(server.host))] : [];
+    const host = server.host && server.host !== server.name ? [small(server.host)] : [];
     const row = labelled(make("tr", "", rowHeading(link, ...host), stateCell(server), ...cells),
         byId("servers").tHead.rows[0].cells);
-    const text = [server.name, server.host, server.reason, stateNames[server.state], server.coverage]
+    const text = [server.name, server.host ?? "", server.reason, stateNames[server.state], server.coverage]
         .map(visible).join("\n").toLowerCase();
     return {server, index, row, text};
 }
@@ -125,8 +122,8 @@ function togetherFigures() {
     for (const [usage, name] of [[fleet.usage.cores, "CPU"], [fleet.usage.memory, "Memory"]]) {
         if (usage) {
             figures.push(
-                [name + ", all together at most", inUnit(usage, usage.peak.value), momentOf(usage)],
-                [name + ", each one's peak added up", inUnit(usage, usage.sum_of_peaks),
+                [name + ", all together", inUnit(usage, usage.peak.value), momentOf(usage)],
+                [name + ", peaks added up", inUnit(usage, usage.sum_of_peaks),
                     "as if all had it at once"]);
         }
     }

@@ -27,19 +27,16 @@ function pathOf(plan) {
 }
 
 function gridOf(plan) {
-    const drawn = [];
-    for (const mark of plan.values.marks) {
-        const y = up(plan, mark);
-        drawn.push(draws("path", "grid", {d: "M" + paper.left + " " + y + "H" + paper.right}),
-            draws("text", "value", {x: paper.left - 4, y: y + 3}, plan.values.text(mark)));
-    }
-    for (const mark of plan.time.marks) {
-        const x = across(plan, mark);
-        drawn.push(draws("path", "grid", {d: "M" + x + " " + paper.top + "V" + paper.bottom}),
-            ...[plan.time.text(mark)].flat().map((line, i) =>
-                draws("text", "time", {x, y: paper.bottom + 12 + i * 11}, line)));
-    }
-    return drawn;
+    const rows = plan.values.marks.map((mark) => up(plan, mark));
+    const columns = plan.time.marks.map((mark) => across(plan, mark));
+    const lines = rows.map((y) => "M" + paper.left + " " + y + "H" + paper.right)
+        .concat(columns.map((x) => "M" + x + " " + paper.top + "V" + paper.bottom));
+    const texts = plan.values.marks.map((mark, i) =>
+        draws("text", "value", {x: paper.left - 4, y: rows[i] + 3}, plan.values.text(mark)));
+    plan.time.marks.forEach((mark, i) => texts.push(
+        ...[plan.time.text(mark)].flat().map((line, below) =>
+            draws("text", "time", {x: columns[i], y: paper.bottom + 12 + below * 11}, line))));
+    return [draws("path", "grid", {d: lines.join("")}), ...texts];
 }
 
 function peakOf(plan) {
@@ -63,9 +60,14 @@ function drawingOf(plan) {
     return drawing;
 }
 
+// A thousand charts take a printer's driver minutes.
+const mostPrintedServers = 50;
+
 function beforePrint() {
     fillAll();
-    for (const figure of document.querySelectorAll("figure")) {
+    const tooMany = document.querySelectorAll(".server").length > mostPrintedServers;
+    document.body.classList.toggle("few-charts", tooMany);
+    for (const figure of document.querySelectorAll(tooMany ? "#together figure" : "figure")) {
         figure.querySelector(".canvas").append(drawingOf(plans.get(figure)));
     }
 }

@@ -12,7 +12,7 @@ function hardwareFacts(server, {hardware}) {
         ["Cores", hardware?.cpus && count(hardware.cpus),
             server.cores !== null && count(Number(server.cores.toFixed(2))) + " in use, 95 % of the time"],
         ["Memory", hardware?.memory_kib && kib(hardware.memory_kib),
-            server.memory_used !== null && "at most " + kib(server.memory_used) + " in use"],
+            server.memory_used !== null && "at most " + bytes(server.memory_used) + " in use"],
         ["Swap", hardware && hardware.swap_kib !== null &&
             (hardware.swap_kib ? kib(hardware.swap_kib) : "none")],
         [disks.length === 1 ? "Disk" : "Disks", disks.join(", ")],
@@ -28,7 +28,6 @@ function facts(server, details) {
         ...hardwareFacts(server, details),
         ["Kernel", details.kernel, details.machine],
         ["Page size", details.page_size && bytes(details.page_size)],
-        ["Host", otherHost(server) && server.host],
         ["Started", details.start && clock(details.start, 0) + " UTC"],
         ["Passes", server.planned && passes],
         ["A pass every", details.period && span(details.period)],
@@ -72,7 +71,7 @@ function basisCell(line) {
 }
 
 function lineRow(details, line) {
-    const remarks = line.remarks.map((text) => make("div", "", visible(text)));
+    const remarks = [...line.remarks, ...(line.notes ?? [])].map((text) => make("div", "", visible(text)));
     return make("tr", line.basis === "floor" ? "floor-row" : "",
         rowHeading(visible(line.name)), ...valueCells(line), seenCell(details, line),
         basisCell(line), make("td", "wide", ...remarks));

@@ -61,21 +61,23 @@ function clock(start, seconds) {
 }
 
 // What one of a series is in bytes; 0 for what has no size.
-const sizes = {"KiB": 1024, "bytes/s": 1};
+const sizes = {bytes: 1, bytes_per_second: 1};
 const sizeOf = (series) => series.unit_bytes ?? sizes[series.unit] ?? 0;
+
+const perSecond = (series) => series.unit === "bytes_per_second" ? "/s" : "";
 
 // "11.8 GiB", "1,248", "1.25 cores", "3.4 MiB/s".
 function inUnit(series, value) {
     if (sizeOf(series)) {
-        return bytes(value * sizeOf(series)) + (series.unit === "bytes/s" ? "/s" : "");
+        return bytes(value * sizeOf(series)) + perSecond(series);
     }
     return series.unit === "cores" ? cores(value) : count(value);
 }
 
-// "KiB", "pages of 4 KiB"; nothing for things that are just counted.
+// "cores", "KiB", "pages of 4 KiB"; nothing for things that are just counted.
 function unitOf(series) {
     if (series.unit !== undefined) {
-        return series.unit;
+        return {number: "", bytes_per_second: "bytes/s"}[series.unit] ?? series.unit;
     }
     const inKib = series.unit_bytes / 1024;
     return inKib < 1 ? "" : inKib === 1 ? "KiB" : "pages of " + inKib + " KiB";
@@ -83,7 +85,7 @@ function unitOf(series) {
 
 function exactly(series, value) {
     const unit = unitOf(series);
-    if (!sizeOf(series) || series.unit === "bytes/s") {
+    if (!series.unit_bytes) {
         return inUnit(series, value);
     }
     return count(value) + " " + unit + " (" + inUnit(series, value) + ")";
