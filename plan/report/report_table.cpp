@@ -32,12 +32,11 @@ std::string csv_cell(std::optional<std::uint64_t> number) {
 }
 
 std::string csv_row(const ReportServer& s) {
-    const std::optional<Coverage> coverage =
-        s.explanation ? std::optional(s.explanation->coverage) : std::nullopt;
+    const Coverage none;
+    const Coverage& shown = s.explanation ? s.explanation->coverage : none;
     const auto known = [&](std::int64_t number) {
-        return coverage ? std::to_string(number) : std::string();
+        return s.explanation ? std::to_string(number) : std::string();
     };
-    const Coverage shown = coverage.value_or(Coverage());
     const std::string cells[] = {
         csv_cell(s.name),
         name_of(s.state),
@@ -46,7 +45,7 @@ std::string csv_row(const ReportServer& s) {
         csv_cell(s.disk),
         csv_cell(s.processes),
         csv_cell(s.descriptors),
-        coverage ? grade_name(shown.grade) : "",
+        s.explanation ? grade_name(shown.grade) : "",
         known(shown.taken),
         known(shown.planned),
         known(shown.longest_gap_ms / 1000),
