@@ -6,6 +6,7 @@
 #include "plan/explain/derivation.h"
 #include "plan/explain/explanation.h"
 #include "plan/explain/explanation_json.h"
+#include "plan/explain/usage_section.h"
 #include "plan/text/printable.h"
 #include "plan/text/utc.h"
 #include "plan/text/wrapped.h"
@@ -82,7 +83,8 @@ std::string line_text(const LineExplanation& line, bool many_recordings) {
     return text;
 }
 
-std::string explanation_text(const Explanation& explanation, std::size_t recordings) {
+std::string explanation_text(const Explanation& explanation,
+                             const std::vector<NamedRecording>& recordings) {
     std::string text = filled("host: ", printable(explanation.host), 2) +
                        "state: " + name_of(explanation.verdict.state) + "\n" +
                        filled("", coverage_in_words(explanation.coverage), 2);
@@ -91,9 +93,9 @@ std::string explanation_text(const Explanation& explanation, std::size_t recordi
             text += filled("! ", printable(remark), 2);
         }
     }
-    text += "\n";
+    text += "\n" + usage_section(recordings) + "\n";
     for (const LineExplanation& line : explanation.lines) {
-        text += line_text(line, recordings > 1);
+        text += line_text(line, recordings.size() > 1);
     }
     return text;
 }
@@ -106,7 +108,7 @@ int run(const Options& options) {
     const Explanation explanation = explain(host->recordings, host->scan, options.scales);
     const std::string text = options.json
                                  ? printable_json(explanation_json(explanation).dump(2)) + "\n"
-                                 : explanation_text(explanation, host->recordings.size());
+                                 : explanation_text(explanation, host->recordings);
     if (const ExitStatus status =
             say_trouble(write_result({options.out_path, options.paths}, text))) {
         return status;

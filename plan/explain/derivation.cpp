@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "calc/unit_costs.h"
+#include "kiln/numbers.h"
 #include "kiln/strings.h"
 #include "plan/text/printable.h"
 
@@ -96,13 +97,15 @@ std::string Derivations::memory_limit() const {
         std::string name;
         double bytes;
     };
-    const auto bytes = [](std::uint64_t number) { return static_cast<double>(number); };
+    // As the sum takes them: a number that wrapped around is negative, and is doubled in 32 bits.
+    const auto number = [](std::uint64_t written) { return static_cast<std::int32_t>(written); };
+    const auto bytes = [&](std::uint64_t written) { return static_cast<double>(number(written)); };
     const double page = scan_.page_size;
     std::vector<Term> terms = {
         {"PRIVVMPAGES' limit", page * bytes(limit_of("PRIVVMPAGES"))},
         {"LOCKEDPAGES", page * bytes(barrier_of("LOCKEDPAGES"))},
         {"KMEMSIZE", bytes(barrier_of("KMEMSIZE"))},
-        {"twice TCPRCVBUF", 2 * bytes(limit_of("TCPRCVBUF"))},
+        {"twice TCPRCVBUF", static_cast<double>(Kiln::wrap_mul(number(limit_of("TCPRCVBUF")), 2))},
         {"OTHERSOCKBUF", bytes(limit_of("OTHERSOCKBUF"))},
         {"DGRAMRCVBUF", bytes(limit_of("DGRAMRCVBUF"))},
     };

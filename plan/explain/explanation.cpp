@@ -7,6 +7,7 @@
 #include <map>
 
 #include "plan/explain/derivation.h"
+#include "plan/explain/usage_section.h"
 #include "plan/text/printable.h"
 
 namespace {
@@ -308,10 +309,15 @@ Explanation explain(const std::vector<NamedRecording>& recordings, const Combine
     explanation.coverage = measure_coverage(recordings);
     explanation.usage = summarize_usage(usage_series(recordings));
     const ComputedConfig computed = compute_known_lines(scan, scales);
+    const std::optional<Hardware> hardware = newest_hardware(recordings);
     const Explainer explainer(scan, scales, explanation.counts, computed.lines);
     for (const ConfigLine& line : computed.lines) {
         if (line.kind != LineFacts::Kind::text || !line.text.empty()) {
             explanation.lines.push_back(explainer.explain(line));
+            const std::string remark = larger_than_machine(line, hardware, scan.page_size);
+            if (!remark.empty()) {
+                explanation.lines.back().remarks.push_back(remark);
+            }
         } else if (line.step == OneShotStep::distribution) {
             explanation.lines.push_back(explain_no_distribution(scan.profile));
         }
