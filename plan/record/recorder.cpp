@@ -31,15 +31,17 @@ constexpr std::int64_t same_clock_ms = 2000;
 constexpr std::int64_t first_second = -62167219200;
 constexpr std::int64_t last_second = 253402300799;
 
-// How large the host is. A broken disk can make that last: then nobody knows.
+// How large the host is. A broken disk can make that last: then only the boot is known.
 Hardware look_at_hardware(const UsageSources& sources, int wake_fd) {
+    Hardware unknown;
+    unknown.boot_id = read_boot_id(sources.paths);
     try {
         const BoundedTask task = run_bounded([&] { return hardware_text(read_hardware(sources)); },
                                              interrupted_limit_seconds, wake_fd);
         const Kiln::Result<Hardware> hardware = parse_hardware(task.text);
-        return hardware ? *hardware : Hardware();
+        return hardware ? *hardware : unknown;
     } catch (const std::system_error&) {
-        return {};
+        return unknown;
     }
 }
 
@@ -75,23 +77,31 @@ void Recorder::append(const std::string& lines) {
     }
     const bool was_full = !held_lines_.empty();
     held_lines_ += lines;
-    if (const Kiln::Done written = file_.append(held_lines_); !written) {
+    if (const Kiln::Done written = write_held_lines(); !written) {
         if (!was_full) {
             complain(written.reason() + "; going on, what cannot be written is kept in memory");
         }
         return;
     }
-    held_lines_.clear();
     if (was_full) {
         complain("what was kept in memory is written");
     }
 }
 
-void Recorder::write_held_lines() {
-    if (held_lines_.empty()) {
-        return;
+// One after another: a machine that loses power tears one line at most.
+Kiln::Done Recorder::write_held_lines() {
+    while (!held_lines_.empty()) {
+        const std::size_t size = held_lines_.find('\n') + 1;
+        if (const Kiln::Done written = file_.append({held_lines_.data(), size}); !written) {
+            return Kiln::Reason{written.reason()};
+        }
+        held_lines_.erase(0, size);
     }
-    if (const Kiln::Done written = file_.append(held_lines_); !written) {
+    return {};
+}
+
+void Recorder::write_the_rest() {
+    if (const Kiln::Done written = write_held_lines(); !written) {
         const auto lines = std::count(held_lines_.begin(), held_lines_.end(), '\n');
         throw RecordTrouble(written.reason() + "; lines that are lost: " + std::to_string(lines));
     }
@@ -140,7 +150,7 @@ void Recorder::record(ScanSpans spans) {
     if (wants_summary_) {
         take_steps();
     }
-    write_held_lines();
+    write_the_rest();
 }
 
 void Recorder::begin(ScanSpans spans) {
@@ -188,7 +198,7 @@ void Recorder::go_on(const Recording& recording) {
     }
     if (wants_summary_) {
         append(continuation_line({now_ms(), header_.version, header_.kernel, spans_, header_.root,
-                                  clock_.boot_ms(), header_.hardware}));
+                                  clock_.boot_ms(), header_.hardware, clock_that_was_set()}));
     }
 }
 

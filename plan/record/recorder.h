@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -64,7 +65,8 @@ private:
     void hide_progress();
     void take_steps();
     void append(const std::string& lines);
-    void write_held_lines();
+    Kiln::Done write_held_lines();
+    void write_the_rest();
     void cut(std::uint64_t size);
     void complain(const std::string& text);
 

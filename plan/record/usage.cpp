@@ -166,6 +166,10 @@ Usage read_usage(const UsageSources& sources, const ProcessUsage& processes) {
     return usage;
 }
 
+std::string read_boot_id(const UsagePaths& paths) {
+    return parse_boot_id(lines_of(paths.proc + "/sys/kernel/random/boot_id"));
+}
+
 Hardware read_hardware(const UsageSources& sources) {
     const UsagePaths& paths = sources.paths;
     const MemoryInfo memory = parse_memory_info(lines_of(paths.proc + "/meminfo"));
@@ -174,6 +178,6 @@ Hardware read_hardware(const UsageSources& sources) {
     hardware.memory_kib = memory.total_kib;
     hardware.swap_kib = memory.swap_total_kib;
     hardware.file_systems = local_file_systems(sources);
-    hardware.boot_id = parse_boot_id(lines_of(paths.proc + "/sys/kernel/random/boot_id"));
+    hardware.boot_id = read_boot_id(paths);
     return hardware;
 }

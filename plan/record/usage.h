@@ -37,6 +37,9 @@ struct UsageSources {
 // no file system but that of shared memory, and only where it lives in memory.
 Usage read_usage(const UsageSources& sources, const ProcessUsage& processes);
 
+// What the kernel calls the time since the machine was started; empty where it does not say.
+std::string read_boot_id(const UsagePaths& paths);
+
 // How large the host is. A source that fails costs its member as above. Asks the local file systems
 // for their sizes: a broken disk can make that last.
 Hardware read_hardware(const UsageSources& sources);

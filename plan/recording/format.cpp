@@ -302,7 +302,7 @@ void take_line(const json& line, Recording& recording) {
         recording.checks.push_back(part_of<CheckResult>(line));
     } else if (line.contains(continued_name)) {
         recording.continuations.push_back(part_of<Continuation>(line));
-        recording.last_clock_ms.reset();
+        recording.last_clock_ms = recording.continuations.back().clock_ms;
     }
 }
 

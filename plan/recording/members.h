@@ -91,6 +91,7 @@ struct Members<Continuation> {
         member("root", continuation.root);
         member("boot_ms", continuation.boot_ms, amount);
         member("hardware", continuation.hardware);
+        member("clock_ms", continuation.clock_ms, any_time);
     }
 };
 

@@ -8,6 +8,9 @@ ScanSpans Recording::spans() const {
 
 std::int64_t Recording::last_ms() const {
     std::int64_t last = summary ? summary->at_ms : 0;
+    if (!checks.empty()) {
+        last = std::max(last, checks.back().at_ms);
+    }
     if (!continuations.empty()) {
         last = std::max(last, continuations.back().at_ms);
     }

@@ -41,6 +41,7 @@ struct Continuation {
     std::optional<bool> root;
     std::optional<std::int64_t> boot_ms;
     std::optional<Hardware> hardware;
+    std::optional<std::int64_t> clock_ms;  // as in a pass
 };
 
 struct RecordedPass {

@@ -155,7 +155,7 @@ TEST(Verdict, DoneMeansUsable) {
         {[](Recording& r) { r.passes.resize(8); }, "coverage: 2 of 5, poor: 8 of 11 passes"},
         {[](Recording& r) { r.header.root = false; }, "not root"},
         {[](Recording& r) {
-             r.continuations = {{0, "", "", {100, 10}, false, {}, {}}};
+             r.continuations = {{0, "", "", {100, 10}, false, {}, {}, {}}};
          },
          "not root"},
         {[](Recording& r) {

@@ -40,7 +40,7 @@ Summary full_summary() {
 std::string small_recording() {
     return header_line(header_of(hostile)) + pass_line(pass_of(1, 0, 120)) +
            pass_line(failed_pass()) + summary_line(full_summary()) +
-           continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}, {}, {}}) +
+           continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}, {}, {}, {}}) +
            pass_line(pass_of(3, 30, 121));
 }
 
