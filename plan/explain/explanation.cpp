@@ -279,7 +279,7 @@ std::vector<std::string> remarks_on(const std::vector<NamedRecording>& recording
     for (const NamedRecording& named : recordings) {
         for (const CheckResult& check : named.recording.checks) {
             for (const CheckFinding& finding : check.findings) {
-                if (finding.lines.empty()) {
+                if (!spoils(finding)) {
                     add("the check found: " + finding.text);
                 }
             }

@@ -23,3 +23,7 @@ struct Verdict {
 Verdict judge(const std::vector<NamedRecording>& recordings, const CombinedScan& scan,
               const ComputedConfig& computed, const Coverage& coverage,
               const std::vector<CountSummary>& counts);
+
+// Whether the finding makes a number wrong that counts. A host without a packet filter or without
+// the routing tool is whole: what is forgiven is only remarked on.
+bool spoils(const CheckFinding& finding);
