@@ -20,7 +20,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             files.texts[names[i]] = texts[i];
         }
     }
-    const Verdict verdict = judge(parse_control_group(files));
+    const GroupVerdict verdict = judge(parse_control_group(files));
     fuzz::require(!verdict.all_fit || verdict.raise.empty(), "nothing to raise where all fit");
     fuzz::require(nlohmann::json::accept(verdict_json(verdict)), "the verdict is JSON");
     const std::string text = verdict_text(verdict);
