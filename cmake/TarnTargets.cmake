@@ -77,6 +77,7 @@ function(tarn_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE tarn_options ${ARG_LIBS} GTest::gtest GTest::gtest_main)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>) # what is tested is optimised, not the test
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${TARN_TEST_PREFIX}" PROPERTIES TIMEOUT 300)
 endfunction()
 
