@@ -64,9 +64,9 @@ function drawingOf(plan) {
 const mostPrintedServers = 50;
 
 function beforePrint() {
-    fillAll();
     const tooMany = document.querySelectorAll(".server").length > mostPrintedServers;
-    document.body.classList.toggle("few-charts", tooMany);
+    fillAll(tooMany ? fillTexts : fillBody);
+    document.body.classList.toggle("many", tooMany);
     for (const figure of document.querySelectorAll(tooMany ? "#together figure" : "figure")) {
         figure.querySelector(".canvas").append(drawingOf(plans.get(figure)));
     }

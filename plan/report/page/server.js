@@ -1,7 +1,7 @@
 // The servers that are opened below the table. A section stands there at once; what is in it is read
 // then, and built when it comes into sight.
 
-const sections = new Map();  // section to {server, index, reading, details, isFilled}
+const sections = new Map();  // section to {server, index, reading, details, isTold, isFilled}
 const sectionsInSight = whenInSight((section) => fillWhenRead(section));
 
 // "8, at most 2.31 in use"
@@ -119,20 +119,31 @@ function fillHead(section, server) {
     links.hidden = !server.grade;
 }
 
-function fillBody(section) {
-    const {server, details} = sections.get(section);
-    sections.get(section).isFilled = true;
-    sectionsInSight.unobserve(section);
+// All but the charts.
+function fillTexts(section) {
+    const state = sections.get(section);
+    if (state.isTold) {
+        return;
+    }
+    state.isTold = true;
+    const {server, details} = state;
     section.querySelector(".waiting").remove();
     const notes = section.querySelector(".notes");
     fillTerms(section.querySelector(".facts"), facts(server, details));
     fillList(section.querySelector(".warnings"), details.warnings);
-    fillCharts(section, server, details);
     fillExplanation(section, server, details);
     fillList(notes, details.notes);
     setText(notes, "summary", "Leave out of the copy: " + count(details.notes.length) +
         (details.notes.length === 1 ? " path" : " paths"));
     section.querySelector(".body").hidden = false;
+}
+
+function fillBody(section) {
+    const state = sections.get(section);
+    state.isFilled = true;
+    sectionsInSight.unobserve(section);
+    fillTexts(section);
+    fillCharts(section, state.server, state.details);
 }
 
 function build(index) {
@@ -165,10 +176,10 @@ async function fillWhenRead(section) {
 }
 
 // For the printer, which waits for nobody: what has been read by now.
-function fillAll() {
+function fillAll(fill) {
     for (const [section, {details, isFilled}] of sections) {
         if (details && !isFilled) {
-            fillBody(section);
+            fill(section);
         }
     }
 }
