@@ -44,11 +44,7 @@ ordered_json json_of(OneShotStep step) {
 
 template <class Item>
 ordered_json json_of(const std::vector<Item>& items) {
-    ordered_json list = ordered_json::array();
-    for (const Item& item : items) {
-        list.push_back(json_of(item));
-    }
-    return list;
+    return list_to_json(items, [](const Item& item) { return json_of(item); });
 }
 
 ordered_json json_of(const NetIfaceList& ifaces) {
@@ -57,23 +53,22 @@ ordered_json json_of(const NetIfaceList& ifaces) {
 
 class Writer {
 public:
+    static constexpr bool is_writer = true;
+
     explicit Writer(ordered_json& object) : object_(object) {}
 
-    template <class Value>
-    void operator()(const char* name, const Value& value) {
+    // What a number may be is the reader's affair.
+    template <class Value, class... Ranges>
+    void operator()(const char* name, const Value& value, const Ranges&... /*ranges*/) {
         object_[name] = json_of(value);
     }
 
-    template <class Value>
-    void operator()(const char* name, const std::optional<Value>& value) {
+    template <class Value, class... Ranges>
+    void operator()(const char* name, const std::optional<Value>& value,
+                    const Ranges&... /*ranges*/) {
         if (value) {
             object_[name] = json_of(*value);
         }
-    }
-
-    template <class Value>
-    void operator()(const char* name, const Value& value, const Range& /*range*/) {
-        (*this)(name, value);
     }
 
     void time(const char* name, std::int64_t seconds) { object_[name] = utc_text(seconds); }
@@ -95,7 +90,7 @@ private:
 template <class Part>
 void add_members(const Part& part, ordered_json& object) {
     Writer writer(object);
-    Members<Part>::visit(writer, part);
+    visit(writer, part);
 }
 
 template <class Part>
@@ -115,7 +110,8 @@ template <class Part>
 void read_object(const json& value, Part& part);
 
 // A whole number; nlohmann would turn a fraction or a truth into one without a word.
-std::int64_t integer_of(const json& value, const Range& range) {
+template <class Value>
+void read_value(const json& value, Value& into, const Range& range) {
     const bool is_integer = value.is_number_integer();
     const bool is_too_large =
         value.is_number_unsigned() &&
@@ -125,7 +121,7 @@ std::int64_t integer_of(const json& value, const Range& range) {
     if (!is_integer || is_too_large || number < range.least || number > range.most) {
         throw JsonDamage("not a whole number that it can be");
     }
-    return number;
+    into = static_cast<Value>(number);
 }
 
 template <class Value>
@@ -134,8 +130,7 @@ void read_value(const json& value, Value& into) {
         into = value.get<bool>();
     } else if constexpr (std::is_integral_v<Value>) {
         using Limits = std::numeric_limits<Value>;
-        into = static_cast<Value>(
-            integer_of(value, {std::int64_t{Limits::min()}, std::int64_t{Limits::max()}}));
+        read_value(value, into, {std::int64_t{Limits::min()}, std::int64_t{Limits::max()}});
     } else {
         read_object(value, into);
     }
@@ -180,30 +175,19 @@ std::string words_of(const std::exception& error) {
 
 class Reader {
 public:
+    static constexpr bool is_writer = false;
+
     explicit Reader(const json& object) : object_(object) {}
 
-    template <class Value>
-    void operator()(const char* name, Value& value) const {
-        read(name, [&](const json& found) { read_value(found, value); });
+    template <class Value, class... Ranges>
+    void operator()(const char* name, Value& value, const Ranges&... ranges) const {
+        read(name, [&](const json& found) { read_value(found, value, ranges...); });
     }
 
-    template <class Value>
-    void operator()(const char* name, std::optional<Value>& value) const {
+    template <class Value, class... Ranges>
+    void operator()(const char* name, std::optional<Value>& value, const Ranges&... ranges) const {
         if (object_.contains(name)) {
-            (*this)(name, value.emplace());
-        }
-    }
-
-    template <class Value>
-    void operator()(const char* name, Value& value, const Range& range) const {
-        read(name,
-             [&](const json& found) { value = static_cast<Value>(integer_of(found, range)); });
-    }
-
-    template <class Value>
-    void operator()(const char* name, std::optional<Value>& value, const Range& range) const {
-        if (object_.contains(name)) {
-            (*this)(name, value.emplace(), range);
+            (*this)(name, value.emplace(), ranges...);
         }
     }
 
@@ -257,7 +241,7 @@ void read_object(const json& value, Part& part) {
         throw JsonDamage("this is no JSON object");
     }
     Reader reader(value);
-    Members<Part>::visit(reader, part);
+    visit(reader, part);
 }
 
 template <class Part>

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "plan/recording/recording.h"
 
@@ -23,210 +24,163 @@ constexpr Range any_time = {std::numeric_limits<std::int64_t>::min() / 2,
 constexpr Range amount = {0, std::int64_t{1} << 60};
 constexpr Range kib_amount = {0, std::int64_t{1} << 50};
 
-template <class Part>
-struct Members;
+// A part as a visitor meets it.
+template <class Visitor, class Part>
+using Seen = std::conditional_t<Visitor::is_writer, const Part, Part>;
 
-template <>
-struct Members<ScanSpans> {
-    template <class Visitor, class Spans>
-    static void visit(Visitor& member, Spans& spans) {
-        member("scan_time", spans.time, from_zero);
-        member("scan_period", spans.period, from_zero);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, ScanSpans>& spans) {
+    member("scan_time", spans.time, from_zero);
+    member("scan_period", spans.period, from_zero);
+}
 
-template <>
-struct Members<FileSystemSize> {
-    template <class Visitor, class Size>
-    static void visit(Visitor& member, Size& size) {
-        member("mount_point", size.mount_point);
-        member("size_kib", size.size_kib, kib_amount);
-        member("inodes", size.inodes, amount);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, FileSystemSize>& size) {
+    member("mount_point", size.mount_point);
+    member("size_kib", size.size_kib, kib_amount);
+    member("inodes", size.inodes, amount);
+}
 
 // "hardware":{"cpus":4,"memory_kib":24539844,"swap_kib":0,
 //  "file_systems":[{"mount_point":"/","size_kib":263112772,"inodes":16777216}],"boot_id":"9c4b..."}
-template <>
-struct Members<Hardware> {
-    template <class Visitor, class Part>
-    static void visit(Visitor& member, Part& hardware) {
-        member("cpus", hardware.cpus, amount);
-        member("memory_kib", hardware.memory_kib, kib_amount);
-        member("swap_kib", hardware.swap_kib, kib_amount);
-        member("file_systems", hardware.file_systems);
-        member("boot_id", hardware.boot_id);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, Hardware>& hardware) {
+    member("cpus", hardware.cpus, amount);
+    member("memory_kib", hardware.memory_kib, kib_amount);
+    member("swap_kib", hardware.swap_kib, kib_amount);
+    member("file_systems", hardware.file_systems);
+    member("boot_id", hardware.boot_id);
+}
 
 // {"recording_format":1,"version":"1.0","host":"web1","machine":"x86_64","kernel":"6.1.0",
 //  "page_size":4096,"start":"2026-03-12T14:05:00Z","scan_time":604800,"scan_period":300}
-template <>
-struct Members<RecordingHeader> {
-    template <class Visitor, class Header>
-    static void visit(Visitor& member, Header& header) {
-        member("version", header.version);
-        member("host", header.host);
-        member("machine", header.machine);
-        member("kernel", header.kernel);
-        member("page_size", header.page_size, from_one);
-        member.time("start", header.start);
-        Members<ScanSpans>::visit(member, header.spans);
-        member("root", header.root);
-        member("boot_ms", header.boot_ms, amount);
-        member("hardware", header.hardware);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, RecordingHeader>& header) {
+    member("version", header.version);
+    member("host", header.host);
+    member("machine", header.machine);
+    member("kernel", header.kernel);
+    member("page_size", header.page_size, from_one);
+    member.time("start", header.start);
+    visit(member, header.spans);
+    member("root", header.root);
+    member("boot_ms", header.boot_ms, amount);
+    member("hardware", header.hardware);
+}
 
 // {"continued":true,"at_ms":86400000,"version":"1.0","kernel":"6.1.0","scan_time":604800,
 //  "scan_period":300}
-template <>
-struct Members<Continuation> {
-    template <class Visitor, class Line>
-    static void visit(Visitor& member, Line& continuation) {
-        member("at_ms", continuation.at_ms, milliseconds);
-        member("version", continuation.version);
-        member("kernel", continuation.kernel);
-        Members<ScanSpans>::visit(member, continuation.spans);
-        member("root", continuation.root);
-        member("boot_ms", continuation.boot_ms, amount);
-        member("hardware", continuation.hardware);
-        member("clock_ms", continuation.clock_ms, any_time);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, Continuation>& continuation) {
+    member("at_ms", continuation.at_ms, milliseconds);
+    member("version", continuation.version);
+    member("kernel", continuation.kernel);
+    visit(member, continuation.spans);
+    member("root", continuation.root);
+    member("boot_ms", continuation.boot_ms, amount);
+    member("hardware", continuation.hardware);
+    member("clock_ms", continuation.clock_ms, any_time);
+}
 
-template <>
-struct Members<ProcessFigure> {
-    template <class Visitor, class Figure>
-    static void visit(Visitor& member, Figure& figure) {
-        member("value", figure.value, kib_amount);
-        member("name", figure.name);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, ProcessFigure>& figure) {
+    member("value", figure.value, kib_amount);
+    member("name", figure.name);
+}
 
-template <>
-struct Members<Usage> {
-    template <class Visitor, class Part>
-    static void visit(Visitor& member, Part& usage) {
-        member("uptime_ms", usage.uptime_ms, amount);
-        member("tasks", usage.tasks, amount);
-        member("memory_kib", usage.memory_kib, kib_amount);
-        member("swap_kib", usage.swap_kib, kib_amount);
-        member("shm_kib", usage.shm_kib, kib_amount);
-        member("cpu_ms", usage.cpu_ms, amount);
-        member("runnable", usage.runnable, amount);
-        member("cpu_pressure_us", usage.cpu_pressure_us, amount);
-        member("memory_pressure_us", usage.memory_pressure_us, amount);
-        member("io_pressure_us", usage.io_pressure_us, amount);
-        member("disk_read_bytes", usage.disk_read_bytes, amount);
-        member("disk_written_bytes", usage.disk_written_bytes, amount);
-        member("disk_operations", usage.disk_operations, amount);
-        member("net_received_bytes", usage.net_received_bytes, amount);
-        member("net_sent_bytes", usage.net_sent_bytes, amount);
-        member("descriptors", usage.descriptors);
-        member("locked_kib", usage.locked_kib);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, Usage>& usage) {
+    member("uptime_ms", usage.uptime_ms, amount);
+    member("tasks", usage.tasks, amount);
+    member("memory_kib", usage.memory_kib, kib_amount);
+    member("swap_kib", usage.swap_kib, kib_amount);
+    member("shm_kib", usage.shm_kib, kib_amount);
+    member("cpu_ms", usage.cpu_ms, amount);
+    member("runnable", usage.runnable, amount);
+    member("cpu_pressure_us", usage.cpu_pressure_us, amount);
+    member("memory_pressure_us", usage.memory_pressure_us, amount);
+    member("io_pressure_us", usage.io_pressure_us, amount);
+    member("disk_read_bytes", usage.disk_read_bytes, amount);
+    member("disk_written_bytes", usage.disk_written_bytes, amount);
+    member("disk_operations", usage.disk_operations, amount);
+    member("net_received_bytes", usage.net_received_bytes, amount);
+    member("net_sent_bytes", usage.net_sent_bytes, amount);
+    member("descriptors", usage.descriptors);
+    member("locked_kib", usage.locked_kib);
+}
 
 // {"pass":1,"at_ms":0,"took_ms":131,"counts":{"numproc":120,"numtcpsock":40,...}}
-template <>
-struct Members<RecordedPass> {
-    template <class Visitor, class Line>
-    static void visit(Visitor& member, Line& pass) {
-        member("pass", pass.number, from_one);
-        member("at_ms", pass.at_ms, milliseconds);
-        member("took_ms", pass.took_ms, milliseconds);
-        member.counts("counts", pass.counts, pass.taken);
-        member("failed", pass.failure);
-        member("usage", pass.usage);
-        member("clock_ms", pass.clock_ms, any_time);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, RecordedPass>& pass) {
+    member("pass", pass.number, from_one);
+    member("at_ms", pass.at_ms, milliseconds);
+    member("took_ms", pass.took_ms, milliseconds);
+    member.counts("counts", pass.counts, pass.taken);
+    member("failed", pass.failure);
+    member("usage", pass.usage);
+    member("clock_ms", pass.clock_ms, any_time);
+}
 
-template <>
-struct Members<CheckFinding> {
-    template <class Visitor, class Finding>
-    static void visit(Visitor& member, Finding& finding) {
-        member("text", finding.text);
-        member("remedy", finding.remedy);
-        member("lines", finding.lines);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, CheckFinding>& finding) {
+    member("text", finding.text);
+    member("remedy", finding.remedy);
+    member("lines", finding.lines);
+}
 
 // {"at_ms":0,"check":[{"text":"ps is missing: ...","remedy":"install ps ...","lines":["NUMPROC"]}]}
-template <>
-struct Members<CheckResult> {
-    template <class Visitor, class Line>
-    static void visit(Visitor& member, Line& check) {
-        member("at_ms", check.at_ms, milliseconds);
-        member("check", check.findings);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, CheckResult>& check) {
+    member("at_ms", check.at_ms, milliseconds);
+    member("check", check.findings);
+}
 
-template <>
-struct Members<NetIface> {
-    template <class Visitor, class Part>
-    static void visit(Visitor& member, Part& iface) {
-        member("name", iface.ifname);
-        member("kind", iface.if_type);
-        member("addresses", iface.ip_addresses);
-        member("dhcp", iface.dhcp);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, NetIface>& iface) {
+    member("name", iface.ifname);
+    member("kind", iface.if_type);
+    member("addresses", iface.ip_addresses);
+    member("dhcp", iface.dhcp);
+}
 
-template <>
-struct Members<TarnACalculateHWNodeWarning> {
-    template <class Visitor, class Warning>
-    static void visit(Visitor& member, Warning& warning) {
-        member("code", warning.code);
-        member("message", warning.message);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, TarnACalculateHWNodeWarning>& warning) {
+    member("code", warning.code);
+    member("message", warning.message);
+}
 
-template <>
-struct Members<TarnAExcludePath> {
-    template <class Visitor, class Exclude>
-    static void visit(Visitor& member, Exclude& exclude) {
-        member("flag", exclude.flag);
-        member("path", exclude.path);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, TarnAExcludePath>& exclude) {
+    member("flag", exclude.flag);
+    member("path", exclude.path);
+}
 
-template <>
-struct Members<StepFailure> {
-    template <class Visitor, class Failure>
-    static void visit(Visitor& member, Failure& failure) {
-        member("step", failure.step);
-        member("text", failure.text);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, StepFailure>& failure) {
+    member("step", failure.step);
+    member("text", failure.text);
+}
 
-template <>
-struct Members<Findings> {
-    template <class Visitor, class Part>
-    static void visit(Visitor& member, Part& findings) {
-        member("quotaugidlimit", findings.quotaugidlimit);
-        member("interfaces", findings.ifaces);
-        member("distribution", findings.distribution);
-        member("hostname", findings.hostname);
-        member("nameservers", findings.ns_attrs.nameservers);
-        member("search_domains", findings.ns_attrs.search_domains);
-        member("warnings", findings.notes.warnings);
-        member("excludes", findings.notes.excludes);
-        member("nfs", findings.nfs_found);
-        member("reiserfs", findings.reiserfs_found);
-        member("failures", findings.failures);
-        member("messages", findings.messages);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, Findings>& findings) {
+    member("quotaugidlimit", findings.quotaugidlimit);
+    member("interfaces", findings.ifaces);
+    member("distribution", findings.distribution);
+    member("hostname", findings.hostname);
+    member("nameservers", findings.ns_attrs.nameservers);
+    member("search_domains", findings.ns_attrs.search_domains);
+    member("warnings", findings.notes.warnings);
+    member("excludes", findings.notes.excludes);
+    member("nfs", findings.nfs_found);
+    member("reiserfs", findings.reiserfs_found);
+    member("failures", findings.failures);
+    member("messages", findings.messages);
+}
 
-template <>
-struct Members<Summary> {
-    template <class Visitor, class Line>
-    static void visit(Visitor& member, Line& summary) {
-        member("at_ms", summary.at_ms, milliseconds);
-        member("interrupted", summary.interrupted);
-        member("findings", summary.findings);
-        member("clock_ms", summary.clock_ms, any_time);
-    }
-};
+template <class Visitor>
+void visit(Visitor& member, Seen<Visitor, Summary>& summary) {
+    member("at_ms", summary.at_ms, milliseconds);
+    member("interrupted", summary.interrupted);
+    member("findings", summary.findings);
+    member("clock_ms", summary.clock_ms, any_time);
+}
