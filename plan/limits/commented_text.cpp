@@ -120,7 +120,7 @@ void CommentedText::bind_comments(BindText text) {
 
 void CommentedText::lacking_comments(Engine engine) {
     comment("Lines of the calculator's configuration that have no equivalent here:");
-    for (const LackingLines& group : lacking_lines(engine)) {
-        comment(Kiln::join(", ", group.lines.begin(), group.lines.end()) + ": " + group.reason);
+    for (const LinesOfReason& group : lacking_lines(engine)) {
+        comment(Kiln::join(", ", group.lines) + ": " + group.reason);
     }
 }

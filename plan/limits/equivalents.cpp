@@ -1,7 +1,5 @@
 #include "plan/limits/equivalents.h"
 
-#include <algorithm>
-
 namespace {
 
 // Why there is none.
@@ -17,56 +15,27 @@ constexpr const char* with_network = "given with the container's network";
 constexpr const char* of_node = "set for the whole node";
 constexpr const char* only_files = "rsync copies files and limits nothing";
 
-struct Cell {
-    bool exists;
-    const char* text;  // the engine's word for it, or why there is none
-};
+// Where an engine has something for the line: no reason.
+constexpr const char* has = nullptr;
 
-constexpr Cell has(const char* word) {
-    return {true, word};
-}
-
-constexpr Cell lacks(const char* reason) {
-    return {false, reason};
-}
-
-// A line of the configuration; cells in the order of Engine.
+// A line of the configuration, and why the engines have nothing for it, in their order.
 struct LineRow {
     const char* line;
-    Cell cells[engine_count - 1];  // rsync has none of them
+    const char* lacks[engine_count - 1];  // rsync has none of them
 };
 
 constexpr LineRow lacking_row(const char* line, const char* reason) {
-    return {line, {lacks(reason), lacks(reason), lacks(reason), lacks(reason), lacks(reason)}};
-}
-
-constexpr LineRow per_process_row(const char* line) {
-    return {line,
-            {lacks(per_process), lacks(per_process), lacks(per_process), lacks(per_process),
-             lacks(of_node)}};
-}
-
-constexpr LineRow memory_row(const char* line) {
-    return {line,
-            {has("MemoryMax"), has("MemoryMax"), has("lxc.cgroup2.memory.max"), has("--memory"),
-             has("limits.memory")}};
-}
-
-constexpr LineRow resolver_row(const char* line, const char* podman, const char* kubernetes) {
-    return {line,
-            {lacks(of_host), has("ResolvConf"), lacks(in_copy), has(podman), has(kubernetes)}};
+    return {line, {reason, reason, reason, reason, reason}};
 }
 
 // In the order of the configuration.
 constexpr LineRow rows[] = {
-    {"NUMPROC",
-     {has("TasksMax"), has("TasksMax"), has("lxc.cgroup2.pids.max"), has("--pids-limit"),
-      lacks(of_node)}},
+    {"NUMPROC", {has, has, has, has, of_node}},
     lacking_row("AVNUMPROC", unlimited),
     lacking_row("NUMTCPSOCK", unlimited),
     lacking_row("NUMOTHERSOCK", unlimited),
     lacking_row("NUMPTY", unlimited),
-    per_process_row("NUMFILE"),
+    {"NUMFILE", {per_process, per_process, per_process, per_process, of_node}},
     lacking_row("DCACHESIZE", in_memory),
     lacking_row("KMEMSIZE", in_memory),
     lacking_row("TCPSNDBUF", in_memory),
@@ -76,56 +45,38 @@ constexpr LineRow rows[] = {
     lacking_row("PRIVVMPAGES", virtual_size),
     lacking_row("VMGUARPAGES", virtual_size),
     lacking_row("OOMGUARPAGES", virtual_size),
-    per_process_row("LOCKEDPAGES"),
+    {"LOCKEDPAGES", {per_process, per_process, per_process, per_process, of_node}},
     lacking_row("SHMPAGES", in_memory),
-    memory_row("PHYSPAGES"),
+    {"PHYSPAGES", {has, has, has, has, has}},
     lacking_row("NUMFLOCK", unlimited),
     lacking_row("NUMSIGINFO", unlimited),
     lacking_row("NUMIPTENT", unlimited),
-    {"DISKSPACE",
-     {lacks(file_system), lacks(file_system), lacks(file_system), lacks(file_system),
-      has("limits.ephemeral-storage")}},
+    {"DISKSPACE", {file_system, file_system, file_system, file_system, has}},
     lacking_row("DISKINODES", file_system),
-    {"CPUUNITS",
-     {has("CPUWeight"), has("CPUWeight"), has("lxc.cgroup2.cpu.weight"), has("--cpu-shares"),
-      has("requests.cpu")}},
+    {"CPUUNITS", {has, has, has, has, has}},
     lacking_row("QUOTATIME", quotas),
     lacking_row("QUOTAUGIDLIMIT", quotas),
-    memory_row("SLMMEMORYLIMIT"),
+    {"SLMMEMORYLIMIT", {has, has, has, has, has}},
     lacking_row("SLMMODE", unlimited),
     lacking_row("DISTRIBUTION", in_copy),
-    {"HOSTNAME",
-     {lacks(of_host), has("Hostname"), has("lxc.uts.name"), has("--hostname"), has("hostname")}},
-    {"#IP_ADDRESS",
-     {lacks(of_host), lacks(with_network), lacks(with_network), lacks(with_network),
-      lacks(with_network)}},
-    resolver_row("SEARCHDOMAIN", "--dns-search", "dnsConfig.searches"),
-    resolver_row("NAMESERVER", "--dns", "dnsConfig.nameservers"),
-    {"FEATURES",
-     {has("BindPaths"), has("Bind"), has("lxc.mount.entry"), has("--volume"), has("volumes")}},
+    {"HOSTNAME", {of_host, has, has, has, has}},
+    {"#IP_ADDRESS", {of_host, with_network, with_network, with_network, with_network}},
+    {"SEARCHDOMAIN", {of_host, has, in_copy, has, has}},
+    {"NAMESERVER", {of_host, has, in_copy, has, has}},
+    {"FEATURES", {has, has, has, has, has}},
 };
 
-Cell cell_of(const LineRow& row, Engine engine) {
-    return engine == Engine::rsync ? lacks(only_files)
-                                   : row.cells[static_cast<std::size_t>(engine)];
+const char* reason_of(const LineRow& row, Engine engine) {
+    return engine == Engine::rsync ? only_files : row.lacks[static_cast<std::size_t>(engine)];
 }
 
 }  // namespace
 
-std::vector<LackingLines> lacking_lines(Engine engine) {
-    std::vector<LackingLines> groups;
+std::vector<LinesOfReason> lacking_lines(Engine engine) {
+    std::vector<LinesOfReason> groups;
     for (const LineRow& row : rows) {
-        const Cell cell = cell_of(row, engine);
-        if (cell.exists) {
-            continue;
-        }
-        const auto same =
-            std::find_if(groups.begin(), groups.end(),
-                         [&](const LackingLines& group) { return group.reason == cell.text; });
-        if (same == groups.end()) {
-            groups.push_back({{row.line}, cell.text});
-        } else {
-            same->lines.emplace_back(row.line);
+        if (const char* const reason = reason_of(row, engine)) {
+            add_by_reason(row.line, reason, groups);
         }
     }
     return groups;

@@ -166,17 +166,16 @@ void PodWriter::add_notes() {
                  printable(joined(sheet_.mounts)));
     }
     std::vector<std::string> lacking;
-    for (const LackingLines& group : lacking_lines(Engine::kubernetes)) {
-        lacking.push_back(Kiln::join(", ", group.lines.begin(), group.lines.end()) + ": " +
-                          group.reason);
+    for (const LinesOfReason& group : lacking_lines(Engine::kubernetes)) {
+        lacking.push_back(Kiln::join(", ", group.lines) + ": " + group.reason);
     }
-    note("without-equivalent", Kiln::join("; ", lacking.begin(), lacking.end()));
+    note("without-equivalent", Kiln::join("; ", lacking));
     note("image", "put the name of the server's image in the place of IMAGE");
 }
 
 LimitsText PodWriter::write() {
-    note("about", Kiln::join("; ", sheet_.heading.begin(), sheet_.heading.end()));
-    note("limits", Kiln::join("; ", sheet_.notes.begin(), sheet_.notes.end()));
+    note("about", Kiln::join("; ", sheet_.heading));
+    note("limits", Kiln::join("; ", sheet_.notes));
     add_memory();
     add_cpu();
     add_disk();
@@ -188,7 +187,7 @@ LimitsText PodWriter::write() {
     for (const std::string& complaint : complaints_) {
         complaints.push_back(printable(complaint));
     }
-    note("missing", Kiln::join("; ", complaints.begin(), complaints.end()));
+    note("missing", Kiln::join("; ", complaints));
     container_["resources"] = {{"requests", requests_}, {"limits", limits_}};
     spec_["containers"] = ordered_json::array({container_});
     const ordered_json pod = {{"apiVersion", "v1"},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "kiln/strings.h"
 #include "plan/text/printable.h"
 
 namespace {
@@ -177,21 +178,26 @@ ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales
     return computed;
 }
 
+void add_by_reason(const std::string& line, const std::string& reason,
+                   std::vector<LinesOfReason>& groups) {
+    const auto same =
+        std::find_if(groups.begin(), groups.end(),
+                     [&](const LinesOfReason& group) { return group.reason == reason; });
+    if (same == groups.end()) {
+        groups.push_back({{line}, reason});
+    } else {
+        same->lines.push_back(line);
+    }
+}
+
 std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing) {
-    std::vector<MissingLine> groups;
+    std::vector<LinesOfReason> groups;
     for (const MissingLine& line : missing) {
-        const auto same = std::find_if(groups.begin(), groups.end(), [&](const MissingLine& group) {
-            return group.reason == line.reason;
-        });
-        if (same == groups.end()) {
-            groups.push_back(line);
-        } else {
-            same->name += ", " + line.name;
-        }
+        add_by_reason(line.name, line.reason, groups);
     }
     std::vector<std::string> texts;
-    for (const MissingLine& group : groups) {
-        texts.push_back("left out: " + group.name + " (" + group.reason + ")");
+    for (const LinesOfReason& group : groups) {
+        texts.push_back("left out: " + Kiln::join(", ", group.lines) + " (" + group.reason + ")");
     }
     return texts;
 }

@@ -44,7 +44,17 @@ struct ComputedConfig {
 
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
 
-// The missing lines by their reasons, in the order of the lines: "left out: A, B (reason)".
+// Lines of a configuration that share a reason.
+struct LinesOfReason {
+    std::vector<std::string> lines;
+    std::string reason;
+};
+
+// Adds the line to those of its reason; the groups stay in the order of their first lines.
+void add_by_reason(const std::string& line, const std::string& reason,
+                   std::vector<LinesOfReason>& groups);
+
+// The missing lines by their reasons: "left out: A, B (reason)".
 std::vector<std::string> missing_by_reason(const std::vector<MissingLine>& missing);
 
 // Whether a shell that reads the configuration would act on the text of the line.

@@ -405,7 +405,7 @@ TEST(Limits, EveryLineOfTheConfigurationIsAccountedFor) {
     };
     for (const auto& [engine, count] : equivalents) {
         std::size_t lacking = 0;
-        for (const LackingLines& group : lacking_lines(engine)) {
+        for (const LinesOfReason& group : lacking_lines(engine)) {
             lacking += group.lines.size();
         }
         EXPECT_EQ(lacking + count, lines) << name_of(engine);
