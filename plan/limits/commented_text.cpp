@@ -11,8 +11,12 @@ constexpr std::size_t width = 100;
 
 }  // namespace
 
+std::string decimal_text(std::int64_t number) {
+    return std::to_string(number);
+}
+
 std::string joined(const std::vector<std::string>& texts) {
-    return Kiln::join(" ", texts.begin(), texts.end());
+    return Kiln::join(" ", texts);
 }
 
 std::string refusal(const std::string& what, const std::string& text, const std::string& reason) {
@@ -59,6 +63,30 @@ void CommentedText::comment(const std::string& text) {
 void CommentedText::setting(const std::string& source, const std::string& text) {
     comment(source);
     line(text);
+}
+
+void CommentedText::limit(LimitKind kind, const std::string& pattern, Number number,
+                          const std::string& remark) {
+    if (const std::optional<Limit>& known = sheet_[kind]) {
+        setting(known->source + remark,
+                Kiln::join(number(known->value).c_str(), Kiln::split("@", pattern, -1)));
+    }
+}
+
+void CommentedText::host_text(const std::string& what, const std::string& before,
+                              const std::string& text, bool is_good, const std::string& reason) {
+    if (is_good) {
+        setting(what, before + text);
+    } else {
+        refuse(what, text, reason);
+    }
+}
+
+void CommentedText::host_name(const std::string& before) {
+    if (!sheet_.host_name.empty()) {
+        host_text("HOSTNAME", before, sheet_.host_name, is_host_name(sheet_.host_name),
+                  "it is no host name");
+    }
 }
 
 void CommentedText::heading() {

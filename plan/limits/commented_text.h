@@ -1,10 +1,14 @@
 // A file of settings with "#" comments: what the writers of most engines put together.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "plan/limits/engines.h"
+
+// "12"
+std::string decimal_text(std::int64_t number);
 
 class CommentedText {
 public:
@@ -17,14 +21,16 @@ public:
     void blank() { text_ += "\n"; }
     // A line, and before it where it comes from.
     void setting(const std::string& source, const std::string& text);
-    // The line where there is such a limit; `text` gets its number. `remark` goes behind its
-    // source.
-    template <class Text>
-    void limit(LimitKind kind, Text text, const std::string& remark = {}) {
-        if (const std::optional<Limit>& known = sheet_[kind]) {
-            setting(known->source + remark, text(known->value));
-        }
-    }
+    // Where there is such a limit: the setting, with its number for every "@" of the pattern, as
+    // `number` writes it. `remark` goes behind its source.
+    using Number = std::string (*)(std::int64_t);
+    void limit(LimitKind kind, const std::string& pattern, Number number = decimal_text,
+               const std::string& remark = {});
+    // The setting of the host's name, where it has one.
+    void host_name(const std::string& before);
+    // The setting of a text of the host, which comes behind `before`; what is not good is refused.
+    void host_text(const std::string& what, const std::string& before, const std::string& text,
+                   bool is_good, const std::string& reason);
 
     // Whose limits these are, how far they can be trusted, and what the sheet complains about.
     void heading();

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "plan/limits/limits.h"
-#include "plan/limits/limits_text.h"
 
 enum class Engine { systemd, nspawn, lxc, podman, kubernetes, rsync };
 constexpr std::size_t engine_count = 6;

@@ -28,6 +28,14 @@ private:
             annotations_["tarnhwplan/" + about] = text;
         }
     }
+    // A limit that a Pod cannot set.
+    void note_wanted(const std::string& about, LimitKind kind, const std::string& who,
+                     const std::string& unit) {
+        if (const std::optional<Limit>& limit = sheet_[kind]) {
+            note(about,
+                 who + "; wanted " + std::to_string(limit->value) + unit + ": " + limit->source);
+        }
+    }
     void refuse(const std::string& what, const std::string& text, const std::string& reason) {
         complaints_.push_back(refusal(what, text, reason));
     }
@@ -60,10 +68,7 @@ void PodWriter::add_memory() {
         limits_["memory"] = quantity;
         note("memory", memory->source);
     }
-    if (const std::optional<Limit>& swap = sheet_[LimitKind::swap]) {
-        note("swap", "a Pod sets none, its node does; wanted " + std::to_string(swap->value) +
-                         " MiB: " + swap->source);
-    }
+    note_wanted("swap", LimitKind::swap, "a Pod sets none, its node does", " MiB");
 }
 
 void PodWriter::add_cpu() {
@@ -145,19 +150,9 @@ void PodWriter::add_resolver() {
 
 void PodWriter::add_notes() {
     note("addresses", printable(joined(sheet_.addresses)));
-    const std::optional<Limit>& tasks = sheet_[LimitKind::tasks];
-    if (tasks) {
-        note("tasks", "a Pod sets no limit, its node does (podPidsLimit); wanted " +
-                          std::to_string(tasks->value) + ": " + tasks->source);
-    }
-    if (const std::optional<Limit>& descriptors = sheet_[LimitKind::descriptors]) {
-        note("descriptors", "a Pod sets no limit, its node does; wanted " +
-                                std::to_string(descriptors->value) + ": " + descriptors->source);
-    }
-    if (const std::optional<Limit>& locked = sheet_[LimitKind::locked]) {
-        note("locked-memory", "a Pod sets no limit, its node does; wanted " +
-                                  std::to_string(locked->value) + " MiB: " + locked->source);
-    }
+    note_wanted("tasks", LimitKind::tasks, "a Pod sets no limit, its node does (podPidsLimit)", "");
+    note_wanted("descriptors", LimitKind::descriptors, "a Pod sets no limit, its node does", "");
+    note_wanted("locked-memory", LimitKind::locked, "a Pod sets no limit, its node does", " MiB");
     if (sheet_.nfs_found) {
         note("nfs",
              "The server has NFS mounts. They are among these, which are not to be copied "

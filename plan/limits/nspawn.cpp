@@ -5,23 +5,16 @@
 
 namespace {
 
-void add_settings(const LimitSheet& sheet, CommentedText& text) {
+void add_settings(CommentedText& text) {
     text.line("[Exec]");
-    if (is_host_name(sheet.host_name)) {
-        text.setting("HOSTNAME", "Hostname=" + sheet.host_name);
-    } else if (!sheet.host_name.empty()) {
-        text.refuse("HOSTNAME", sheet.host_name, "it is no host name");
-    }
+    text.host_name("Hostname=");
     text.resolver_comments();
     text.setting("the copy's own /etc/resolv.conf, with the server's name servers",
                  "ResolvConf=off");
     add_process_limits(text);
     text.blank();
     text.line("[Files]");
-    text.limit(LimitKind::shm, [](std::int64_t mib) {
-        return "TemporaryFileSystem=/dev/shm:mode=1777,nosuid,nodev,size=" + std::to_string(mib) +
-               "M";
-    });
+    text.limit(LimitKind::shm, "TemporaryFileSystem=/dev/shm:mode=1777,nosuid,nodev,size=@M");
     text.bind_comments([](const std::string& path) { return "Bind=" + nspawn_escaped(path); });
 }
 
@@ -40,7 +33,7 @@ LimitsText write_nspawn(const LimitSheet& sheet) {
     text.blank();
     text.line("# File: /etc/systemd/nspawn/" + machine + ".nspawn");
     text.heading();
-    add_settings(sheet, text);
+    add_settings(text);
     text.address_comments();
     text.blank();
     text.line("# File: /etc/systemd/system/systemd-nspawn@" + machine + ".service.d/limits.conf");

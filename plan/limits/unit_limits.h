@@ -8,8 +8,10 @@ void add_unit_limits(CommentedText& text);
 // The two limits of each process, in a unit's section of its own or in a .nspawn file's.
 void add_process_limits(CommentedText& text);
 
-// At least as large as the soft limit that it stands beside.
-std::int64_t hard_descriptor_limit(std::int64_t soft);
+// "1804:524288", the soft limit and a hard one that is at least as large.
+std::string descriptor_range(std::int64_t soft);
+
+std::string bytes_of_mib(std::int64_t mib);
 
 // 100 for each core, within what a weight can be.
-std::int64_t cpu_weight(std::int64_t hundredths_of_core);
+std::string cpu_weight(std::int64_t hundredths_of_core);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "plan/limits/limits.h"
-#include "plan/limits/limits_text.h"
 
 LimitsText write_systemd(const LimitSheet& sheet);
 LimitsText write_nspawn(const LimitSheet& sheet);

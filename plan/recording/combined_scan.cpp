@@ -180,9 +180,9 @@ ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales
 
 void add_by_reason(const std::string& line, const std::string& reason,
                    std::vector<LinesOfReason>& groups) {
-    const auto same =
-        std::find_if(groups.begin(), groups.end(),
-                     [&](const LinesOfReason& group) { return group.reason == reason; });
+    const auto same = std::find_if(groups.begin(), groups.end(), [&](const LinesOfReason& group) {
+        return group.reason == reason;
+    });
     if (same == groups.end()) {
         groups.push_back({{line}, reason});
     } else {
