@@ -13,87 +13,60 @@ using Figure = std::optional<ProcessFigure> Usage::*;
 enum class Measure { kib, things, cores, bytes_per_second, things_per_second, share };
 
 constexpr double kib = 1024.0;
-constexpr double milliseconds = 1000.0;        // in a second
-constexpr double pressure_unit_share = 0.001;  // a microsecond of each millisecond
 
 struct Quantity {
     const char* name;
     const char* label;
     Measure unit;
-    const char* things;      // what is counted, where the unit is none
-    Level level;             // as it was at the moment
-    Figure figure;           // the same, of one process
-    Level counters[2];       // or the sum of what these grew
-    double per_millisecond;  // times what they grew in a millisecond
+    const char* things;       // what is counted, where the unit is none
+    Level source;             // what it is at the moment; of a rate, the counter that grows
+    Level other = nullptr;    // a counter whose growth is added
+    Figure of_one = nullptr;  // instead of a source: the figure of one process
 };
 
 // In the order of UsageQuantity.
 constexpr Quantity quantities[] = {
-    {"memory", "memory in use", Measure::kib, "", &Usage::memory_kib, {}, {}, 0},
-    {"swap", "swap in use", Measure::kib, "", &Usage::swap_kib, {}, {}, 0},
-    {"tasks", "tasks", Measure::things, "tasks", &Usage::tasks, {}, {}, 0},
-    {"shm", "/dev/shm in use", Measure::kib, "", &Usage::shm_kib, {}, {}, 0},
-    {"cores", "cores in use", Measure::cores, "", {}, {}, {&Usage::cpu_ms, {}}, 1},
-    {"runnable", "runnable processes", Measure::things, "processes", &Usage::runnable, {}, {}, 0},
-    {"disk_bytes",
-     "disk traffic",
-     Measure::bytes_per_second,
-     "",
-     {},
-     {},
-     {&Usage::disk_read_bytes, &Usage::disk_written_bytes},
-     milliseconds},
-    {"disk_operations",
-     "disk operations",
-     Measure::things_per_second,
-     "operations/s",
-     {},
-     {},
-     {&Usage::disk_operations, {}},
-     milliseconds},
-    {"network_bytes",
-     "network traffic",
-     Measure::bytes_per_second,
-     "",
-     {},
-     {},
-     {&Usage::net_received_bytes, &Usage::net_sent_bytes},
-     milliseconds},
-    {"descriptors",
-     "descriptors of one process",
-     Measure::things,
-     "descriptors",
-     {},
-     &Usage::descriptors,
-     {},
-     0},
-    {"locked", "locked memory of one process", Measure::kib, "", {}, &Usage::locked_kib, {}, 0},
-    {"cpu_pressure",
-     "time in which some task waited for a processor",
-     Measure::share,
-     "",
-     {},
-     {},
-     {&Usage::cpu_pressure_us, {}},
-     pressure_unit_share},
-    {"memory_pressure",
-     "time in which some task waited for memory",
-     Measure::share,
-     "",
-     {},
-     {},
-     {&Usage::memory_pressure_us, {}},
-     pressure_unit_share},
-    {"io_pressure",
-     "time in which some task waited for a disk",
-     Measure::share,
-     "",
-     {},
-     {},
-     {&Usage::io_pressure_us, {}},
-     pressure_unit_share},
+    {"memory", "memory in use", Measure::kib, "", &Usage::memory_kib},
+    {"swap", "swap in use", Measure::kib, "", &Usage::swap_kib},
+    {"tasks", "tasks", Measure::things, "tasks", &Usage::tasks},
+    {"shm", "/dev/shm in use", Measure::kib, "", &Usage::shm_kib},
+    {"cores", "cores in use", Measure::cores, "", &Usage::cpu_ms},
+    {"runnable", "runnable processes", Measure::things, "processes", &Usage::runnable},
+    {"disk_bytes", "disk traffic", Measure::bytes_per_second, "", &Usage::disk_read_bytes,
+     &Usage::disk_written_bytes},
+    {"disk_operations", "disk operations", Measure::things_per_second, "operations/s",
+     &Usage::disk_operations},
+    {"network_bytes", "network traffic", Measure::bytes_per_second, "", &Usage::net_received_bytes,
+     &Usage::net_sent_bytes},
+    {"descriptors", "descriptors of one process", Measure::things, "descriptors", nullptr, nullptr,
+     &Usage::descriptors},
+    {"locked", "locked memory of one process", Measure::kib, "", nullptr, nullptr,
+     &Usage::locked_kib},
+    {"cpu_pressure", "time in which some task waited for a processor", Measure::share, "",
+     &Usage::cpu_pressure_us},
+    {"memory_pressure", "time in which some task waited for memory", Measure::share, "",
+     &Usage::memory_pressure_us},
+    {"io_pressure", "time in which some task waited for a disk", Measure::share, "",
+     &Usage::io_pressure_us},
 };
 static_assert(std::size(quantities) == usage_quantity_count, "a row for each");
+
+bool is_rate(const Quantity& row) {
+    return row.unit != Measure::kib && row.unit != Measure::things;
+}
+
+// What the growth of a counter by one in each millisecond is in the unit.
+double per_millisecond(Measure unit) {
+    switch (unit) {
+        case Measure::share:
+            return 0.001;  // one microsecond of it
+        case Measure::bytes_per_second:
+        case Measure::things_per_second:
+            return 1000;
+        default:
+            return 1;
+    }
+}
 
 const Quantity& row_of(UsageQuantity quantity) {
     return quantities[static_cast<std::size_t>(quantity)];
@@ -151,10 +124,10 @@ void add_value(const Reading& reading, double value, const std::string& process,
 }
 
 void add_level(const Quantity& row, const Reading& reading, std::vector<UsageValue>& values) {
-    if (row.level != nullptr && reading.usage->*row.level) {
-        add_value(reading, static_cast<double>(*(reading.usage->*row.level)), {}, values);
-    } else if (row.figure != nullptr && reading.usage->*row.figure) {
-        const ProcessFigure& figure = *(reading.usage->*row.figure);
+    if (row.source != nullptr && reading.usage->*row.source) {
+        add_value(reading, static_cast<double>(*(reading.usage->*row.source)), {}, values);
+    } else if (row.of_one != nullptr && reading.usage->*row.of_one) {
+        const ProcessFigure& figure = *(reading.usage->*row.of_one);
         add_value(reading, static_cast<double>(figure.value), figure.name, values);
     }
 }
@@ -180,7 +153,7 @@ std::optional<double> rate(const Quantity& row, const Reading& from, const Readi
         return {};
     }
     double grown = 0.0;
-    for (const Level counter : row.counters) {
+    for (const Level counter : {row.source, row.other}) {
         if (counter != nullptr) {
             const std::optional<std::int64_t> grew = growth(*from.usage, *to.usage, counter);
             if (!grew) {
@@ -189,12 +162,11 @@ std::optional<double> rate(const Quantity& row, const Reading& from, const Readi
             grown += static_cast<double>(*grew);
         }
     }
-    return grown / static_cast<double>(*passed) * row.per_millisecond;
+    return grown / static_cast<double>(*passed) * per_millisecond(row.unit);
 }
 
 bool has_counters(const Quantity& row, const Usage& usage) {
-    return usage.uptime_ms && usage.*row.counters[0] &&
-           (row.counters[1] == nullptr || usage.*row.counters[1]);
+    return usage.uptime_ms && usage.*row.source && (row.other == nullptr || usage.*row.other);
 }
 
 // Between a pass and the last one before it that has the counters: where one lacks them, the next
@@ -284,7 +256,7 @@ UsageSeries usage_series(const std::vector<NamedRecording>& recordings) {
     UsageSeries series;
     for (std::size_t i = 0; i < series.size(); ++i) {
         const Quantity& row = quantities[i];
-        if (row.counters[0] != nullptr) {
+        if (is_rate(row)) {
             add_rates(row, readings, series[i]);
         } else {
             for (const Reading& reading : readings) {
