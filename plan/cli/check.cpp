@@ -23,19 +23,11 @@ constexpr std::size_t what_width = 16;
 constexpr std::size_t state_width = 10;
 constexpr std::size_t time_width = 10;
 
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
-}
-
 const char* state_of(const CheckedStep& step) {
     if (step.succeeded) {
         return "found";
     }
     return step.forgiven ? "forgiven" : "FAILED";
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    return Kiln::join(" ", words);
 }
 
 const std::string indent(what_width, ' ');
@@ -53,14 +45,14 @@ std::string step_text(const CheckedStep& step) {
     const std::string head = padded(step.what, what_width) + padded(state_of(step), state_width) +
                              padded(std::to_string(step.took_ms) + " ms", time_width);
     return wrapped(printable(step.command), head, indent) + indented(step.result) +
-           indented("for " + (step.lines.empty() ? "the notes" : joined(step.lines)));
+           indented("for " + (step.lines.empty() ? "the notes" : Kiln::join(" ", step.lines)));
 }
 
 std::string finding_text(const CheckFinding& finding) {
     // Many a text names them already.
     const bool is_named = finding.text.find(Kiln::join(", ", finding.lines)) != std::string::npos;
     const std::string lines =
-        is_named ? "" : wrapped("makes wrong: " + joined(finding.lines), "  ", "    ");
+        is_named ? "" : wrapped("makes wrong: " + Kiln::join(" ", finding.lines), "  ", "    ");
     return wrapped(printable(finding.text), "! ", "  ") + lines +
            wrapped("what to do: " + printable(finding.remedy), "  ", "    ");
 }

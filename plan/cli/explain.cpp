@@ -25,11 +25,6 @@ std::string filled(const std::string& first, const std::string& text, std::size_
     return wrapped(text, first, std::string(indent, ' '));
 }
 
-std::string padded(const std::string& text, std::size_t width) {
-    const std::size_t columns = columns_of(text);
-    return text + std::string(columns < width ? width - columns : 1, ' ');
-}
-
 // "126 processes seen at most, 2026-03-12T14:05:00Z, pass 2"
 std::string seen_text(const LineExplanation& line, bool many_recordings) {
     std::string text = "; " + line.seen + " seen";

@@ -1,7 +1,5 @@
 #include "plan/explain/usage_section.h"
 
-#include <algorithm>
-
 #include "plan/explain/usage_summary.h"
 #include "plan/text/printable.h"
 #include "plan/text/utc.h"
@@ -17,17 +15,6 @@ constexpr std::size_t percentile_width = 17;
 constexpr UsageQuantity shown[] = {UsageQuantity::cores,      UsageQuantity::memory,
                                    UsageQuantity::swap,       UsageQuantity::tasks,
                                    UsageQuantity::disk_bytes, UsageQuantity::network_bytes};
-
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
-}
-
-// "2026-03-12 14:05"
-std::string minute_text(std::int64_t time_ms) {
-    std::string text = utc_text(time_ms / 1000).substr(0, 16);
-    std::replace(text.begin(), text.end(), 'T', ' ');
-    return text;
-}
 
 std::string row(UsageQuantity quantity, const UsageSummary& summary) {
     return padded(label_of(quantity), label_width) +

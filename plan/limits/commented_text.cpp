@@ -15,10 +15,6 @@ std::string decimal_text(std::int64_t number) {
     return std::to_string(number);
 }
 
-std::string joined(const std::vector<std::string>& texts) {
-    return Kiln::join(" ", texts);
-}
-
 std::string refusal(const std::string& what, const std::string& text, const std::string& reason) {
     return what + " \"" + printable(text) + "\" is left out: " + reason;
 }
@@ -116,17 +112,17 @@ void CommentedText::disk_comments() {
 
 void CommentedText::resolver_comments() {
     if (!sheet_.name_servers.empty()) {
-        comment("name servers: " + printable(joined(sheet_.name_servers)));
+        comment("name servers: " + printable(Kiln::join(" ", sheet_.name_servers)));
     }
     if (!sheet_.search_domains.empty()) {
-        comment("search domains: " + printable(joined(sheet_.search_domains)));
+        comment("search domains: " + printable(Kiln::join(" ", sheet_.search_domains)));
     }
 }
 
 void CommentedText::address_comments() {
     if (!sheet_.addresses.empty()) {
         comment("addresses, decide yourself which of them move: " +
-                printable(joined(sheet_.addresses)));
+                printable(Kiln::join(" ", sheet_.addresses)));
     }
 }
 

@@ -59,5 +59,3 @@ private:
 std::string disk_text(const LimitSheet& sheet);    // empty without any
 std::string inodes_text(const LimitSheet& sheet);  // empty without any
 std::string refusal(const std::string& what, const std::string& text, const std::string& reason);
-// "A B C"
-std::string joined(const std::vector<std::string>& texts);

@@ -149,7 +149,7 @@ void PodWriter::add_resolver() {
 }
 
 void PodWriter::add_notes() {
-    note("addresses", printable(joined(sheet_.addresses)));
+    note("addresses", printable(Kiln::join(" ", sheet_.addresses)));
     note_wanted("tasks", LimitKind::tasks, "a Pod sets no limit, its node does (podPidsLimit)", "");
     note_wanted("descriptors", LimitKind::descriptors, "a Pod sets no limit, its node does", "");
     note_wanted("locked-memory", LimitKind::locked, "a Pod sets no limit, its node does", " MiB");
@@ -158,7 +158,7 @@ void PodWriter::add_notes() {
              "The server has NFS mounts. They are among these, which are not to be copied "
              "(network, removable, loop and bind mounts); give the Pod volumes for those that it "
              "needs: " +
-                 printable(joined(sheet_.mounts)));
+                 printable(Kiln::join(" ", sheet_.mounts)));
     }
     std::vector<std::string> lacking;
     for (const LinesOfReason& group : lacking_lines(Engine::kubernetes)) {

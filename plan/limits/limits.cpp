@@ -53,14 +53,6 @@ static_assert(std::size(rules) == limit_kind_count, "a row for each");
 
 constexpr std::int64_t default_nr_open = 1048576;
 
-// "2026-03-12 14:05 UTC"
-std::string minute_text(std::int64_t time_ms) {
-    constexpr std::size_t date_size = 10;
-    constexpr std::size_t time_size = 5;
-    const std::string utc = utc_text(time_ms / 1000);
-    return utc.substr(0, date_size) + " " + utc.substr(date_size + 1, time_size) + " UTC";
-}
-
 // "95th"
 std::string ordinal(int number) {
     const int last = number % 10;
@@ -130,7 +122,7 @@ Decimal LimitWork::scale_of(const LimitRule& rule) const {
 
 // "2026-03-12 14:05 UTC, pass 13"
 std::string LimitWork::moment_text(const UsageValue& value) const {
-    std::string text = minute_text(value.time_ms) + ", pass " + std::to_string(value.pass);
+    std::string text = minute_text(value.time_ms) + " UTC, pass " + std::to_string(value.pass);
     if (recordings_.size() > 1) {
         text += " of recording " + std::to_string(value.recording + 1);
     }

@@ -53,7 +53,7 @@ std::string csv_row(const ReportServer& s) {
         csv_cell(Kiln::join("; ", s.warnings)),
         csv_cell(s.host),
     };
-    return Kiln::join(",", std::begin(cells), std::end(cells)) + "\r\n";
+    return Kiln::join(",", cells) + "\r\n";
 }
 
 // ---- For a terminal ----

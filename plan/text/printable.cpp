@@ -166,6 +166,11 @@ std::size_t columns_of(const std::string& text) {
     return columns;
 }
 
+std::string padded(const std::string& text, std::size_t columns) {
+    const std::size_t taken = columns_of(text);
+    return text + std::string(taken < columns ? columns - taken : 1, ' ');
+}
+
 std::string size_text(double bytes) {
     const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
     std::size_t unit = 0;

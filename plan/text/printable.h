@@ -25,5 +25,8 @@ std::string grouped(std::int64_t number);
 // How many columns a printable text takes: its characters, each counted as one.
 std::size_t columns_of(const std::string& text);
 
+// The printable text and blanks behind it, one at least, up to so many columns.
+std::string padded(const std::string& text, std::size_t columns);
+
 // "17.3 GiB"; below 1024 "512 bytes".
 std::string size_text(double bytes);

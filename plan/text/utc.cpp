@@ -1,5 +1,6 @@
 #include "plan/text/utc.h"
 
+#include <algorithm>
 #include <ctime>
 
 namespace {
@@ -15,6 +16,12 @@ std::string utc_text(std::int64_t seconds_since_epoch) {
     if (gmtime_r(&seconds, &parts) != nullptr) {
         std::strftime(text, sizeof(text), format, &parts);
     }
+    return text;
+}
+
+std::string minute_text(std::int64_t ms_since_epoch) {
+    std::string text = utc_text(ms_since_epoch / 1000).substr(0, 16);
+    std::replace(text.begin(), text.end(), 'T', ' ');
     return text;
 }
 

@@ -15,8 +15,7 @@ using Unit = LimitVerdict::Unit;
 constexpr std::size_t column = 17;
 
 std::string cell(const std::string& text) {
-    const std::size_t columns = columns_of(text);
-    return text + std::string(columns < column ? column - columns : 1, ' ');
+    return padded(text, column);
 }
 
 std::string cores_text(double quota_us, std::int64_t period_us) {
