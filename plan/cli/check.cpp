@@ -101,10 +101,7 @@ std::string check_json(const HostCheck& check) {
 int run(const Options& options) {
     const HostCheck check = check_host(Host());
     const std::string text = options.json ? check_json(check) : check_text(check);
-    if (const ExitStatus status = say_trouble(write_result({options.out_path, {}}, text))) {
-        return status;
-    }
-    return check.run_succeeds() && check.findings.empty() ? status_done : status_flawed;
+    return finish({options.out_path, {}}, text, !check.run_succeeds() || !check.findings.empty());
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // tarnhwplan explain: where each line of the configuration comes from, for a person or as JSON.
-#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "plan/cli/recording_command.h"
@@ -95,21 +94,13 @@ std::string explanation_text(const Explanation& explanation,
     return text;
 }
 
-int run(const Options& options) {
-    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
-    if (!host) {
-        return say_trouble(Kiln::Reason{host.reason()});
-    }
-    const Explanation explanation = explain(host->recordings, host->scan, options.scales);
+int run(const Options& options, const RecordedHost& host) {
+    const Explanation explanation = explain(host.recordings, host.scan, options.scales);
     const std::string text = options.json
                                  ? printable_json(explanation_json(explanation).dump(2)) + "\n"
-                                 : explanation_text(explanation, host->recordings);
-    if (const ExitStatus status =
-            say_trouble(write_result({options.out_path, options.paths}, text))) {
-        return status;
-    }
-    return explanation.verdict.state == State::done && explanation.remarks.empty() ? status_done
-                                                                                   : status_flawed;
+                                 : explanation_text(explanation, host.recordings);
+    return finish({options.out_path, options.paths}, text,
+                  explanation.verdict.state != State::done || !explanation.remarks.empty());
 }
 
 }  // namespace
@@ -120,6 +111,5 @@ Command add_explain(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     add_recording_options(*app, *options);
     app->add_flag("--json", options->json, "Write JSON");
-    app->add_option("recording", options->paths, "Recordings of one host")->required();
-    return {app, [options] { return run(*options); }};
+    return recording_command(app, options, run);
 }

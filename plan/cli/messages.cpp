@@ -76,10 +76,20 @@ Kiln::Done write_result(const Output& output, const std::string& text) {
     return done ? write_to(fd.get(), path, text) : done;
 }
 
-ExitStatus say_trouble(const Kiln::Done& done) {
-    if (!done) {
-        say(done.reason());
-        return status_io;
+ExitStatus say_flaws(const std::vector<std::string>& flaws) {
+    for (const std::string& flaw : flaws) {
+        say(flaw);
     }
-    return status_done;
+    return flaws.empty() ? status_done : status_flawed;
+}
+
+ExitStatus finish(const Output& output, const std::string& text,
+                  const std::vector<std::string>& flaws) {
+    const ExitStatus status = say_trouble(write_result(output, text));
+    return status == status_done ? say_flaws(flaws) : status;
+}
+
+ExitStatus finish(const Output& output, const std::string& text, bool is_flawed) {
+    const ExitStatus status = say_trouble(write_result(output, text));
+    return status == status_done && is_flawed ? status_flawed : status;
 }

@@ -27,4 +27,20 @@ struct Output {
 Kiln::Done write_result(const Output& output, const std::string& text);
 
 // Says the reason, if there is one. Returns status_done or status_io.
-ExitStatus say_trouble(const Kiln::Done& done);
+template <class Value>
+ExitStatus say_trouble(const Kiln::Result<Value>& result) {
+    if (!result) {
+        say(result.reason());
+    }
+    return result ? status_done : status_io;
+}
+
+// Says what is wrong with the subject, a line each. Returns status_done or status_flawed.
+ExitStatus say_flaws(const std::vector<std::string>& flaws);
+
+// Writes the result, then says the flaws. Returns status_io where it cannot be written.
+ExitStatus finish(const Output& output, const std::string& text,
+                  const std::vector<std::string>& flaws);
+
+// The same where what is wrong stands in the text.
+ExitStatus finish(const Output& output, const std::string& text, bool is_flawed);

@@ -1,7 +1,5 @@
 // tarnhwplan metrics: the last pass and the resulting limits, for a node exporter's text files.
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include "plan/cli/recording_command.h"
 #include "plan/cli/usage_metrics.h"
@@ -84,22 +82,15 @@ std::string coverage_text(const Coverage& coverage) {
                   std::to_string(coverage.grade));
 }
 
-int run(const RecordingOptions& options) {
-    const Kiln::Result<RecordedHost> host = read_recorded_host(options);
-    if (!host) {
-        return say_trouble(Kiln::Reason{host.reason()});
-    }
-    const Recording& recording = host->recordings.front().recording;
-    const ComputedConfig computed = compute_known_lines(host->scan, options.scales);
+int run(const RecordingOptions& options, const RecordedHost& host) {
+    const Recording& recording = host.recordings.front().recording;
+    const ComputedConfig computed = compute_known_lines(host.scan, options.scales);
     const std::string text = pass_text(recording.header, recording.passes.back()) +
                              limits_text(computed.lines) +
-                             coverage_text(measure_coverage(host->recordings)) +
-                             usage_metrics(host->recordings) + "# EOF\n";
-    const Output output = {options.out_path, options.paths, everybodys_mode};
-    if (const ExitStatus status = say_trouble(write_result(output, text))) {
-        return status;
-    }
-    return say_flaws(*host, computed);
+                             coverage_text(measure_coverage(host.recordings)) +
+                             usage_metrics(host.recordings) + "# EOF\n";
+    return finish({options.out_path, options.paths, everybodys_mode}, text,
+                  find_flaws(host.recordings, host.scan, computed));
 }
 
 }  // namespace
@@ -108,7 +99,6 @@ Command add_metrics(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("metrics", "Print the last pass and the limits as OpenMetrics");
     const auto options = std::make_shared<RecordingOptions>();
-    add_recording_options(*app, *options);
-    app->add_option("recording", options->paths, "The recording")->required()->expected(1);
-    return {app, [options] { return run(*options); }};
+    add_recording_options(*app, *options)->description("The recording")->expected(1);
+    return recording_command(app, options, run);
 }

@@ -75,8 +75,7 @@ int run(const Options& options) {
     std::signal(SIGPIPE, SIG_IGN);
     Kiln::Result<RecordFile> file = RecordFile::open(options.path, existing_file(options));
     if (!file) {
-        say(file.reason());
-        return status_io;
+        return say_trouble(file);
     }
     return record(*file, options);
 }

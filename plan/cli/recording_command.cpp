@@ -63,9 +63,10 @@ void add_reading_options(CLI::App& app, ReadingOptions& options) {
         ->default_str("256M");
 }
 
-void add_recording_options(CLI::App& app, RecordingOptions& options) {
+CLI::Option* add_recording_options(CLI::App& app, RecordingOptions& options) {
     add_reading_options(app, options);
     app.add_option("-o,--out", options.out_path, "Write to this file")->type_name("FILE");
+    return app.add_option("recording", options.paths, "Recordings of one host")->required();
 }
 
 Kiln::Result<RecordedHost> read_recorded_host(const RecordingOptions& options) {
@@ -83,12 +84,4 @@ Kiln::Result<RecordedHost> read_recorded_host(const RecordingOptions& options) {
     }
     host.scan = std::move(*combined);
     return Kiln::Result<RecordedHost>(std::move(host));
-}
-
-ExitStatus say_flaws(const RecordedHost& host, const ComputedConfig& computed) {
-    const std::vector<std::string> flaws = find_flaws(host.recordings, host.scan, computed);
-    for (const std::string& flaw : flaws) {
-        say(flaw);
-    }
-    return flaws.empty() ? status_done : status_flawed;
 }

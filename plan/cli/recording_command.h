@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,8 @@ struct RecordingOptions : ReadingOptions {
 
 void add_reading_options(CLI::App& app, ReadingOptions& options);
 
-// These and the file for the result, but not the recordings.
-void add_recording_options(CLI::App& app, RecordingOptions& options);
+// These, the file for the result, and the recordings, which it returns.
+CLI::Option* add_recording_options(CLI::App& app, RecordingOptions& options);
 
 // The recordings of one host, and what they come to.
 struct RecordedHost {
@@ -35,5 +36,12 @@ struct RecordedHost {
 // Reads what the options name. The reason says what is wrong.
 Kiln::Result<RecordedHost> read_recorded_host(const RecordingOptions& options);
 
-// Says what is wrong with what was computed. Returns the status that this gives.
-ExitStatus say_flaws(const RecordedHost& host, const ComputedConfig& computed);
+// The command that reads what its options name, and is run with both.
+template <class Options>
+Command recording_command(CLI::App* app, std::shared_ptr<Options> options,
+                          int (*run)(const Options&, const RecordedHost&)) {
+    return {app, [options, run] {
+                const Kiln::Result<RecordedHost> host = read_recorded_host(*options);
+                return host ? run(*options, *host) : say_trouble(host);
+            }};
+}

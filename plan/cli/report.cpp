@@ -51,17 +51,16 @@ ReportServer read_server(const ReportSource& source, const Options& options) {
     return server;
 }
 
-// Says what is wrong with whom.
-bool all_done(const ReportFleet& fleet) {
-    bool done = true;
+// What is wrong with whom.
+std::vector<std::string> flaws_of(const ReportFleet& fleet) {
+    std::vector<std::string> flaws;
     for (const ReportServer& server : fleet.servers) {
         if (server.state != State::done) {
-            say(server.name + ": " + name_of(server.state) + ": " +
-                Kiln::join("; ", Kiln::split("\n", server.reason, 0)));
-            done = false;
+            flaws.push_back(server.name + ": " + name_of(server.state) + ": " +
+                            Kiln::join("; ", Kiln::split("\n", server.reason, 0)));
         }
     }
-    return done;
+    return flaws;
 }
 
 std::string written(const ReportFleet& fleet, const Options& options) {
@@ -103,17 +102,14 @@ int run(const Options& options) {
     }
     const Kiln::Result<std::vector<ReportSource>> sources = find_report_sources(options.paths);
     if (!sources) {
-        return say_trouble(Kiln::Reason{sources.reason()});
+        return say_trouble(sources);
     }
     if (sources->empty()) {
-        return say_trouble(Kiln::Reason{"there is neither a NAME.jsonl nor a NAME.failed"});
+        return say_trouble(
+            Kiln::Done(Kiln::Reason{"there is neither a NAME.jsonl nor a NAME.failed"}));
     }
     const ReportFleet fleet = read_fleet(*sources, options);
-    const Output output = {options.out_path, files_of(*sources)};
-    if (const ExitStatus status = say_trouble(write_result(output, written(fleet, options)))) {
-        return status;
-    }
-    return all_done(fleet) ? status_done : status_flawed;
+    return finish({options.out_path, files_of(*sources)}, written(fleet, options), flaws_of(fleet));
 }
 
 }  // namespace

@@ -14,14 +14,11 @@ struct Options {
 int run(const Options& options) {
     const Kiln::Result<GroupFiles> read = read_control_group(options.group);
     if (!read) {
-        return say_trouble(Kiln::Reason{read.reason()});
+        return say_trouble(read);
     }
     const GroupVerdict verdict = judge(parse_control_group(*read));
     const std::string text = options.json ? verdict_json(verdict) : verdict_text(verdict);
-    if (const ExitStatus status = say_trouble(write_result({}, text))) {
-        return status;
-    }
-    return verdict.all_fit ? status_done : status_flawed;
+    return finish({}, text, !verdict.all_fit);
 }
 
 }  // namespace
