@@ -2,8 +2,9 @@
 #include <cstdio>
 
 #include "plan/cli/recording_command.h"
-#include "plan/cli/usage_metrics.h"
 #include "plan/explain/coverage.h"
+#include "plan/explain/usage_section.h"
+#include "plan/explain/usage_summary.h"
 
 namespace {
 
@@ -82,13 +83,51 @@ std::string coverage_text(const Coverage& coverage) {
                   std::to_string(coverage.grade));
 }
 
+// tarnhwplan_usage{quantity="memory",unit="bytes",statistic="p95"} 5368709120
+std::string gauge(UsageQuantity quantity, const char* statistic, double value) {
+    char number[64];
+    std::snprintf(number, sizeof(number), "%.10g", base_value(quantity, value));
+    return std::string("tarnhwplan_usage{quantity=\"") + name_of(quantity) + "\",unit=\"" +
+           base_unit_of(quantity) + "\",statistic=\"" + statistic + "\"} " + number + "\n";
+}
+
+// Nothing where nothing was measured.
+std::string gauges_text(const UsageSummaries& usage) {
+    std::string gauges;
+    for (std::size_t i = 0; i < usage.size(); ++i) {
+        const auto quantity = static_cast<UsageQuantity>(i);
+        if (usage[i].peak) {
+            gauges += gauge(quantity, "median", usage[i].median) +
+                      gauge(quantity, "p95", usage[i].percentile) +
+                      gauge(quantity, "peak", usage[i].peak->value);
+        }
+    }
+    return gauges.empty()
+               ? ""
+               : heading("tarnhwplan_usage", "What the host used over the time recorded.") + gauges;
+}
+
+std::string size_gauge(const char* name, const char* help, const std::optional<std::int64_t>& size,
+                       std::int64_t unit) {
+    return size ? single(name, help, std::to_string(*size * unit)) : "";
+}
+
+std::string machine_text(const Hardware& hardware) {
+    return size_gauge("tarnhwplan_host_cpus", "Processors of the host.", hardware.cpus, 1) +
+           size_gauge("tarnhwplan_host_memory_bytes", "Memory of the host.", hardware.memory_kib,
+                      1024) +
+           size_gauge("tarnhwplan_host_swap_bytes", "Swap space of the host.", hardware.swap_kib,
+                      1024);
+}
+
 int run(const RecordingOptions& options, const RecordedHost& host) {
     const Recording& recording = host.recordings.front().recording;
     const ComputedConfig computed = compute_known_lines(host.scan, options.scales);
-    const std::string text = pass_text(recording.header, recording.passes.back()) +
-                             limits_text(computed.lines) +
-                             coverage_text(measure_coverage(host.recordings)) +
-                             usage_metrics(host.recordings) + "# EOF\n";
+    const std::string text =
+        pass_text(recording.header, recording.passes.back()) + limits_text(computed.lines) +
+        coverage_text(measure_coverage(host.recordings)) +
+        gauges_text(summarize_usage(usage_series(host.recordings))) +
+        machine_text(newest_hardware(host.recordings).value_or(Hardware())) + "# EOF\n";
     return finish({options.out_path, options.paths, everybodys_mode}, text,
                   find_flaws(host.recordings, host.scan, computed));
 }

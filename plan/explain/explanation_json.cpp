@@ -1,21 +1,16 @@
 #include "plan/explain/explanation_json.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "plan/explain/usage_json.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/utc.h"
 
 namespace {
 
 using nlohmann::ordered_json;
-
-template <class Value>
-ordered_json optional_json(const std::optional<Value>& value) {
-    return value ? ordered_json(*value) : ordered_json();
-}
 
 // 1.2, where the float that is nearest to it is meant.
 ordered_json factor_json(double factor) {
@@ -29,15 +24,18 @@ ordered_json optional_factor(const std::optional<Value>& factor) {
     return factor ? factor_json(static_cast<double>(*factor)) : ordered_json();
 }
 
+// Where the largest was seen, with its value.
+template <class Value, class Moment>
+ordered_json peak_json(Value value, const Moment& moment) {
+    return {{"value", value},
+            {"time", utc_text(moment.time_ms / 1000)},
+            {"at_ms", moment.at_ms},
+            {"pass", moment.pass},
+            {"recording", moment.recording + 1}};
+}
+
 ordered_json peak_json(const std::optional<Peak>& peak) {
-    if (!peak) {
-        return {};
-    }
-    return {{"value", peak->value},
-            {"time", utc_text(peak->time_ms / 1000)},
-            {"at_ms", peak->at_ms},
-            {"pass", peak->pass},
-            {"recording", peak->recording + 1}};
+    return peak ? peak_json(peak->value, *peak) : ordered_json();
 }
 
 ordered_json line_json(const LineExplanation& line) {
@@ -96,6 +94,35 @@ ordered_json coverage_json(const Coverage& coverage) {
             {"failed", coverage.failed},
             {"longest_gap_ms", coverage.longest_gap_ms},
             {"gaps", list_to_json(coverage.gaps, gap_json)}};
+}
+
+// Six places of a rate or a share are more than was measured.
+double rounded(UsageQuantity quantity, double value) {
+    constexpr double places = 1e6;
+    return std::round(base_value(quantity, value) * places) / places;
+}
+
+// An object for each quantity that has values, in the order of UsageQuantity. Numbers are of the
+// unit that stands beside them.
+ordered_json usage_json(const UsageSummaries& usage) {
+    ordered_json list = ordered_json::array();
+    for (std::size_t i = 0; i < usage.size(); ++i) {
+        const auto quantity = static_cast<UsageQuantity>(i);
+        if (!usage[i].peak) {
+            continue;
+        }
+        ordered_json peak = peak_json(rounded(quantity, usage[i].peak->value), *usage[i].peak);
+        if (!usage[i].peak->process.empty()) {
+            peak["process"] = text_to_json(usage[i].peak->process);
+        }
+        list.push_back({{"name", name_of(quantity)},
+                        {"label", label_of(quantity)},
+                        {"unit", base_unit_of(quantity)},
+                        {"median", rounded(quantity, usage[i].median)},
+                        {"p95", rounded(quantity, usage[i].percentile)},
+                        {"peak", std::move(peak)}});
+    }
+    return list;
 }
 
 }  // namespace

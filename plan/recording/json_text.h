@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -14,6 +15,12 @@ struct JsonDamage : std::runtime_error {
 // A string where the text is UTF-8; otherwise {"hex": "..."} with two digits for every byte.
 nlohmann::ordered_json text_to_json(const std::string& text);
 std::string text_from_json(const nlohmann::json& value);
+
+// null for nothing.
+template <class Value>
+nlohmann::ordered_json optional_json(const std::optional<Value>& value) {
+    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json();
+}
 
 // A list of what `make` gives for each of the items.
 template <class Items, class Make>

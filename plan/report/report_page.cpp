@@ -15,11 +15,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-template <class T>
-Json optional_json(const std::optional<T>& value) {
-    return value ? Json(*value) : Json();
-}
-
 const UsageSummary* summary_of(const ReportServer& s, UsageQuantity quantity) {
     const auto place = static_cast<std::size_t>(quantity);
     return s.explanation && s.explanation->usage[place].peak ? &s.explanation->usage[place]

@@ -65,10 +65,6 @@ ordered_json amount_json(const Amount& amount) {
     return amount.there && !amount.unlimited ? ordered_json(amount.value) : ordered_json();
 }
 
-ordered_json number_json(const std::optional<std::int64_t>& number) {
-    return number ? ordered_json(*number) : ordered_json();
-}
-
 ordered_json limit_json(const LimitVerdict& limit) {
     constexpr const char* units[] = {"bytes", "tasks", "us of each period"};
     return {{"name", limit.name},
@@ -76,7 +72,7 @@ ordered_json limit_json(const LimitVerdict& limit) {
             {"limit", amount_json(limit.limit)},
             {"now", amount_json(limit.now)},
             {"peak", amount_json(limit.peak)},
-            {"times_met", number_json(limit.times_met)},
+            {"times_met", optional_json(limit.times_met)},
             {"state", name_of(limit.state)}};
 }
 
@@ -119,14 +115,14 @@ std::string verdict_json(const GroupVerdict& verdict) {
     object["control_group"] = text_to_json(values.path);
     object["all_fit"] = verdict.all_fit;
     object["limits"] = list_to_json(verdict.limits, limit_json);
-    object["cpu"] = {{"weight", number_json(values.cpu_weight)},
-                     {"usage_us", number_json(values.cpu_usage_us)},
+    object["cpu"] = {{"weight", optional_json(values.cpu_weight)},
+                     {"usage_us", optional_json(values.cpu_usage_us)},
                      {"period_us", values.cpu_period_us},
-                     {"periods", number_json(values.cpu_periods)},
-                     {"throttled_us", number_json(values.cpu_throttled_us)}};
-    object["memory"] = {{"oom", number_json(values.memory_oom)},
-                        {"oom_kill", number_json(values.memory_oom_kill)},
-                        {"high", number_json(values.memory_high_met)}};
+                     {"periods", optional_json(values.cpu_periods)},
+                     {"throttled_us", optional_json(values.cpu_throttled_us)}};
+    object["memory"] = {{"oom", optional_json(values.memory_oom)},
+                        {"oom_kill", optional_json(values.memory_oom_kill)},
+                        {"high", optional_json(values.memory_high_met)}};
     object["pressure"] = {{"cpu", pressure_json(values.cpu_pressure)},
                           {"memory", pressure_json(values.memory_pressure)},
                           {"io", pressure_json(values.io_pressure)}};
