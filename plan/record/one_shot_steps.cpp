@@ -16,23 +16,14 @@
 
 namespace {
 
+// The value; without one the step has failed.
 template <class Value>
-void keep(const Kiln::Result<Value>& result, OneShotStep step, Value& value, Findings& findings) {
-    if (result) {
-        value = *result;
-    } else {
+Value value_of(Kiln::Result<Value> result, OneShotStep step, Findings& findings) {
+    if (!result) {
         findings.failures.push_back({step, result.reason()});
+        return {};
     }
-}
-
-void count_quotas(const Host& host, Findings& findings) {
-    std::uint32_t ids = 0;
-    keep(count_quota_ids(host), OneShotStep::quotas, ids, findings);
-    findings.quotaugidlimit = static_cast<std::int32_t>(ids);
-}
-
-void list_interfaces(const Host& /*host*/, Findings& findings) {
-    keep(list_net_ifaces(), OneShotStep::interfaces, findings.ifaces, findings);
+    return std::move(*result);
 }
 
 // A script below /tmp may be anybody's. It is judged before it is run, and what was judged is run.
@@ -52,14 +43,6 @@ void ask_distribution(const Host& host, Findings& findings) {
     findings.notes.warnings = std::move(finding.warnings);
 }
 
-void read_host_name(const Host& host, Findings& findings) {
-    findings.hostname = host.host_name().value_or("");
-}
-
-void read_resolver_settings(const Host& host, Findings& findings) {
-    findings.ns_attrs = read_resolver(host);
-}
-
 void read_mounts(const Host& host, Findings& findings) {
     ExcludeFindings found = find_excludes(host);
     findings.notes.excludes = std::move(found.excludes);
@@ -71,17 +54,24 @@ void read_mounts(const Host& host, Findings& findings) {
 void take(const Host& host, OneShotStep step, Findings& findings) {
     switch (step) {
         case OneShotStep::quotas:
-            return count_quotas(host, findings);
+            findings.quotaugidlimit =
+                static_cast<std::int32_t>(value_of(count_quota_ids(host), step, findings));
+            break;
         case OneShotStep::interfaces:
-            return list_interfaces(host, findings);
+            findings.ifaces = value_of(list_net_ifaces(), step, findings);
+            break;
         case OneShotStep::distribution:
-            return ask_distribution(host, findings);
+            ask_distribution(host, findings);
+            break;
         case OneShotStep::host_name:
-            return read_host_name(host, findings);
+            findings.hostname = host.host_name().value_or("");
+            break;
         case OneShotStep::resolver:
-            return read_resolver_settings(host, findings);
+            findings.ns_attrs = read_resolver(host);
+            break;
         case OneShotStep::mounts:
-            return read_mounts(host, findings);
+            read_mounts(host, findings);
+            break;
     }
 }
 
@@ -109,11 +99,11 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
     outcome.took_ms = task.took_ms;
     outcome.stopped = task.end == BoundedTask::End::stopped;
     outcome.ended = task.end == BoundedTask::End::finished;
-    const Kiln::Result<Findings> findings =
-        outcome.ended ? parse_findings(task.text)
-                      : Kiln::Reason{why_not_finished(task, limit_seconds)};
+    Kiln::Result<Findings> findings = outcome.ended
+                                          ? parse_findings(task.text)
+                                          : Kiln::Reason{why_not_finished(task, limit_seconds)};
     if (findings) {
-        outcome.findings = *findings;
+        outcome.findings = std::move(*findings);
     } else {
         outcome.findings.failures.push_back({step, findings.reason()});
     }
