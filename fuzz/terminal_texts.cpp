@@ -17,7 +17,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string lines = wrapped(shown, "", "  ");
     fuzz::require(!lines.empty() && lines.back() == '\n', "lines have their end");
     for (const SampleStep& step : sample_steps) {
-        static_cast<void>(shape_objection(step, texts[0], texts[1]));
+        static_cast<void>(check_shape(step, texts[0], texts[1]));
     }
     return 0;
 }

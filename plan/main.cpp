@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <exception>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -38,8 +39,8 @@ int run(int argc, char** argv) {
         static_cast<void>(Kiln::write_all(STDERR_FILENO, text.data(), text.size()));
         return status_usage;
     }
-    if (const std::string trouble = command_trouble(program, argv[1]); !trouble.empty()) {
-        say(trouble);
+    if (const std::optional<std::string> trouble = command_trouble(program, argv[1])) {
+        say(*trouble);
         return status_usage;
     }
     try {

@@ -16,6 +16,7 @@
 #include "plan/check/output_shapes.h"
 #include "plan/record/bounded_task.h"
 #include "plan/record/one_shot_steps.h"
+#include "plan/recording/format.h"
 #include "plan/recording/json_text.h"
 
 namespace {
@@ -86,16 +87,13 @@ std::string take_watched_step(const Host& host, const SampleStep& step) {
     report[failure_name] = text_to_json(failure ? failure->text : "");
     report[found_name] = counts_text(step, counts);
     report[objection_name] =
-        text_to_json(failure || !is_command ? "" : shape_objection(step, out, err));
+        text_to_json(failure || !is_command ? "" : check_shape(step, out, err).reason());
     report[was_run_name] = was_run;
     return report.dump();
 }
 
 // What a step that is taken once found.
 std::string findings_text(OneShotStep step, const Findings& findings) {
-    const auto joined = [](const std::vector<std::string>& words) {
-        return Kiln::join(", ", words);
-    };
     switch (step) {
         case OneShotStep::quotas:
             return std::to_string(findings.quotaugidlimit) + " users and groups with quotas";
@@ -104,7 +102,7 @@ std::string findings_text(OneShotStep step, const Findings& findings) {
             for (const NetIface& iface : findings.ifaces) {
                 names.push_back(iface.ifname);
             }
-            return joined(names);
+            return Kiln::join(", ", names);
         }
         case OneShotStep::distribution:
             return findings.distribution.empty() ? findings.notes.warnings.at(0).message
@@ -138,32 +136,17 @@ std::string sources_of(OneShotStep step, const HostPaths& paths) {
     return paths.filesystems + ", " + paths.fstab + ", " + paths.mtab + ", " + paths.login_record;
 }
 
-// How findings and missing programs come back from a child.
-ordered_json to_json(const CheckFindings& findings) {
-    return list_to_json(findings, [](const CheckFinding& finding) {
-        return ordered_json{text_to_json(finding.text), text_to_json(finding.remedy),
-                            finding.lines};
-    });
-}
-
-CheckFindings findings_from(const json& list) {
-    CheckFindings findings;
-    for (const json& finding : list) {
-        findings.push_back({text_from_json(finding[0]), text_from_json(finding[1]), finding[2]});
-    }
-    return findings;
-}
-
-// The first is what is missing, the second what is to be said of it and of PATH.
+// In the child: what is missing, and in a second line what is to be said of it and of PATH.
 std::string look_at_search_path(const HostPaths& paths) {
     const std::vector<MissingProgram> missing = missing_programs(search_path());
-    ordered_json names = ordered_json::array();
+    std::vector<std::string> names;
     for (const MissingProgram& program : missing) {
         names.push_back(program.name);
     }
-    CheckFindings findings = missing_warnings(missing, search_path(), paths.program_folders);
-    append(findings, search_path_warnings(search_path(), paths));
-    return ordered_json{names, to_json(findings)}.dump();
+    CheckResult check;
+    check.findings = missing_warnings(missing, search_path(), paths.program_folders);
+    append(check.findings, search_path_warnings(search_path(), paths));
+    return Kiln::join(" ", names) + "\n" + check_line(check);
 }
 
 class Checker {
@@ -240,9 +223,9 @@ void Checker::check_search_path() {
              "leave out of PATH what does not answer"});
         return;
     }
-    const json report = json::parse(task.text);
-    missing_programs_ = report[0].get<std::vector<std::string>>();
-    append(check_.findings, findings_from(report[1]));
+    const std::size_t end = task.text.find('\n');
+    missing_programs_ = Kiln::split(" ", task.text.substr(0, end), 0);
+    append(check_.findings, parse_check(task.text.substr(end + 1))->findings);
 }
 
 bool Checker::has_programs(const SampleStep& step) const {
@@ -360,7 +343,8 @@ void Checker::check_mounts() {
             return;
         }
         const int limit = std::min(limit_seconds(), mount_limit_seconds);
-        const BoundedTask task = run([&] { return mount_trouble(mount.mount_point); }, limit);
+        const BoundedTask task =
+            run([&] { return check_mount(mount.mount_point).reason(); }, limit);
         const std::string trouble =
             task.end == BoundedTask::End::finished ? task.text : why_not(task, limit);
         if (!trouble.empty()) {

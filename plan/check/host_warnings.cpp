@@ -314,9 +314,10 @@ std::vector<MountEntry> mounts_of(const Host& host) {
     return {};
 }
 
-std::string mount_trouble(const std::string& mount_point) {
+Kiln::Done check_mount(const std::string& mount_point) {
     struct statvfs info {};
-    return statvfs(mount_point.c_str(), &info) == 0 ? "" : std::strerror(errno);
+    return statvfs(mount_point.c_str(), &info) == 0 ? Kiln::Done()
+                                                    : Kiln::Reason{std::strerror(errno)};
 }
 
 // Its name is no part of the command: a mount point may be called anything.

@@ -10,6 +10,7 @@
 #include "calc/sample.h"
 #include "inspect/host.h"
 #include "inspect/mount_table.h"
+#include "kiln/result.h"
 #include "plan/recording/finding.h"
 
 CheckFindings user_warnings(bool is_root);
@@ -55,7 +56,7 @@ CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uin
 // Every mount of the host; none where no table can be read.
 std::vector<MountEntry> mounts_of(const Host& host);
 
-// Why the mount does not answer; empty when it does. May hang.
-std::string mount_trouble(const std::string& mount_point);
+// Whether the mount answers. May hang.
+Kiln::Done check_mount(const std::string& mount_point);
 
 CheckFinding mount_warning(const MountEntry& mount, const std::string& trouble);

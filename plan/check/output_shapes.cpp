@@ -28,33 +28,35 @@ std::string quoted(const std::string& line) {
     return "\"" + line + "\"";
 }
 
-std::string count_objection(const std::string& out) {
+Kiln::Done check_count(const std::string& out) {
     std::string number = out;
     Kiln::collapse(number);
-    return is_number(number) ? "" : "it prints " + quoted(out) + " where a number should be";
+    return is_number(number)
+               ? Kiln::Done()
+               : Kiln::Reason{"it prints " + quoted(out) + " where a number should be"};
 }
 
-std::string pages_objection(const std::string& out) {
+Kiln::Done check_pages(const std::string& out) {
     const std::size_t label = out.find("pages allocated");
     const bool has_number =
         label != std::string::npos && out.find_first_of("0123456789", label) != std::string::npos;
-    return has_number ? "" : "it does not say how many pages are allocated";
+    return has_number ? Kiln::Done() : Kiln::Reason{"it does not say how many pages are allocated"};
 }
 
 // Filesystem     1K-blocks    Used Available Use% Mounted on
-std::string columns_objection(const std::string& out) {
+Kiln::Done check_columns(const std::string& out) {
     const std::vector<std::string> lines = Kiln::split("\n", out, 0);
     if (lines.empty()) {
-        return "it prints nothing";
+        return Kiln::Reason{"it prints nothing"};
     }
     const std::vector<std::string> names = words_of(lines.front());
     if (names.size() < 6 || (names[2] != "Used" && names[2] != "IUsed")) {
-        return "its third column is not the one in use: " + quoted(lines.front());
+        return Kiln::Reason{"its third column is not the one in use: " + quoted(lines.front())};
     }
     for (std::size_t i = 1; i < lines.size(); ++i) {
         const std::vector<std::string> words = words_of(lines[i]);
         if (words.size() < 6 || !is_number(words[2])) {
-            return "the number in use is not the third word of " + quoted(lines[i]);
+            return Kiln::Reason{"the number in use is not the third word of " + quoted(lines[i])};
         }
     }
     return {};
@@ -65,23 +67,20 @@ bool complains_in_good_health(const SampleStep& step) {
     return step.count == &PhysParams::numfile;
 }
 
-std::string first_line(const std::string& text) {
-    return text.substr(0, text.find('\n'));
+Kiln::Done check_output(const SampleStep& step, const std::string& out) {
+    if (step.parse == parse_shm_pages) {
+        return check_pages(out);
+    }
+    return step.parse == sum_used_column ? check_columns(out) : check_count(out);
 }
 
 }  // namespace
 
-std::string shape_objection(const SampleStep& step, const std::string& out,
-                            const std::string& err) {
-    std::string objection = count_objection(out);
-    if (step.parse == parse_shm_pages) {
-        objection = pages_objection(out);
-    } else if (step.parse == sum_used_column) {
-        objection = columns_objection(out);
-    }
+Kiln::Done check_shape(const SampleStep& step, const std::string& out, const std::string& err) {
+    const Kiln::Done good = check_output(step, out);
     const bool counts_nothing = complains_in_good_health(step) && step.parse(out) == 0;
-    if (objection.empty() && !err.empty() && (counts_nothing || !complains_in_good_health(step))) {
-        objection = "it says " + quoted(first_line(err));
+    if (good && !err.empty() && (counts_nothing || !complains_in_good_health(step))) {
+        return Kiln::Reason{"it says " + quoted(err.substr(0, err.find('\n')))};
     }
-    return objection;
+    return good;
 }

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "calc/sample.h"
+#include "kiln/result.h"
 
-// What the output of a step of sample_steps lacks, or an empty text. `err` is what the command
-// wrote to standard error.
-std::string shape_objection(const SampleStep& step, const std::string& out, const std::string& err);
+// Whether the output of a step of sample_steps is of the shape that is read; the reason says what
+// it lacks. `err` is what the command wrote to standard error.
+Kiln::Done check_shape(const SampleStep& step, const std::string& out, const std::string& err);

@@ -81,7 +81,7 @@ std::string program_help(const CLI::App& program) {
     return help_of(program, program.get_name());
 }
 
-std::string command_trouble(const CLI::App& program, const std::string& word) {
+std::optional<std::string> command_trouble(const CLI::App& program, const std::string& word) {
     const bool is_known = word.rfind('-', 0) == 0 || command_called(program, word) != nullptr;
-    return is_known ? "" : unknown_word(program, word);
+    return is_known ? std::nullopt : std::optional(unknown_word(program, word));
 }

@@ -314,9 +314,8 @@ Explanation explain(const std::vector<NamedRecording>& recordings, const Combine
     for (const ConfigLine& line : computed.lines) {
         if (line.kind != LineFacts::Kind::text || !line.text.empty()) {
             explanation.lines.push_back(explainer.explain(line));
-            const std::string remark = larger_than_machine(line, hardware, scan.page_size);
-            if (!remark.empty()) {
-                explanation.lines.back().remarks.push_back(remark);
+            if (const auto remark = larger_than_machine(line, hardware, scan.page_size)) {
+                explanation.lines.back().remarks.push_back(*remark);
             }
         } else if (line.step == OneShotStep::distribution) {
             explanation.lines.push_back(explain_no_distribution(scan.profile));

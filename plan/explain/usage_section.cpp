@@ -92,15 +92,18 @@ std::string usage_section(const std::vector<NamedRecording>& recordings) {
            "peak, UTC\n" + rows;
 }
 
-std::string larger_than_machine(const ConfigLine& line, const std::optional<Hardware>& hardware,
-                                std::int32_t page_size) {
+std::optional<std::string> larger_than_machine(const ConfigLine& line,
+                                               const std::optional<Hardware>& hardware,
+                                               std::int32_t page_size) {
     const std::optional<double> bytes = memory_of(line, page_size);
     if (!bytes || !hardware || !hardware->memory_kib) {
         return {};
     }
     const double machine =
         static_cast<double>(*hardware->memory_kib + hardware->swap_kib.value_or(0)) * bytes_per_kib;
-    return *bytes <= machine ? ""
-                             : size_text(*bytes) + " of " + size_text(machine) +
-                                   " that the machine has: computed from virtual sizes";
+    if (*bytes <= machine) {
+        return {};
+    }
+    return size_text(*bytes) + " of " + size_text(machine) +
+           " that the machine has: computed from virtual sizes";
 }

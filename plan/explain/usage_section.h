@@ -15,7 +15,8 @@ std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recor
 // A sentence where no recording carries it.
 std::string usage_section(const std::vector<NamedRecording>& recordings);
 
-// Why the line asks for more than the machine has; empty when it does not, or nobody knows.
+// Why the line asks for more than the machine has; nothing when it does not, or nobody knows.
 // `page_size` is in bytes.
-std::string larger_than_machine(const ConfigLine& line, const std::optional<Hardware>& hardware,
-                                std::int32_t page_size);
+std::optional<std::string> larger_than_machine(const ConfigLine& line,
+                                               const std::optional<Hardware>& hardware,
+                                               std::int32_t page_size);

@@ -184,8 +184,8 @@ void Recorder::go_on(const Recording& recording) {
         cut(recording.whole_size);
     }
     clock_ = RecordingClock(sources_.time, recording, header_.hardware->boot_id);
-    if (!clock_.doubts().empty()) {
-        complain(clock_.doubts());
+    if (clock_.doubts()) {
+        complain(*clock_.doubts());
     }
     header_.start = recording.header.start;
     for (const RecordedPass& pass : recording.passes) {

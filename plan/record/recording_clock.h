@@ -32,11 +32,11 @@ public:
     std::int64_t boot_ms() const { return sources_.boot_ms(); }
     std::int64_t wall_ms() const { return sources_.wall_ms(); }
 
-    // Empty where the wall clock is believed.
-    const std::string& doubts() const { return doubts_; }
+    // Nothing where the wall clock is believed.
+    const std::optional<std::string>& doubts() const { return doubts_; }
 
 private:
     TimeSources sources_;
     std::int64_t offset_ms_ = 0;  // of the recording's time to the time since the machine started
-    std::string doubts_;
+    std::optional<std::string> doubts_;
 };

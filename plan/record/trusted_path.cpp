@@ -38,8 +38,8 @@ private:
 
     Kiln::Done begin_at_root();
     Kiln::Result<Entry> open_entry(const std::string& name) const;
-    std::string trouble_of(const struct stat& info) const;
-    std::string trouble_in_shared_folder(const struct stat& info) const;
+    Kiln::Done check_owner(const struct stat& info) const;
+    Kiln::Done check_place(const struct stat& info) const;
     Kiln::Done follow(const Entry& link);
     void add_names(const std::string& path);
 
@@ -54,38 +54,39 @@ private:
     int links_ = 0;
 };
 
-// Why others have it in their hands; empty when they do not.
-std::string TrustedWalk::trouble_of(const struct stat& info) const {
+// Whether nobody else has it in his hands.
+Kiln::Done TrustedWalk::check_owner(const struct stat& info) const {
     if (!is_ours(info)) {
-        return "belongs to user " + id_text(info.st_uid, tables_.users);
+        return Kiln::Reason{"belongs to user " + id_text(info.st_uid, tables_.users)};
     }
     if (!S_ISLNK(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) {
-        return "is no file";
+        return Kiln::Reason{"is no file"};
     }
     // A link's own mode says nothing. In a sticky folder nobody else can put away what is ours.
     if (S_ISLNK(info.st_mode) || (S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0)) {
         return {};
     }
     if ((info.st_mode & S_IWOTH) != 0) {
-        return "may be written by everybody";
+        return Kiln::Reason{"may be written by everybody"};
     }
-    return (info.st_mode & S_IWGRP) != 0
-               ? "may be written by group " + id_text(info.st_gid, tables_.groups)
-               : "";
+    if ((info.st_mode & S_IWGRP) != 0) {
+        return Kiln::Reason{"may be written by group " + id_text(info.st_gid, tables_.groups)};
+    }
+    return {};
 }
 
 // Where everybody may make entries, what belongs to us need not have been put there by us: anybody
 // may give a file or a link of ours another name, or mount on a folder of his what says it is ours.
-std::string TrustedWalk::trouble_in_shared_folder(const struct stat& info) const {
-    if (!is_shared()) {
+Kiln::Done TrustedWalk::check_place(const struct stat& info) const {
+    if (!is_shared() || (S_ISLNK(info.st_mode) && info.st_nlink == 1)) {
         return {};
     }
-    if (S_ISDIR(info.st_mode)) {
-        return info.st_dev != place_.info.st_dev ? "has another file system mounted on it" : "";
+    if (!S_ISDIR(info.st_mode)) {
+        return Kiln::Reason{"may have been put there by anybody: others may write its folder"};
     }
-    return S_ISLNK(info.st_mode) && info.st_nlink == 1
-               ? ""
-               : "may have been put there by anybody: others may write its folder";
+    return info.st_dev == place_.info.st_dev
+               ? Kiln::Done()
+               : Kiln::Reason{"has another file system mounted on it"};
 }
 
 Kiln::Result<TrustedWalk::Entry> TrustedWalk::open_entry(const std::string& name) const {
@@ -98,12 +99,12 @@ Kiln::Result<TrustedWalk::Entry> TrustedWalk::open_entry(const std::string& name
     if (!entry.file || fstat(entry.file.get(), &entry.info) != 0) {
         return Kiln::Reason{entry.path + " cannot be opened: " + std::strerror(errno)};
     }
-    std::string trouble = trouble_of(entry.info);
-    if (trouble.empty() && name != "..") {
-        trouble = trouble_in_shared_folder(entry.info);
+    Kiln::Done good = check_owner(entry.info);
+    if (good && name != "..") {
+        good = check_place(entry.info);
     }
-    if (!trouble.empty()) {
-        return Kiln::Reason{entry.path + " " + trouble};
+    if (!good) {
+        return Kiln::Reason{entry.path + " " + good.reason()};
     }
     return entry;
 }
@@ -114,8 +115,8 @@ Kiln::Done TrustedWalk::begin_at_root() {
     if (!place_.file || fstat(place_.file.get(), &place_.info) != 0) {
         return Kiln::Reason{std::string("/ cannot be opened: ") + std::strerror(errno)};
     }
-    const std::string trouble = trouble_of(place_.info);
-    return trouble.empty() ? Kiln::Done() : Kiln::Reason{"/ " + trouble};
+    const Kiln::Done good = check_owner(place_.info);
+    return good ? Kiln::Done() : Kiln::Reason{"/ " + good.reason()};
 }
 
 void TrustedWalk::add_names(const std::string& path) {

@@ -131,8 +131,8 @@ std::optional<std::string> why_missing(const CombinedScan& scan, const ConfigLin
     return line.step ? missing_finding(scan, *line.step) : missing_count(scan, line);
 }
 
-// Empty when no pass failed.
-std::string failed_passes(const NamedRecording& named) {
+// Nothing when no pass failed.
+std::optional<std::string> failed_passes(const NamedRecording& named) {
     const std::vector<RecordedPass>& passes = named.recording.passes;
     const auto failed = [](const RecordedPass& pass) { return pass.failure.has_value(); };
     const auto first = std::find_if(passes.begin(), passes.end(), failed);
@@ -219,9 +219,8 @@ std::vector<std::string> find_flaws(const std::vector<NamedRecording>& recording
         }
     }
     for (const NamedRecording& named : recordings) {
-        const std::string failed = failed_passes(named);
-        if (!failed.empty()) {
-            flaws.push_back(failed);
+        if (const std::optional<std::string> failed = failed_passes(named)) {
+            flaws.push_back(*failed);
         }
     }
     return flaws;

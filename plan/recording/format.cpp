@@ -363,6 +363,10 @@ Kiln::Result<Hardware> parse_hardware(std::string_view text) {
     return parse_part<Hardware>(text);
 }
 
+Kiln::Result<CheckResult> parse_check(std::string_view line) {
+    return parse_part<CheckResult>(line);
+}
+
 Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
     return parse_part<RecordedPass>(line);
 }

@@ -52,6 +52,7 @@ std::string pass_line(const RecordedPass& pass);
 std::string summary_line(const Summary& summary);
 
 // The same for what a child process hands to its parent.
+Kiln::Result<CheckResult> parse_check(std::string_view line);
 Kiln::Result<RecordedPass> parse_pass(std::string_view line);
 std::string findings_text(const Findings& findings);
 Kiln::Result<Findings> parse_findings(std::string_view text);

@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
@@ -22,14 +21,13 @@ constexpr const char* of_version_2 = "cgroup.controllers";
 // Every group of version 1 has it, and none of version 2.
 constexpr const char* of_version_1 = "tasks";
 
-constexpr std::array<const char*, 17> file_names = {
+constexpr const char* file_names[] = {
     "memory.max",         "memory.high",     "memory.current",   "memory.peak",
     "memory.events",      "memory.swap.max", "memory.swap.peak", "memory.swap.current",
     "memory.swap.events", "memory.pressure", "pids.max",         "pids.current",
     "pids.peak",          "pids.events",     "cpu.max",          "cpu.weight",
-    "cpu.stat",
+    "cpu.stat",           "cpu.pressure",    "io.pressure",
 };
-constexpr std::array<const char*, 2> other_pressures = {"cpu.pressure", "io.pressure"};
 
 bool exists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
@@ -45,21 +43,22 @@ std::string folder_of(const std::string& group, const std::string& root) {
     return inside;
 }
 
-// Why the folder is no group of version 2; empty when it is one.
-std::string objection(const std::string& folder, const std::string& root) {
+// Whether the folder is a group of version 2.
+Kiln::Done check_group(const std::string& folder, const std::string& root) {
     if (exists(folder + "/" + of_version_2)) {
         return {};
     }
     if (exists(folder + "/" + of_version_1)) {
-        return folder + " is a control group of version 1; only version 2 is read";
+        return Kiln::Reason{folder + " is a control group of version 1; only version 2 is read"};
     }
     if (!exists(root + "/" + of_version_2) && exists(root + "/memory/" + of_version_1)) {
-        return folder + " is no control group of version 2; this host has version 1 at " + root;
+        return Kiln::Reason{
+            folder + " is no control group of version 2; this host has version 1 at " + root};
     }
     if (!exists(folder)) {
-        return folder + ": " + std::strerror(ENOENT);
+        return Kiln::Reason{folder + ": " + std::strerror(ENOENT)};
     }
-    return folder + " is no control group: it has no " + of_version_2;
+    return Kiln::Reason{folder + " is no control group: it has no " + of_version_2};
 }
 
 // More than any file of a group has. The path is somebody's word: it may lead to what is no group.
@@ -191,14 +190,10 @@ std::optional<Pressure> Parser::pressure(const char* name) const {
 Kiln::Result<GroupFiles> read_control_group(const std::string& group, const std::string& root) {
     GroupFiles files;
     files.path = folder_of(group, root);
-    const std::string reason = objection(files.path, root);
-    if (!reason.empty()) {
-        return Kiln::Reason{reason};
+    if (const Kiln::Done good = check_group(files.path, root); !good) {
+        return Kiln::Reason{good.reason()};
     }
     for (const char* const name : file_names) {
-        read_file(name, files);
-    }
-    for (const char* const name : other_pressures) {
         read_file(name, files);
     }
     files.forks_refused_below = forks_refused_below(files.path);

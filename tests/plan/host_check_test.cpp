@@ -49,7 +49,8 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         {df_step, "", "", "prints nothing"},
     };
     for (const Case& test : cases) {
-        const std::string objection = shape_objection(sample_steps[test.step], test.out, test.err);
+        const std::string objection =
+            check_shape(sample_steps[test.step], test.out, test.err).reason();
         EXPECT_EQ(objection.empty(), test.objection.empty()) << test.out << objection;
         EXPECT_NE(objection.find(test.objection), std::string::npos) << objection;
     }

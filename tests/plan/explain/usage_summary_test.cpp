@@ -226,9 +226,9 @@ TEST(UsageSection, ALineLargerThanTheMachine) {
     profile.privvmpages = 500000;  // 500000 x 1.2 x 1.1 pages of 4 KiB
     std::string remarks;
     for (const ConfigLine& line : compute_config(profile, {}, 4096)) {
-        const std::string remark = larger_than_machine(line, hardware, 4096);
-        remarks += remark.empty() ? "" : std::string(line.name) + ": " + remark + "\n";
-        EXPECT_EQ(larger_than_machine(line, {}, 4096), "");
+        const std::optional<std::string> remark = larger_than_machine(line, hardware, 4096);
+        remarks += remark ? line.name + (": " + *remark) + "\n" : "";
+        EXPECT_EQ(larger_than_machine(line, {}, 4096), std::nullopt);
     }
     EXPECT_EQ(remarks,
               "PRIVVMPAGES: 2.5 GiB of 2.0 GiB that the machine has: computed from virtual sizes\n"
