@@ -112,10 +112,6 @@ public:
     void guaranteed_pages(ConfigLine& line);
     void locked_pages(ConfigLine& line);
     void shared_pages(ConfigLine& line);
-    void physical_pages(ConfigLine& line);
-    void queued_signals(ConfigLine& line);
-    void cpu_units(ConfigLine& line);
-    void quota_time(ConfigLine& line);
     void quota_ids(ConfigLine& line);
     void memory_limit(ConfigLine& line);
     void memory_mode(ConfigLine& line);
@@ -146,11 +142,6 @@ void store(ConfigLine& line, Pair pair) {
     line.barrier = extended(pair.barrier);
     line.limit = extended(pair.limit);
     line.wrapped = pair.wrapped;
-}
-
-void store_wide(ConfigLine& line, std::uint64_t barrier, std::uint64_t limit) {
-    line.barrier = barrier;
-    line.limit = limit;
 }
 
 void Computation::adjust_count(const Count& count) {
@@ -251,22 +242,6 @@ void Computation::shared_pages(ConfigLine& line) {
     take_count(line);
 }
 
-void Computation::physical_pages(ConfigLine& line) {
-    store_wide(line, 0, physpages_limit);
-}
-
-void Computation::queued_signals(ConfigLine& line) {
-    store_wide(line, numsiginfo, numsiginfo);
-}
-
-void Computation::cpu_units(ConfigLine& line) {
-    store_wide(line, cpuunits, cpuunits);
-}
-
-void Computation::quota_time(ConfigLine& line) {
-    store_wide(line, quotatime, quotatime);
-}
-
 void Computation::quota_ids(ConfigLine& line) {
     store(line, {p_.quotaugidlimit, p_.quotaugidlimit, quota_wrapped_});
 }
@@ -278,7 +253,7 @@ void Computation::memory_limit(ConfigLine& line) {
     const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
     const bool below_cap = static_cast<float>(cap) > kmem_total_;
     const std::uint64_t limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
-    store_wide(line, limit, limit);
+    line.barrier = line.limit = limit;
     line.wrapped = kmem_wrapped_;
 }
 
@@ -310,10 +285,12 @@ void Computation::features(ConfigLine& line) {
     line.text = p_.nfs_used ? "nfs:on" : "";
 }
 
-// A line: what it is, and how its value is found.
+// A line: what it is, and how its value is found, or what it always is.
 struct LineRule {
     LineFacts facts;
     void (Computation::*compute)(ConfigLine&);
+    std::uint64_t barrier = 0;
+    std::uint64_t limit = 0;
 };
 
 constexpr const Count& numproc = count_of(&PhysParams::numproc);
@@ -378,18 +355,19 @@ constexpr LineRule line_rules[] = {
     {of_pages("OOMGUARPAGES", privvmpages), &Computation::guaranteed_pages},
     {of_pages("LOCKEDPAGES", lockedpages), &Computation::locked_pages},
     {line_of(&PhysParams::shmpages), &Computation::shared_pages},
-    {fixed("PHYSPAGES", pair_kind, Unit::page_of_system, ""), &Computation::physical_pages},
+    {fixed("PHYSPAGES", pair_kind, Unit::page_of_system, ""), nullptr, 0, physpages_limit},
     {line_of(&PhysParams::numflock, margin), &Computation::take_count},
-    {fixed("NUMSIGINFO", pair_kind, Unit::thing, "queued signals"), &Computation::queued_signals},
+    {fixed("NUMSIGINFO", pair_kind, Unit::thing, "queued signals"), nullptr, numsiginfo,
+     numsiginfo},
     {line_of(&PhysParams::numiptent), &Computation::take_count},
     {line_of(&PhysParams::diskspace, margin), &Computation::take_count},
     {{"DISKINODES", pair_kind, Unit::thing, "inodes",
       Sources::of(count_of(&PhysParams::diskinodes)), margin, no_step},
      &Computation::take_count},
-    {fixed("CPUUNITS", number_kind, Unit::thing, "shares of the processors"),
-     &Computation::cpu_units},
-    {fixed("QUOTATIME", number_kind, Unit::thing, "seconds over a soft limit"),
-     &Computation::quota_time},
+    {fixed("CPUUNITS", number_kind, Unit::thing, "shares of the processors"), nullptr, cpuunits,
+     cpuunits},
+    {fixed("QUOTATIME", number_kind, Unit::thing, "seconds over a soft limit"), nullptr, quotatime,
+     quotatime},
     {{quota_count.line, number_kind, quota_count.unit, quota_count.label, Sources::of(quota_count),
       no_margin, OneShotStep::quotas},
      &Computation::quota_ids},
@@ -434,8 +412,12 @@ std::vector<ConfigLine> compute_config(const PhysParams& profile, ConfigScales s
     computation.adjust();
     std::vector<ConfigLine> lines;
     for (const LineRule& rule : line_rules) {
-        lines.emplace_back(rule.facts);
-        (computation.*rule.compute)(lines.back());
+        ConfigLine& line = lines.emplace_back(rule.facts);
+        line.barrier = rule.barrier;
+        line.limit = rule.limit;
+        if (rule.compute != nullptr) {
+            (computation.*rule.compute)(line);
+        }
     }
     return lines;
 }

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "calc/container_config.h"
+#include "calc/counts.h"
 #include "calc/memory_scan.h"
 #include "calc/scan.h"
 #include "inspect/distribution.h"
@@ -117,18 +118,10 @@ void TarnHWCalc::printPhysParams(const PhysParams& params) const {
     const auto count = [](const char* name, std::int32_t value) {
         std::printf("%s: %u\n", name, static_cast<unsigned>(value));
     };
-    count("numproc", params.numproc);
-    count("numtcpsock", params.numtcpsock);
-    count("numothersock", params.numothersock);
-    count("numfile", params.numfile);
-    count("privvmpages", params.privvmpages);
-    count("lockedpages", params.lockedpages);
-    count("shmpages", params.shmpages);
-    count("numflock", params.numflock);
-    count("numiptent", params.numiptent);
-    count("diskspace", params.diskspace);
-    count("diskinodes", params.diskinodes);
-    count("quotaugidlimit", params.quotaugidlimit);
+    for (const Count& sampled : sampled_counts) {
+        count(sampled.name, params.*sampled.field);
+    }
+    count(quota_count.name, params.quotaugidlimit);
     std::printf("distribution: %s\nhostname: %s\nnameservers: %s\nsearch_domains: %s\n",
                 params.distribution.c_str(), params.hostname.c_str(),
                 Kiln::join(" ", params.ns_attrs.nameservers).c_str(),

@@ -14,36 +14,20 @@ conf_lists configured;
 
 namespace {
 
-// The set of that device, which is made when there is none; null without memory.
-vlan_set* obtain_vlan_set(const char* device) {
+// The set of that name, which is made when there is none; null without memory.
+template <class Set>
+Set* obtain_set(list<Set>* sets, char (Set::*set_name)[if_name_size], const char* name) {
     char cut[if_name_size];
-    copy_cut(cut, sizeof(cut), device);
-    for (vlan_set& set : configured.vlans) {
-        if (strcmp(set.device, cut) == 0) {
+    copy_cut(cut, sizeof(cut), name);
+    for (Set& set : *sets) {
+        if (strcmp(set.*set_name, cut) == 0) {
             return &set;
         }
     }
-    auto* set = new vlan_set;
+    auto* set = new Set;
     if (set != nullptr) {
-        copy_cut(set->device, sizeof(set->device), cut);
-        configured.vlans.add_head(set);
-    }
-    return set;
-}
-
-// The same for the addresses of an interface.
-iface_addr_set* obtain_iface_addr_set(const char* ifname) {
-    char cut[if_name_size];
-    copy_cut(cut, sizeof(cut), ifname);
-    for (iface_addr_set& set : configured.iface_addrs) {
-        if (strcmp(set.ifname, cut) == 0) {
-            return &set;
-        }
-    }
-    auto* set = new iface_addr_set;
-    if (set != nullptr) {
-        copy_cut(set->ifname, sizeof(set->ifname), cut);
-        configured.iface_addrs.add_head(set);
+        copy_cut(set->*set_name, sizeof(cut), cut);
+        sets->add_head(set);
     }
     return set;
 }
@@ -85,7 +69,7 @@ int add_slave_iface(network* net, const char* ifname) {
 }
 
 int add_vlan(const char* device, uint32_t vlan_id) {
-    vlan_set* set = obtain_vlan_set(device);
+    vlan_set* set = obtain_set(&configured.vlans, &vlan_set::device, device);
     if (set == nullptr) {
         return -1;
     }
@@ -105,7 +89,7 @@ int add_vlan(const char* device, uint32_t vlan_id) {
 }
 
 int add_iface_addr(const char* ifname, const char* address) {
-    iface_addr_set* set = obtain_iface_addr_set(ifname);
+    iface_addr_set* set = obtain_set(&configured.iface_addrs, &iface_addr_set::ifname, ifname);
     if (set == nullptr) {
         return -1;
     }

@@ -36,10 +36,6 @@ std::string number_text(std::uint64_t number) {
     return grouped(static_cast<std::int64_t>(number));
 }
 
-std::string bytes_text(double bytes) {
-    return size_text(bytes);
-}
-
 }  // namespace
 
 std::vector<std::string> Derivations::parts_of(const std::string& line) {
@@ -52,17 +48,13 @@ std::vector<std::string> Derivations::parts_of(const std::string& line) {
 }
 
 std::uint64_t Derivations::barrier_of(const char* line) const {
-    const auto found = std::find_if(lines_.begin(), lines_.end(), [&](const ConfigLine& candidate) {
-        return candidate.name == std::string(line);
-    });
-    return found == lines_.end() ? 0 : found->barrier;
+    const ConfigLine* found = find_line(lines_, line);
+    return found == nullptr ? 0 : found->barrier;
 }
 
 std::uint64_t Derivations::limit_of(const char* line) const {
-    const auto found = std::find_if(lines_.begin(), lines_.end(), [&](const ConfigLine& candidate) {
-        return candidate.name == std::string(line);
-    });
-    return found == lines_.end() ? 0 : found->limit;
+    const ConfigLine* found = find_line(lines_, line);
+    return found == nullptr ? 0 : found->limit;
 }
 
 // What was opened itself has been beaten, or the line would not be a derived one.
@@ -87,7 +79,7 @@ std::string Derivations::open_files() const {
 }
 
 std::string Derivations::each_costs(std::int64_t cost, const char* line) const {
-    return bytes_text(static_cast<double>(cost)) + " for each of " + number_text(barrier_of(line)) +
+    return size_text(static_cast<double>(cost)) + " for each of " + number_text(barrier_of(line)) +
            " (" + line + ")";
 }
 
@@ -113,7 +105,7 @@ std::string Derivations::memory_limit() const {
                      [](const Term& a, const Term& b) { return a.bytes > b.bytes; });
     std::vector<std::string> texts;
     for (const Term& term : terms) {
-        texts.push_back(term.name + " " + bytes_text(term.bytes));
+        texts.push_back(term.name + " " + size_text(term.bytes));
     }
     return "the sum of " + Kiln::join(", ", texts) + "; times " +
            factor_text(static_cast<double>(scales_.memory));

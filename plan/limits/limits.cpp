@@ -228,12 +228,6 @@ void LimitWork::add_heading() {
     }
 }
 
-const ConfigLine* find_line(const std::vector<ConfigLine>& lines, const std::string& name) {
-    const auto found = std::find_if(lines.begin(), lines.end(),
-                                    [&](const ConfigLine& line) { return name == line.name; });
-    return found == lines.end() ? nullptr : &*found;
-}
-
 void LimitWork::add_own_lines() {
     constexpr std::uint64_t most_int32 = 2147483647;
     const ComputedConfig computed = compute_known_lines(scan_, options_.scales);

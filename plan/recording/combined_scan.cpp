@@ -178,6 +178,12 @@ ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales
     return computed;
 }
 
+const ConfigLine* find_line(const std::vector<ConfigLine>& lines, const std::string& name) {
+    const auto found = std::find_if(lines.begin(), lines.end(),
+                                    [&](const ConfigLine& line) { return name == line.name; });
+    return found == lines.end() ? nullptr : &*found;
+}
+
 void add_by_reason(const std::string& line, const std::string& reason,
                    std::vector<LinesOfReason>& groups) {
     const auto same = std::find_if(groups.begin(), groups.end(), [&](const LinesOfReason& group) {

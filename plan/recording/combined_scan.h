@@ -44,6 +44,9 @@ struct ComputedConfig {
 
 ComputedConfig compute_known_lines(const CombinedScan& scan, ConfigScales scales);
 
+// The line of that name; null without one.
+const ConfigLine* find_line(const std::vector<ConfigLine>& lines, const std::string& name);
+
 // Lines of a configuration that share a reason.
 struct LinesOfReason {
     std::vector<std::string> lines;
