@@ -12,6 +12,10 @@ void add_settings(CommentedText& text) {
     text.setting("the copy's own /etc/resolv.conf, with the server's name servers",
                  "ResolvConf=off");
     add_process_limits(text);
+    if (sheet[LimitKind::locked]) {
+        text.setting("a container may lock no memory without this, whatever its limit",
+                     "SystemCallFilter=@memlock");
+    }
     text.blank();
     text.line("[Files]");
     text.limit(LimitKind::shm, "TemporaryFileSystem=/dev/shm:mode=1777,nosuid,nodev,size=@M");

@@ -114,6 +114,29 @@ std::int64_t forks_refused_below(const std::string& folder) {
     return refused;
 }
 
+// Some engines put a container's limits into a group inside of the one that they name. Those of the
+// services of a system that runs in a container are its own affair; they are several.
+std::string limited_group_below(const std::string& folder) {
+    std::string below;
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        if (entry->is_directory(error)) {
+            if (!below.empty()) {
+                return {};
+            }
+            below = entry->path().string();
+        }
+    }
+    for (const char* const limit : {"memory.max", "memory.swap.max", "pids.max", "cpu.max"}) {
+        const std::string text = read_some_of(below + "/" + limit).text;
+        if (!below.empty() && !text.empty() && text.rfind("max", 0) != 0) {
+            return below;
+        }
+    }
+    return {};
+}
+
 class Parser {
 public:
     explicit Parser(const GroupFiles& files) : files_(files) {}
@@ -197,6 +220,7 @@ Kiln::Result<GroupFiles> read_control_group(const std::string& group, const std:
         read_file(name, files);
     }
     files.forks_refused_below = forks_refused_below(files.path);
+    files.limited_below = limited_group_below(files.path);
     // Half of its files would look like a group without limits.
     if (!exists(files.path + "/" + of_version_2)) {
         return Kiln::Reason{files.path + " vanished while it was read"};
@@ -235,6 +259,7 @@ GroupValues parse_control_group(const GroupFiles& files) {
     values.memory_pressure = parser.pressure("memory.pressure");
     values.io_pressure = parser.pressure("io.pressure");
     values.forks_refused_below = files.forks_refused_below;
+    values.limited_below = files.limited_below;
     values.unreadable = files.unreadable;
     return values;
 }

@@ -20,6 +20,7 @@ struct GroupFiles {
     std::vector<std::string> unreadable;  // "memory.max: Permission denied"
     // Forks that were refused in the groups below, each counted where it was tried.
     std::int64_t forks_refused_below = 0;
+    std::string limited_below;  // the path of the only group below, if it has limits of its own
 };
 
 // Reads a group. `group` is a path below `root`, with or without "/" before it, or one that begins
@@ -57,6 +58,7 @@ struct GroupValues {
     std::optional<std::int64_t> cpu_periods, cpu_throttled, cpu_throttled_us;
     std::optional<Pressure> cpu_pressure, memory_pressure, io_pressure;  // some task waited
     std::int64_t forks_refused_below = 0;
+    std::string limited_below;
     std::vector<std::string> unreadable;
 };
 

@@ -189,7 +189,9 @@ GroupVerdict Judge::run() {
         return std::any_of(verdict_.limits.begin(), verdict_.limits.end(),
                            [&](const LimitVerdict& limit) { return limit.state == state; });
     };
-    if (!has(LimitState::fits) && !has(LimitState::given_back) && !has(LimitState::met)) {
+    if (!values_.limited_below.empty()) {
+        remark("the group in it has limits of its own: verify " + values_.limited_below + " too");
+    } else if (!has(LimitState::fits) && !has(LimitState::given_back) && !has(LimitState::met)) {
         remark("no limit is set here: is it the right group?");
     } else {
         verdict_.all_fit = verdict_.raise.empty() && values_.unreadable.empty();

@@ -33,7 +33,7 @@ struct GroupVerdict {
     std::vector<std::string> raise;    // what to raise and why, a line for each limit that was met
     std::vector<std::string> remarks;  // what is not known, and what else deserves a look
 
-    // Some limit is set, the state of each is known, and none was met.
+    // Some limit is set, none was met, and none is in a group below that was not looked at.
     bool all_fit = false;
 };
 

@@ -245,6 +245,14 @@ TEST(Verify, TheGroupThatIsMeant) {
                           "were refused in the groups below, 2 times, by it or by limits of their "
                           "own"});
     }
+    // The limits of a container may be in a group inside of the one that its engine names.
+    put_group(host, "a.slice/b", {{"memory.max", "max\n"}, {"pids.max", "700\n"}});
+    const GroupVerdict outer = judge(parse_control_group(*read_control_group("a.slice", host.root)));
+    EXPECT_FALSE(outer.all_fit);
+    EXPECT_EQ(outer.remarks, Remarks{"the group in it has limits of its own: verify " + host.root +
+                                     "/a.slice/b too"});
+    put_group(host, "a.slice/c", {{"pids.max", "max\n"}});
+    EXPECT_TRUE(judge(parse_control_group(*read_control_group("a.slice", host.root))).all_fit);
     // What cannot be read is said, and nothing is well then.
     host.put("odd/cgroup.controllers", "");
     host.put("odd/memory.max/x", "");
