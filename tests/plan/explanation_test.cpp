@@ -47,6 +47,21 @@ TEST(Explanation, AFloorBehindTheFactorHasNone) {
     EXPECT_EQ(line_of(named, "PRIVVMPAGES").basis, Basis::measurement);
 }
 
+// Memory is counted in pages of 4 KiB, shared memory and all lines in the system's.
+TEST(Explanation, PagesOfTwoKinds) {
+    NamedRecording named = recording_of({1});
+    named.recording.header.page_size = 65536;
+    SampleCounts& counts = named.recording.passes[0].counts;
+    counts[&PhysParams::privvmpages] = 70000;
+    counts[&PhysParams::lockedpages] = 512;  // 614 with the factor
+    counts[&PhysParams::shmpages] = 22000;   // 26400
+    EXPECT_EQ(line_of(named, "PRIVVMPAGES").seen, "273 MiB (70,000)");
+    EXPECT_EQ(line_of(named, "LOCKEDPAGES").seen, "2.0 MiB (512)");
+    EXPECT_EQ(line_of(named, "LOCKEDPAGES").meaning, "38.4 MiB");
+    EXPECT_EQ(line_of(named, "SHMPAGES").seen, "1.3 GiB (22,000)");
+    EXPECT_EQ(line_of(named, "SHMPAGES").meaning, "1.6 GiB");
+}
+
 TEST(Explanation, OpenFilesForSocketsAreDerived) {
     NamedRecording named = recording_of({1});
     named.recording.passes[0].counts[&PhysParams::numfile] = 9000;

@@ -177,8 +177,15 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
         out = "7\n";
         return command == sample_steps[iptables_step].command ? pause() : 0;
     };
+    made_up_.host.host_name = [] {
+        usleep(20000);
+        return std::optional<std::string>("box");
+    };
     const HostCheck check = check_host(host_, 1);
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
+    EXPECT_GE(check.steps[iptables_step].took_ms, 1000);
+    EXPECT_LT(check.steps[iptables_step].took_ms, 9000);
+    EXPECT_GE(check.steps.at(14).took_ms, 20) << check.steps[14].what;
     EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
     EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
     EXPECT_FALSE(has(check.findings, "left out"));

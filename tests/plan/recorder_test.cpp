@@ -5,15 +5,48 @@
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 
+#include "inspect/net_ifaces.h"
 #include "kiln/files.h"
 #include "plan/record/bounded_task.h"
 #include "plan/record/recorded_pass.h"
 #include "tests/plan/recordings.h"
+
+namespace {
+
+struct {
+    off_t bytes = 0;  // of the file that was waited for last
+    int waits = 0;
+    std::vector<int> errors;  // what the next waits fail with, the first one last
+    ino_t folder = 0;         // whose names were waited for last
+} disk;
+
+}  // namespace
+
+// These two stand before those of the C library.
+extern "C" int fdatasync(int fd) {
+    struct stat info = {};
+    disk.bytes = fstat(fd, &info) == 0 ? info.st_size : -1;
+    ++disk.waits;
+    if (disk.errors.empty()) {
+        return 0;
+    }
+    errno = disk.errors.back();
+    disk.errors.pop_back();
+    return -1;
+}
+
+extern "C" int fsync(int fd) {
+    struct stat info = {};
+    disk.folder = fstat(fd, &info) == 0 ? info.st_ino : 0;
+    return 0;
+}
 
 namespace {
 
@@ -87,6 +120,24 @@ TEST_F(RecordingFile, KeepsNoPartOfALineThatDoesNotFit) {
     const BoundedTask task = run_bounded(write_too_much, 10, no_wake_fd);
     EXPECT_EQ(task.text, "it cannot be written: File too large");
     EXPECT_EQ(text_of(path_), "first line\n");
+}
+
+TEST_F(RecordingFile, IsOnTheDiskLineByLine) {
+    Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
+    ASSERT_TRUE(opened);
+    auto& file = *opened;
+    struct stat folder = {};
+    ASSERT_EQ(stat(made_up_.root.c_str(), &folder), 0);
+    EXPECT_EQ(disk.folder, folder.st_ino) << "its name";
+    EXPECT_TRUE(file.append("one\n"));
+    EXPECT_EQ(disk.bytes, 4);
+    disk.waits = 0;
+    disk.errors = {EINVAL, EINTR};  // a file system that has nothing to wait for
+    EXPECT_TRUE(file.append("two\n"));
+    EXPECT_EQ(disk.waits, 2);
+    disk.errors = {EIO};
+    EXPECT_EQ(file.append("three\n").reason(), "it cannot be written: Input/output error");
+    EXPECT_EQ(text_of(path_), "one\ntwo\n");
 }
 
 TEST_F(RecordingFile, IsRefusedWhereOthersMayWriteIt) {
@@ -317,6 +368,52 @@ TEST_F(MadeUpRecorder, KeepsLinesUntilThereIsRoom) {
     EXPECT_TRUE(made.summary_is_last);
 }
 
+TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
+    const auto ifaces = list_net_ifaces();
+    if (!ifaces) {
+        GTEST_SKIP() << "the machine has no network interface";
+    }
+    made_up_.put("mtab",
+                 "/dev/null /012 ext4 usrquota 0 0\n/dev/gone /gone ext4 usrquota 0 0\n"
+                 "nas:/x /x nfs rw 0 0\n");
+    made_up_.put("dns", "search a.example b.example\nnameserver 192.0.2.53\n");
+    made_up_.answers["repquota -unv /012"].out = "user quotas\n---\n#0 -- 1 0 0 1 0 0\n";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "tarnhwplan: Error: Partition or mount point '/dev/gone' does not exist\n");
+    EXPECT_FALSE(flawed_);
+    Recording made = recording();
+    utsname system = {};
+    uname(&system);
+    EXPECT_EQ(made.header.kernel, system.release);
+    EXPECT_EQ(made.header.machine, system.machine);
+    const Findings& findings = made.summary->findings;
+    EXPECT_EQ(findings.quotaugidlimit, 1);
+    EXPECT_EQ(findings.ifaces.size(), ifaces->size());
+    EXPECT_EQ(findings.notes.warnings.size(), 1U) << "of the distribution";
+    EXPECT_EQ(findings.hostname, "box");
+    EXPECT_EQ(findings.ns_attrs.nameservers, Remarks{"192.0.2.53"});
+    EXPECT_EQ(findings.ns_attrs.search_domains, (Remarks{"a.example", "b.example"}));
+    EXPECT_TRUE(findings.nfs_found);
+    ASSERT_EQ(findings.notes.excludes.size(), 1U);
+    EXPECT_EQ(findings.notes.excludes[0].path, "/x/*");
+    EXPECT_EQ(findings.messages, "Error: Partition or mount point '/dev/gone' does not exist\n");
+
+    // Each one that fails is said.
+    unlink(path_.c_str());
+    unlink(made_up_.path("mtab").c_str());
+    const std::string why =
+        "Error opening '" + made_up_.path("mtab") + "': No such file or directory";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "tarnhwplan: quotas: " + why + "\n");
+    EXPECT_TRUE(flawed_);
+    made = recording();
+    ASSERT_EQ(made.summary->findings.failures.size(), 1U);
+    EXPECT_EQ(made.summary->findings.failures[0].text, why);
+}
+
 TEST_F(MadeUpRecorder, HasWhatTheCheckFound) {
     sources_.check = [] { return CheckFindings{{"ps is missing", "install it", {"NUMPROC"}}}; };
     sources_.is_root = false;
@@ -344,15 +441,24 @@ TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
     EXPECT_EQ(record({1000, 500}), "");
     EXPECT_EQ(text_of(path_), over) << "nothing more to do";
 
-    // The same watched for a second more, from the first start.
-    header.start = system_wall_ms() / 1000 - 999;
+    // The same watched for a second more, from the first start, by a clock that stands still
+    // meanwhile.
+    header.start = 1773324300;
+    const auto since_start_ms = [this] {
+        const bool was_taken = text_of(path_).find("{\"pass\":2,") != std::string::npos;
+        return std::int64_t{was_taken ? 1000000 : 999000};
+    };
+    sources_.time = {since_start_ms, [&] { return header.start * 1000 + since_start_ms(); }};
     put(header_line(header) + pass_line(pass_of(1, 0, 1)) + summary_line(summary_of(2)));
     EXPECT_EQ(record({1000, 500}), "");
     made = recording();
     ASSERT_EQ(made.passes.size(), 3U) << "one at once, one at the end";
     EXPECT_EQ(made.passes[1].number, 2);
-    EXPECT_GE(made.passes[1].at_ms, 999000);
-    EXPECT_EQ(made.continuations.size(), 1U);
+    EXPECT_EQ(made.passes[1].at_ms, 999000);
+    EXPECT_EQ(made.passes[2].at_ms, 1000000);
+    ASSERT_EQ(made.continuations.size(), 1U);
+    EXPECT_EQ(made.continuations[0].at_ms, 999000);
+    EXPECT_EQ(made.continuations[0].kernel, header.kernel);
 
     // Killed before the first line was whole.
     put(header_line(header).substr(0, 30));

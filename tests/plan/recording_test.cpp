@@ -12,6 +12,8 @@ namespace {
 
 const std::string hostile("\"><script>\n\0\x1b[2J\xff\xc3", 18);
 
+constexpr std::int64_t longest_scan = 2147483647;  // seconds
+
 RecordedPass failed_pass() {
     RecordedPass pass = pass_of(2, 10, 7);
     pass.taken = 3;  // the first two counts
@@ -41,21 +43,23 @@ std::string small_recording() {
     return header_line(header_of(hostile)) + pass_line(pass_of(1, 0, 120)) +
            pass_line(failed_pass()) + summary_line(full_summary()) +
            continuation_line({15000, "1.1", "6.2.0", {200, 20}, {}, {}, {}, {}}) +
-           pass_line(pass_of(3, 30, 121));
+           continuation_line({16000, "1.2", "6.3.0", {300, 20}, true, 7, {}, {}}) +
+           pass_line(pass_of(3, longest_scan, 121));
 }
 
 TEST(Recording, WhatIsWrittenComesBack) {
     const std::string text = small_recording();
     const Recording recording = parsed(text);
-    EXPECT_EQ(recording.spans().time, 200) << "the newest";
+    EXPECT_EQ(recording.spans().time, 300) << "the newest";
     EXPECT_FALSE(recording.summary_is_last) << "a pass came after it";
-    EXPECT_EQ(recording.last_ms(), 30000);
+    EXPECT_EQ(recording.last_ms(), longest_scan * 1000);
     // As everything is in the lines, equal lines are equal values.
     ASSERT_EQ(recording.passes.size(), 3U);
     ASSERT_TRUE(recording.summary);
     std::string again = header_line(recording.header) + pass_line(recording.passes[0]) +
                         pass_line(recording.passes[1]) + summary_line(*recording.summary) +
                         continuation_line(recording.continuations.at(0)) +
+                        continuation_line(recording.continuations.at(1)) +
                         pass_line(recording.passes[2]);
     EXPECT_EQ(again, text);
     const Findings& findings = recording.summary->findings;
@@ -149,7 +153,7 @@ TEST(Recording, CutOrChangedAnywhereItIsReadOrRefused) {
         use(result);
         if (lines > 0) {
             const auto& recording = *result;
-            EXPECT_EQ(recording.passes.size(), lines < 3 ? lines - 1 : lines < 6 ? 2U : 3U);
+            EXPECT_EQ(recording.passes.size(), lines < 3 ? lines - 1 : lines < 7 ? 2U : 3U);
             EXPECT_EQ(recording.torn, part.back() != '\n');
             EXPECT_EQ(recording.whole_size, part.rfind('\n') + 1);
         }

@@ -198,6 +198,7 @@ TEST(Limits, SharesOfTheProcessors) {
         {10001, 13, 121, {"CPUQuota=130%\n", "--cpu-shares=1240\n", "\"cpu\": \"1300m\""}},
         {2000000, 2400, 24000, {"CPUWeight=10000\n", "--cpu-shares=245760\n", "\"24000"}},
         {9000000, 10800, 108000, {"CPUQuota=108000%\n", "--cpu-shares=262144\n", "\"1080000m\""}},
+        {900000000000, 1000000, 10000000, {"CPUQuota=10000000%\n", "--cpus=100000.0\n", "00m"}},
     };
     for (const Case& c : cases) {
         const LimitSheet sheet = of_cpu_time(c.cpu_ms);

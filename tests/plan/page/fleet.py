@@ -1,4 +1,4 @@
-"""Made-up recordings of servers; the third, the fourth and the fifth are odd in their own ways."""
+"""Made-up recordings of servers; the third and those behind it are odd in their own ways."""
 
 import json
 import os
@@ -26,26 +26,27 @@ def usage(size, busy, total):
             "net_sent_bytes": int(total["busy"] * 2**21 * PERIOD)}
 
 
-def recording(host, size, passes, hole=range(0), has_usage=True):
-    """The lines of a recording; the passes whose numbers are in the hole were not taken. A server of the given size
-    counts what is usual and up to a half more, and once three times as much; so it is with what it uses."""
+def recording(host, size, passes, hole=range(0), is_whole=True):
+    """The lines of a recording; the passes whose numbers are in the hole were not taken. One that is not whole was ended
+    early by an older program, which took no usage. A server of the given size counts what is usual and up to a half
+    more, and once three times as much; so it is with what it uses."""
     total = {"busy": 0, "passes": 0}
     yield {"recording_format": 1, "version": "1.0", "host": host, "machine": "x86_64",
            "kernel": "5.10.0-28-amd64", "page_size": 4096, "start": "2026-03-02T06:00:00Z",
            "scan_time": (passes - 1) * PERIOD, "scan_period": PERIOD,
-           **({"hardware": HARDWARE} if has_usage else {})}
+           **({"hardware": HARDWARE} if is_whole else {})}
     for number in range(1, passes + 1):
         busy = 3 if number == passes * 2 // 3 - host.startswith("node2.") else 1 + number % 6 / 10
         total = {"busy": total["busy"] + busy, "passes": number}
         if number not in hole:
             yield {"pass": number, "at_ms": (number - 1) * PERIOD * 1000, "took_ms": 131,
                    "counts": {name: int(usual * size * busy) for name, usual in USUAL.items()},
-                   **({"usage": usage(size, busy, total)} if has_usage else {})}
+                   **({"usage": usage(size, busy, total)} if is_whole else {})}
     findings = {"quotaugidlimit": 0, "interfaces": [], "distribution": "debian-12", "hostname": host,
                 "nameservers": ["192.0.2.53"], "search_domains": ["example.org", "x" * 200], "warnings": [],
                 "excludes": [{"flag": False, "path": "/proc/*"}], "nfs": False, "reiserfs": False,
                 "failures": [], "messages": ""}
-    yield {"at_ms": (passes - 1) * PERIOD * 1000, "interrupted": False, "findings": findings}
+    yield {"at_ms": (passes - 1) * PERIOD * 1000, "interrupted": not is_whole, "findings": findings}
 
 
 def write_fleet(folder, servers, passes):
