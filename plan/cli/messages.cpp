@@ -11,10 +11,13 @@
 #include "kiln/owners.h"
 #include "kiln/plain_file.h"
 #include "plan/recording/format.h"
+#include "plan/text/printable.h"
 
 namespace {
 
-Kiln::Done write_to(int fd, const std::string& name, const std::string& text) {
+// Programs need the bytes as they are; a terminal must act on none of them.
+Kiln::Done write_to(int fd, const std::string& name, const std::string& result) {
+    const std::string text = isatty(fd) == 1 ? harmless_lines(result) : result;
     if (Kiln::write_all(fd, text.data(), text.size()) != 0) {
         return Kiln::Reason{name + " cannot be written: " + std::strerror(errno)};
     }

@@ -9,6 +9,7 @@
 #include "plan/check/host_check.h"
 #include "plan/cli/commands.h"
 #include "plan/record/recorder.h"
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ RecordFile::Existing existing_file(const Options& options) {
 
 // How it ended, and how to go on.
 void say_end(const Recorder& recorder, const std::string& path) {
-    const std::string passes = std::to_string(recorder.passes_done()) +
+    const std::string passes = grouped(recorder.passes_done()) +
                                (recorder.passes_done() == 1 ? " pass in " : " passes in ");
     say(passes + path +
         (recorder.interrupted() ? "; ended early, go on with: --append"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <map>
@@ -57,11 +58,13 @@ std::string value_of(const ConfigLine& line) {
     return line.text;
 }
 
-// "712.3"
+// "1,712.3"
 std::string one_decimal(double number) {
     char text[64];
-    std::snprintf(text, sizeof(text), "%.1f", number);
-    return text;
+    std::snprintf(text, sizeof(text), "%.1f", std::fabs(number));
+    const std::string digits = text;
+    const std::size_t point = digits.find('.');
+    return (std::signbit(number) ? "-" : "") + grouped(std::stoll(digits)) + digits.substr(point);
 }
 
 std::optional<float> factor_of(const Count& count, ConfigScales scales) {

@@ -25,8 +25,8 @@ std::string disk_text(const LimitSheet& sheet) {
     }
     constexpr double kib = 1024.0;
     const auto size = [](std::uint64_t number) {
-        return std::to_string(number) + " KiB (" + size_text(static_cast<double>(number) * kib) +
-               ")";
+        return grouped(static_cast<std::int64_t>(number)) + " KiB (" +
+               size_text(static_cast<double>(number) * kib) + ")";
     };
     return "disk: " + size(sheet.disk_kib->barrier) + ", at most " + size(sheet.disk_kib->limit) +
            "; " + sheet.disk_kib->source;
@@ -36,8 +36,8 @@ std::string inodes_text(const LimitSheet& sheet) {
     if (!sheet.inodes) {
         return {};
     }
-    return "inodes: " + std::to_string(sheet.inodes->barrier) + ", at most " +
-           std::to_string(sheet.inodes->limit) + "; " + sheet.inodes->source;
+    return "inodes: " + grouped(static_cast<std::int64_t>(sheet.inodes->barrier)) + ", at most " +
+           grouped(static_cast<std::int64_t>(sheet.inodes->limit)) + "; " + sheet.inodes->source;
 }
 
 void CommentedText::comment(const std::string& text) {

@@ -32,8 +32,7 @@ private:
     void note_wanted(const std::string& about, LimitKind kind, const std::string& who,
                      const std::string& unit) {
         if (const std::optional<Limit>& limit = sheet_[kind]) {
-            note(about,
-                 who + "; wanted " + std::to_string(limit->value) + unit + ": " + limit->source);
+            note(about, who + "; wanted " + grouped(limit->value) + unit + ": " + limit->source);
         }
     }
     void refuse(const std::string& what, const std::string& text, const std::string& reason) {

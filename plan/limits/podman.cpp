@@ -4,6 +4,7 @@
 #include "plan/limits/host_text.h"
 #include "plan/limits/unit_limits.h"
 #include "plan/limits/writers.h"
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ void add_memory(const LimitSheet& sheet, CommentedText& text) {
     if (memory && swap) {
         constexpr std::int64_t most_mib = (std::int64_t{1} << 43) - 1;
         const std::int64_t both = std::min(most_mib, memory->value + swap->value);
-        text.setting("memory and " + std::to_string(swap->value) + " MiB of swap; " + swap->source,
+        text.setting("memory and " + grouped(swap->value) + " MiB of swap; " + swap->source,
                      "    --memory-swap=" + std::to_string(both) + "m");
     }
 }

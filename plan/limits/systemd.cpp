@@ -2,6 +2,7 @@
 #include "plan/limits/host_text.h"
 #include "plan/limits/unit_limits.h"
 #include "plan/limits/writers.h"
+#include "plan/text/printable.h"
 
 LimitsText write_systemd(const LimitSheet& sheet) {
     CommentedText text(sheet);
@@ -15,7 +16,7 @@ LimitsText write_systemd(const LimitSheet& sheet) {
     add_process_limits(text);
     text.blank();
     if (const std::optional<Limit>& shm = sheet[LimitKind::shm]) {
-        text.comment("/dev/shm: " + std::to_string(shm->value) +
+        text.comment("/dev/shm: " + grouped(shm->value) +
                      " MiB; a service shares it with its host; " + shm->source);
     }
     text.disk_comments();

@@ -139,10 +139,10 @@ std::optional<std::string> failed_passes(const NamedRecording& named) {
     if (first == passes.end()) {
         return {};
     }
-    return named.name + ": passes that failed: " +
-           std::to_string(std::count_if(passes.begin(), passes.end(), failed)) + " of " +
-           std::to_string(passes.size()) + ", the first is pass " + std::to_string(first->number) +
-           ": " + *first->failure;
+    return named.name +
+           ": passes that failed: " + grouped(std::count_if(passes.begin(), passes.end(), failed)) +
+           " of " + grouped(static_cast<std::int64_t>(passes.size())) + ", the first is pass " +
+           std::to_string(first->number) + ": " + *first->failure;
 }
 
 }  // namespace

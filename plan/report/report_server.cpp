@@ -42,11 +42,12 @@ void take_explanation(const Recording& recording, const Explanation& explanation
 }
 
 // What is wrong on the whole beside the reasons of the verdict, and what deserves a look at a line.
+// What is wrong with a text, or with a line that is missing, has been said on the whole.
 void take_warnings(const Explanation& explanation, ReportServer& server) {
     server.warnings = explanation.remarks;
     for (const LineExplanation& line : explanation.lines) {
         for (const std::string& remark : line.remarks) {
-            if (line.basis != Basis::missing) {
+            if (line.limit) {
                 server.warnings.push_back(line.name + ": " + remark);
             }
         }

@@ -123,7 +123,7 @@ std::string harmless_lines(const std::string& text) {
         if (c.size > 1) {
             return is_unseen(c.code) ? escape_character(c.code) : "";
         }
-        const bool is_blank = rest[0] == '\n' || rest[0] == '\t';
+        const bool is_blank = rest[0] == '\n' || rest[0] == '\t' || rest.substr(0, 2) == "\r\n";
         return !is_blank && is_unseen(byte_at(rest, 0)) && byte_at(rest, 0) != 0xAD
                    ? escape_byte(rest)
                    : "";
@@ -172,6 +172,9 @@ std::string padded(const std::string& text, std::size_t columns) {
 }
 
 std::string size_text(double bytes) {
+    if (bytes < 0) {
+        return "-" + size_text(-bytes);
+    }
     const char* const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
     std::size_t unit = 0;
     while (bytes >= 1024 && unit < 6) {

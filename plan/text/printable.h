@@ -9,8 +9,8 @@
 // written as an escape: control and format characters, and bytes that are no UTF-8.
 std::string printable(const std::string& text);
 
-// Lines that programs read as well, such as paths: newlines, tabs and bytes that are no UTF-8 stay,
-// where no terminal acts on them.
+// Lines that programs read as well, such as paths: newlines (also behind a carriage return), tabs
+// and bytes that are no UTF-8 stay, where no terminal acts on them.
 std::string harmless_lines(const std::string& text);
 
 // JSON that says the same, with those characters as escapes of JSON.

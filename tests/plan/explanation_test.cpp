@@ -81,9 +81,9 @@ TEST(Explanation, OpenFilesForSocketsAreDerived) {
               "NUMOTHERSOCK + NUMPTY = 1,119 were less");
     EXPECT_EQ(line_of(many, "KMEMSIZE").derivation,
               "60.0 KiB for each of 1,200 (NUMPROC), and DCACHESIZE");
-    EXPECT_EQ(line_of(recording_of({300, 100}), "AVNUMPROC").notes,
+    EXPECT_EQ(line_of(recording_of({3000, 1000}), "AVNUMPROC").notes,
               Remarks{"this is the mean of the largest number up to each pass; the mean of the "
-                      "passes is 200.0"});
+                      "passes is 2,000.0"});
     EXPECT_EQ(line_of(named, "KMEMSIZE").made_from, (Remarks{"NUMPROC", "NUMFILE"}));
 }
 

@@ -296,7 +296,7 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     ASSERT_EQ(none.complaints.size(), 1U);
     EXPECT_EQ(none.complaints[0].rfind("no pass has usage: ", 0), 0U);
     EXPECT_NE(none.text.find("# ! no pass has usage: "), std::string::npos);
-    EXPECT_NE(none.text.find("# disk: 7500000 KiB"), std::string::npos) << "what can be given";
+    EXPECT_NE(none.text.find("# disk: 7,500,000 KiB"), std::string::npos) << "what can be given";
     EXPECT_EQ(none.text.find("Max="), std::string::npos);
 
     named.recording.passes[0].usage.emplace().tasks = 9;

@@ -55,10 +55,12 @@ TEST(Printable, NothingMovesTheTerminal) {
         EXPECT_EQ(printable(text), shown);
     }
     EXPECT_EQ(harmless_lines("/\xe4\xad\n\t\x1b\x9b\u202e"), "/\xe4\xad\n\t\\x1b\\x9b\\u202e");
+    EXPECT_EQ(harmless_lines("a\r\nb\r"), "a\r\nb\\x0d") << "the rows of a spreadsheet";
     EXPECT_EQ(printable_json("{\n\"\u00e4\u202e\U000e0001\x7f\"}"),
               "{\n\"\u00e4\\u202e\\udb40\\udc01\\u007f\"}");
     EXPECT_EQ(grouped(-1234567), "-1,234,567");
     EXPECT_EQ(grouped(999), "999");
+    EXPECT_EQ(size_text(-61862), "-60.4 KiB");
 }
 
 ReportServer done_server(const std::string& name) {
@@ -145,6 +147,9 @@ TEST(Server, IsDoneOnlyAtThePlannedEnd) {
     EXPECT_EQ(server.host, "box");
     EXPECT_EQ(server.processes, 1200U);
     EXPECT_EQ(server.points[0][1].value, 1000);
+    named.recording.summary->findings.distribution = "a$b";
+    EXPECT_EQ(report_server("db1", named, {}).warnings,
+              Remarks{"DISTRIBUTION has what a shell acts on: a$b"});
     add_reason(server, "cannot be reached");
     EXPECT_EQ(server.state, State::partly);
     EXPECT_EQ(server.reason, "cannot be reached");

@@ -38,9 +38,9 @@ limits=(
 #    --volume=/mnt/data:/mnt/data
 )
 
-# disk: 7500000 KiB (7.2 GiB), at most 8250000 KiB (7.9 GiB); DISKSPACE, times 1.5, a tenth in
+# disk: 7,500,000 KiB (7.2 GiB), at most 8,250,000 KiB (7.9 GiB); DISKSPACE, times 1.5, a tenth in
 #   reserve
-# inodes: 300000, at most 330000; DISKINODES, times 1.5, a tenth in reserve
+# inodes: 300,000, at most 330,000; DISKINODES, times 1.5, a tenth in reserve
 # addresses, decide yourself which of them move: 192.0.2.10 2001:db8::10
 # Lines of the calculator's configuration that have no equivalent here:
 # AVNUMPROC, NUMTCPSOCK, NUMOTHERSOCK, NUMPTY, NUMFLOCK, NUMSIGINFO, NUMIPTENT, SLMMODE: nothing
