@@ -1,7 +1,23 @@
 // Recordings, and everything that is made of them.
 #include "fuzz/support.h"
 #include "plan/explain/explanation.h"
+#include "plan/record/recording_clock.h"
 #include "plan/recording/format.h"
+
+namespace {
+
+// Whoever goes on with it is never before its last line, whatever the clocks say.
+void go_on(const Recording& recording) {
+    for (const std::int64_t wall_ms : {std::int64_t{0}, std::int64_t{1773324300000}}) {
+        const TimeSources time = {[] { return 5000; }, [=] { return wall_ms; }};
+        for (const char* const boot_id : {"", "9b0b7d13-c910-4f72-848b-fb91ccdfaad1"}) {
+            const RecordingClock clock(time, recording, boot_id);
+            fuzz::require(clock.now_ms() >= recording.last_ms(), "time goes on");
+        }
+    }
+}
+
+}  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text = fuzz::text_of(data, size);
@@ -33,6 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                       reread->checks.size() == recording.checks.size(),
                   "nor what it went on with, nor what was found before");
 
+    go_on(recording);
     const std::vector<NamedRecording> recordings = {{"a", recording}, {"b", recording}};
     const Kiln::Result<CombinedScan> scan = combine(recordings);
     if (scan) {

@@ -1,16 +1,18 @@
 // What people and their programs get from a recording: the report in its three forms, the
-// configuration, the explanation as JSON, and the limits for every engine. The passes are repeated
-// until there are enough of them to be thinned.
+// configuration, the explanation as text and as JSON, and the limits for every engine. The passes
+// are repeated until there are enough of them to be thinned.
 #include <nlohmann/json.hpp>
 
 #include "calc/env_config.h"
 #include "fuzz/support.h"
 #include "plan/explain/explanation_json.h"
+#include "plan/explain/explanation_text.h"
 #include "plan/limits/engines.h"
 #include "plan/recording/format.h"
 #include "plan/report/report_page.h"
 #include "plan/report/report_server.h"
 #include "plan/report/report_table.h"
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -82,10 +84,20 @@ void check_results(const NamedRecording& named) {
         return;
     }
     EnvConfig config;
-    write_config(compute_known_lines(*scan, {}).lines, config);
-    fuzz::require(!config.text().empty(), "some line is always known");
-    const std::string json = explanation_json(explain(recordings, *scan, {})).dump();
+    const std::vector<ConfigLine> lines = compute_known_lines(*scan, {}).lines;
+    write_config(lines, config);
+    const std::string configuration = config.text();
+    const auto given = std::count(configuration.begin(), configuration.end(), '\n');
+    fuzz::require(given > 0 && given <= static_cast<long>(lines.size()),
+                  "some line is known, and no text makes another");
+    fuzz::require(configuration.find('\0') == std::string::npos, "nor cuts one off");
+    const std::string notes = harmless_lines(scan->messages + notes_text(scan->profile.notes));
+    fuzz::require(is_plain(notes, "\r\n\t"), "no note moves the terminal");
+    const Explanation explanation = explain(recordings, *scan, {});
+    const std::string json = explanation_json(explanation).dump();
     fuzz::require(nlohmann::json::accept(json), "the explanation is JSON");
+    const std::string text = explanation_text(explanation, recordings);
+    fuzz::require(is_plain(text, "\n"), "nothing of the explanation moves the terminal");
     const LimitSheet sheet = work_out_limits(recordings, *scan, LimitOptions());
     for (std::size_t i = 0; i < engine_count; ++i) {
         static_cast<void>(limits_text(static_cast<Engine>(i), sheet));

@@ -1,4 +1,6 @@
 // Texts of unknown origin on their way to a terminal, and what is said of commands' outputs.
+#include <nlohmann/json.hpp>
+
 #include "fuzz/support.h"
 #include "plan/check/output_shapes.h"
 #include "plan/text/printable.h"
@@ -14,6 +16,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
     fuzz::require(printable(shown) == shown, "what is printable stays as it is");
     fuzz::require(columns_of(shown) <= shown.size(), "no character has two columns here");
+    fuzz::require(!has_control_characters(shown), "what is printable has no control character");
+    const std::string harmless = harmless_lines(texts[0]);
+    for (std::size_t i = 0; i < harmless.size(); ++i) {
+        const char c = harmless[i];
+        const bool is_blank = c == '\n' || c == '\t' || (c == '\r' && harmless[i + 1] == '\n');
+        fuzz::require(is_blank || (static_cast<unsigned char>(c) >= 0x20 && c != 0x7F),
+                      "nothing that a terminal acts on in lines");
+    }
+    const std::string in_json = nlohmann::json(shown + "\u202e\U000e0001").dump();
+    fuzz::require(nlohmann::json::parse(printable_json(in_json)) == nlohmann::json::parse(in_json),
+                  "escaped JSON says the same");
     const std::string lines = wrapped(shown, "", "  ");
     fuzz::require(!lines.empty() && lines.back() == '\n', "lines have their end");
     for (const SampleStep& step : sample_steps) {
