@@ -73,11 +73,11 @@ Bench::Medians cost_of_pass(int rounds) {
     const Host host;
     const UsageSources sources;
     const auto recorded = [&] {
-        const std::optional<RecordedPass> pass =
+        const std::optional<TakenPass> taken =
             take_bounded_pass(host, sources, 600, stop.wake_fd());
-        if (!pass || !pass->usage || !pass->usage->tasks)
+        if (!taken || !taken->pass.usage || !taken->pass.usage->tasks)
             Bench::give_up("usage");
-        if (!file.append(pass_line(*pass)))
+        if (!file.append(pass_line(taken->pass)))
             Bench::give_up("append");
     };
     return Bench::by_turns(rounds, Bench::Timing::wall, recorded, [&] { take_sample(host); });

@@ -15,9 +15,11 @@
 #include "plan/check/host_warnings.h"
 #include "plan/check/output_shapes.h"
 #include "plan/record/bounded_task.h"
+#include "plan/record/command_run.h"
 #include "plan/record/one_shot_steps.h"
 #include "plan/recording/format.h"
 #include "plan/recording/json_text.h"
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -60,8 +62,7 @@ std::string counts_text(const SampleStep& step, const SampleCounts& counts) {
     std::vector<std::string> texts;
     for (std::size_t place = 0; place < sampled_count_number; ++place) {
         if (step.counts().test(place)) {
-            texts.push_back(std::string(sampled_counts[place].name) + " " +
-                            std::to_string(counts[place]));
+            texts.push_back(std::string(sampled_counts[place].name) + " " + grouped(counts[place]));
         }
     }
     return Kiln::join(", ", texts);
@@ -77,7 +78,7 @@ std::string take_watched_step(const Host& host, const SampleStep& step) {
         const int status = host.run(command, to_out, to_err);
         out = to_out;
         err = to_err;
-        was_run = status >= 0;
+        was_run = had_processes(status, err);
         return status;
     };
     SampleCounts counts;
@@ -96,7 +97,7 @@ std::string take_watched_step(const Host& host, const SampleStep& step) {
 std::string findings_text(OneShotStep step, const Findings& findings) {
     switch (step) {
         case OneShotStep::quotas:
-            return std::to_string(findings.quotaugidlimit) + " users and groups with quotas";
+            return grouped(findings.quotaugidlimit) + " users and groups with quotas";
         case OneShotStep::interfaces: {
             std::vector<std::string> names;
             for (const NetIface& iface : findings.ifaces) {
@@ -134,6 +135,10 @@ std::string sources_of(OneShotStep step, const HostPaths& paths) {
             break;
     }
     return paths.filesystems + ", " + paths.fstab + ", " + paths.mtab + ", " + paths.login_record;
+}
+
+bool is_df(const SampleStep& step) {
+    return step.command != nullptr && programs_of(step.command).front() == "df";
 }
 
 // In the child: what is missing, and in a second line what is to be said of it and of PATH.
@@ -181,6 +186,7 @@ private:
     const SteadyClock::time_point end_;
     std::vector<std::string> missing_programs_;
     std::vector<std::string> left_out_;
+    bool df_fails_ = false;  // though it was run
     HostCheck check_;
 };
 
@@ -250,6 +256,7 @@ void Checker::check_sample_step(const SampleStep& step) {
             judge_sample_step(json::parse(task.text), step, checked);
         } else {
             checked.result = why_not(task, limit);
+            df_fails_ = df_fails_ || (is_df(step) && task.end == BoundedTask::End::too_long);
         }
     }
     check_.steps.push_back(checked);
@@ -260,7 +267,9 @@ void Checker::judge_sample_step(const json& report, const SampleStep& step, Chec
     const std::string objection = text_from_json(report.at(objection_name));
     checked.succeeded = failure.empty();
     // What could not be run at all says nothing of how the command does.
-    checked.forgiven = step.forgiven && report.at(was_run_name);
+    const bool was_run = report.at(was_run_name);
+    checked.forgiven = step.forgiven && was_run;
+    df_fails_ = df_fails_ || (is_df(step) && !checked.succeeded && was_run);
     checked.result = checked.succeeded ? text_from_json(report.at(found_name)) : failure;
     if (!objection.empty() && has_programs(step)) {
         check_.findings.push_back(
@@ -332,10 +341,7 @@ void Checker::check_descriptors() {
 
 // Where df fails, one of the mounts is why.
 void Checker::check_mounts() {
-    const bool df_fails = std::any_of(
-        check_.steps.begin(), check_.steps.end(),
-        [](const auto& step) { return !step.succeeded && step.command.rfind("df ", 0) == 0; });
-    if (!df_fails) {
+    if (!df_fails_) {
         return;
     }
     for (const MountEntry& mount : mounts_of(host_)) {
@@ -346,7 +352,7 @@ void Checker::check_mounts() {
         const BoundedTask task =
             run([&] { return check_mount(mount.mount_point).reason(); }, limit);
         const std::string trouble =
-            task.end == BoundedTask::End::finished ? task.text : why_not(task, limit);
+            task.end == BoundedTask::End::too_long ? why_not(task, limit) : task.text;
         if (!trouble.empty()) {
             check_.findings.push_back(mount_warning(mount, trouble));
         }
@@ -362,7 +368,11 @@ void Checker::tell_of_what_was_left_out() {
 }
 
 HostCheck Checker::check() {
-    check_search_path();
+    check_.findings = shortage_warnings();
+    const bool has_descriptors = check_.findings.empty();
+    if (has_descriptors) {
+        check_search_path();
+    }
     append(check_.findings, user_warnings(geteuid() == 0));
     for (const SampleStep& step : sample_steps) {
         check_sample_step(step);
@@ -372,7 +382,9 @@ HostCheck Checker::check() {
         check_one_shot_step(row.step);
     }
     append(check_.findings, socket_warnings(host_));
-    check_descriptors();
+    if (has_descriptors) {
+        check_descriptors();
+    }
     tell_of_what_was_left_out();
     return check_;
 }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <set>
@@ -15,6 +16,7 @@
 #include "kiln/strings.h"
 #include "plan/check/affected_lines.h"
 #include "plan/record/trusted_path.h"
+#include "plan/text/printable.h"
 
 namespace {
 
@@ -26,6 +28,10 @@ std::string joined(const std::vector<std::string>& words) {
 
 std::vector<std::string> lines_on_count(CountField count) {
     return lines_on(TakenCounts().set(place_of(count)));
+}
+
+std::string number_text(std::uint64_t number) {
+    return grouped(static_cast<std::int64_t>(number));
 }
 
 // What every container gets of a count that has a floor.
@@ -135,8 +141,8 @@ void add_socket_warning(const Host& host, const SocketTables& tables, CheckFindi
     const auto floor = floor_of(tables.count);
     const std::vector<std::string> lines = lines_on_count(tables.count);
     if (uncounted > counted / telling_part && counted + uncounted > floor) {
-        findings.push_back({"nothing counts the " + std::to_string(uncounted) + " " + tables.kind +
-                                " of IPv6; only " + std::to_string(counted) + " are counted",
+        findings.push_back({"nothing counts the " + number_text(uncounted) + " " + tables.kind +
+                                " of IPv6; only " + number_text(counted) + " are counted",
                             "raise " + joined(lines) + " by hand, or use a larger --mem-scale",
                             lines});
     }
@@ -183,6 +189,19 @@ CheckFindings user_warnings(bool is_root) {
         {"you are not root: descriptors, rules and quotas of others are not seen, and their "
          "lines will be floors",
          "run it as root", lines}};
+}
+
+// A step has both ends of four pipes, ours and its command's.
+CheckFindings shortage_warnings() {
+    std::array<Kiln::Descriptor, 8> needed;
+    for (Kiln::Descriptor& fd : needed) {
+        fd.reset(dup(STDERR_FILENO));
+        if (!fd && errno != EBADF) {
+            return {{std::string("a run cannot open enough files at once: ") + std::strerror(errno),
+                     "raise the limit: ulimit -n 1024"}};
+        }
+    }
+    return {};
 }
 
 std::vector<std::string> programs_of(const std::string& command) {
@@ -286,18 +305,18 @@ CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uin
     CheckFindings findings;
     const std::vector<std::string> lines = lines_on_count(&PhysParams::numfile);
     if (arguments.bytes > limit_bytes / 4 * 3) {
-        findings.push_back({"the names of " + std::to_string(arguments.count) +
-                                " open descriptors take " + std::to_string(arguments.bytes) +
-                                " bytes, a command gets " + std::to_string(limit_bytes) +
+        findings.push_back({"the names of " + number_text(arguments.count) +
+                                " open descriptors take " + number_text(arguments.bytes) +
+                                " bytes, a command gets " + number_text(limit_bytes) +
                                 ": beyond that " + joined(lines) + " will be floors",
                             "raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576", lines});
     }
     const std::uint64_t others = arguments.count - arguments.directories;
     const auto floor = floor_of(&PhysParams::numfile);
     if (arguments.listed_lines > others / telling_part && arguments.listed_lines + others > floor) {
-        findings.push_back({std::to_string(arguments.directories) +
+        findings.push_back({number_text(arguments.directories) +
                                 " descriptors are of directories: ls lists what is in them, " +
-                                std::to_string(arguments.listed_lines) + " lines, and " +
+                                number_text(arguments.listed_lines) + " lines, and " +
                                 joined(lines) + " will be too high",
                             "end what holds them open (ls -l /proc/*/fd), or correct by hand",
                             lines});

@@ -15,6 +15,9 @@
 
 CheckFindings user_warnings(bool is_root);
 
+// Whether we may open too few files at once to ask anything: then nobody else is to blame.
+CheckFindings shortage_warnings();
+
 // The programs of a shell command.
 std::vector<std::string> programs_of(const std::string& command);
 

@@ -5,7 +5,7 @@
 
 namespace {
 
-void add_settings(CommentedText& text) {
+void add_settings(const LimitSheet& sheet, CommentedText& text) {
     text.line("[Exec]");
     text.host_name("Hostname=");
     text.resolver_comments();
@@ -37,7 +37,7 @@ LimitsText write_nspawn(const LimitSheet& sheet) {
     text.blank();
     text.line("# File: /etc/systemd/nspawn/" + machine + ".nspawn");
     text.heading();
-    add_settings(text);
+    add_settings(sheet, text);
     text.address_comments();
     text.blank();
     text.line("# File: /etc/systemd/system/systemd-nspawn@" + machine + ".service.d/limits.conf");

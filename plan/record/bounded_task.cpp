@@ -11,8 +11,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 #include "kiln/files.h"
 #include "kiln/owners.h"
@@ -139,9 +141,9 @@ BoundedTask::End collect(const Pipe& result, const Pipe& messages, std::chrono::
     }
 }
 
-// Whether the child has ended well; one that does not go away in a second is left. It is asked
-// often at first: most are gone as soon as they have closed their result.
-bool reap(pid_t child) {
+// Whether the child has ended well; nothing when it does not go away in a second. It is asked often
+// at first: most are gone as soon as they have closed their result.
+std::optional<bool> reap(pid_t child) {
     const auto end = SteadyClock::now() + milliseconds(longest_wait_ms);
     for (std::chrono::microseconds pause(20); SteadyClock::now() < end; pause += pause / 2) {
         int status = 0;
@@ -154,7 +156,16 @@ bool reap(pid_t child) {
         }
         std::this_thread::sleep_for(pause);
     }
-    return false;
+    return {};
+}
+
+// Children that did not go away in time.
+std::vector<pid_t> left_children;
+
+void reap_left_children() {
+    const auto is_gone = [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; };
+    left_children.erase(std::remove_if(left_children.begin(), left_children.end(), is_gone),
+                        left_children.end());
 }
 
 }  // namespace
@@ -178,6 +189,7 @@ BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seco
 BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
     Pipe result;
     Pipe messages;
+    reap_left_children();
     std::fflush(nullptr);
     const auto start = SteadyClock::now();
     const pid_t parent = getpid();
@@ -200,7 +212,12 @@ BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
         kill(-child, SIGKILL);
     }
     read_rest(messages.reader.get(), outcome.messages);
-    if (!reap(child) && finished) {
+    const std::optional<bool> ended_well = reap(child);
+    if (!ended_well) {
+        kill(-child, SIGKILL);
+        left_children.push_back(child);
+    }
+    if (finished && !ended_well.value_or(false)) {
         outcome.end = BoundedTask::End::died;
     }
     return outcome;

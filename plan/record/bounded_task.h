@@ -26,8 +26,8 @@ using TakePiece = std::function<void(std::string_view piece)>;
 
 // Does the task in a child until it is silent for so many seconds, or until `wake_fd` can be read.
 // The child, with the commands that it runs, does not outlive us either.
-// A child that cannot be killed (it waits for a dead disk) is left behind. Throws std::system_error
-// when there can be no child.
+// A child that cannot be killed (it waits for a dead disk) is left behind, and reaped by a later
+// task once it is gone. Throws std::system_error when there can be no child.
 BoundedTask run_bounded(const std::function<void(const TakePiece& take_piece)>& task,
                         int limit_seconds, int wake_fd);
 

@@ -94,7 +94,7 @@ bool wait_for_disk(int fd) {
 RecordFile::RecordFile(Kiln::Descriptor fd, std::string path)
     : fd_(std::move(fd)), path_(std::move(path)) {
     const off_t end = lseek(fd_.get(), 0, SEEK_END);
-    size_ = end > 0 ? static_cast<std::uint64_t>(end) : 0;
+    end_ = size_ = end > 0 ? static_cast<std::uint64_t>(end) : 0;
 }
 
 Kiln::Result<RecordFile> RecordFile::open(const std::string& path, Existing existing) {
@@ -136,12 +136,20 @@ Kiln::Result<std::string> RecordFile::read() {
 }
 
 Kiln::Done RecordFile::append(std::string_view lines) {
+    if (end_ != size_) {
+        if (const Kiln::Done mended = cut(size_); !mended) {
+            return Kiln::Reason{mended.reason()};
+        }
+    }
     if (Kiln::write_all(fd_.get(), lines.data(), lines.size()) == 0 && wait_for_disk(fd_.get())) {
-        size_ += lines.size();
+        end_ = size_ += lines.size();
         return {};
     }
     const Kiln::Reason trouble = complaint("it cannot be written");
-    static_cast<void>(cut(size_));
+    struct stat info {};
+    if (!cut(size_) && fstat(fd_.get(), &info) == 0) {
+        end_ = static_cast<std::uint64_t>(info.st_size);
+    }
     return trouble;
 }
 
@@ -150,7 +158,7 @@ Kiln::Done RecordFile::cut(std::uint64_t size) {
     if (ftruncate(fd_.get(), end) != 0 || lseek(fd_.get(), end, SEEK_SET) != end) {
         return complaint("it cannot be cut");
     }
-    size_ = size;
+    end_ = size_ = size;
     return {};
 }
 
@@ -167,7 +175,7 @@ Kiln::Done RecordFile::check_untouched() const {
         there.st_dev != ours.st_dev) {
         return Kiln::Reason{"the file was renamed, or another one stands in its place"};
     }
-    if (static_cast<std::uint64_t>(ours.st_size) != size_) {
+    if (static_cast<std::uint64_t>(ours.st_size) != end_) {
         return Kiln::Reason{"somebody else has changed the file"};
     }
     return {};

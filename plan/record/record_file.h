@@ -24,7 +24,7 @@ public:
     Kiln::Result<std::string> read();
 
     // Appends whole lines and waits until they are on the disk. On failure nothing of them stays in
-    // the file, if that can still be helped.
+    // the file; where that cannot be helped at once, it is before the next ones are written.
     Kiln::Done append(std::string_view lines);
 
     // Cuts the file behind its first bytes.
@@ -38,5 +38,6 @@ private:
 
     Kiln::Descriptor fd_;
     std::string path_;
-    std::uint64_t size_ = 0;
+    std::uint64_t size_ = 0;  // of the lines that were written whole
+    std::uint64_t end_ = 0;   // of the file: a line that failed may have left a part behind them
 };

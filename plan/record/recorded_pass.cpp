@@ -1,31 +1,53 @@
 #include "plan/record/recorded_pass.h"
 
+#include <algorithm>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "kiln/strings.h"
 #include "plan/record/bounded_task.h"
+#include "plan/record/command_run.h"
 #include "plan/recording/format.h"
 
 namespace {
 
-// The child hands over what it has after every step, a line each: when a step hangs, the last line
-// has what came before it.
+// The counts that are whole after so many steps: two steps add to the same one.
+TakenCounts taken_after(std::size_t steps) {
+    TakenCounts taken;
+    for (std::size_t i = 0; i < sample_step_number; ++i) {
+        const TakenCounts counts = sample_steps[i].counts();
+        taken = i < steps ? taken | counts : taken & ~counts;
+    }
+    return taken;
+}
+
+// The child hands over what it has before the first step and after every one, a line each: when a
+// step hangs, the last line has what came before it.
 void take_steps(const Host& host, const UsageSources& sources, const TakePiece& take_piece) {
+    bool was_run = true;
+    Host watched = host;
+    watched.run = [&](const std::string& command, std::string& out, std::string& err) {
+        const int status = host.run(command, out, err);
+        was_run = had_processes(status, err);
+        return status;
+    };
     RecordedPass pass;
     ProcessUsage processes;
     pass.number = 1;
     pass.failure = "";
     take_piece(pass_line(pass));
-    for (const SampleStep& step : sample_steps) {
-        const std::optional<SampleFailure> failure = take_step(host, step, pass.counts, &processes);
-        if (failure && !step.forgiven) {
+    for (std::size_t i = 0; i < sample_step_number; ++i) {
+        const SampleStep& step = sample_steps[i];
+        const std::optional<SampleFailure> failure =
+            take_step(watched, step, pass.counts, &processes);
+        if (failure && !(step.forgiven && was_run)) {
             pass.failure = failure->text;
             take_piece(pass_line(pass));
             return;
         }
-        pass.taken |= step.counts();
+        pass.taken = taken_after(i + 1);
         take_piece(pass_line(pass));
     }
     pass.failure.reset();
@@ -48,39 +70,43 @@ RecordedPass last_pass(const std::string& text) {
     return none;
 }
 
-// What the calculator calls the step that did not come to its end.
-std::string name_of_step_behind(const TakenCounts& taken) {
-    for (const SampleStep& step : sample_steps) {
-        if ((step.counts() & ~taken).any()) {
-            return step.command == nullptr ? "the memory scan" : step.command;
-        }
-    }
-    return sample_steps[sample_step_number - 1].command;
+// What the calculator calls the step that did not come to its end: there is a line before each.
+std::string name_of_last_step(const std::string& text) {
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    const std::size_t place = std::clamp<std::size_t>(lines, 1, sample_step_number) - 1;
+    const char* const command = sample_steps[place].command;
+    return command == nullptr ? "the memory scan" : command;
+}
+
+std::string why_not_whole(const BoundedTask& task, int limit_seconds) {
+    const std::string why = task.end == BoundedTask::End::too_long
+                                ? "it took longer than " + std::to_string(limit_seconds) + " s"
+                                : why_not_finished(task, limit_seconds);
+    return "Error running '" + name_of_last_step(task.text) + "':\n" + why + "\n" + task.messages;
 }
 
 }  // namespace
 
-std::optional<RecordedPass> take_bounded_pass(const Host& host, const UsageSources& sources,
-                                              int limit_seconds, int wake_fd) {
+std::optional<TakenPass> take_bounded_pass(const Host& host, const UsageSources& sources,
+                                           int limit_seconds, int wake_fd) {
+    TakenPass taken;
     BoundedTask task;
     try {
         task =
             run_bounded([&](const TakePiece& take_piece) { take_steps(host, sources, take_piece); },
                         limit_seconds, wake_fd);
     } catch (const std::system_error& error) {
-        RecordedPass pass;
-        pass.failure = error.what();
-        return pass;
+        taken.pass.failure = error.what();
+        return taken;
     }
     if (task.end == BoundedTask::End::stopped) {
         return {};
     }
-    RecordedPass pass = last_pass(task.text);
-    if (task.end != BoundedTask::End::finished && pass.failure) {
-        pass.failure = "Error running '" + name_of_step_behind(pass.taken) + "':\n" +
-                       (task.end == BoundedTask::End::too_long
-                            ? "it took longer than " + std::to_string(limit_seconds) + " s\n"
-                            : why_not_finished(task, limit_seconds) + "\n");
+    taken.pass = last_pass(task.text);
+    if (task.end != BoundedTask::End::finished && taken.pass.failure) {
+        taken.pass.failure = why_not_whole(task, limit_seconds);
+    } else {
+        taken.messages = std::move(task.messages);
     }
-    return pass;
+    return taken;
 }

@@ -13,6 +13,7 @@
 #include "plan/record/recorded_pass.h"
 #include "plan/recording/format.h"
 #include "plan/recording/members.h"
+#include "plan/text/printable.h"
 #include "plan/text/say.h"
 #include "plan/text/utc.h"
 
@@ -103,7 +104,7 @@ Kiln::Done Recorder::write_held_lines() {
 void Recorder::write_the_rest() {
     if (const Kiln::Done written = write_held_lines(); !written) {
         const auto lines = std::count(held_lines_.begin(), held_lines_.end(), '\n');
-        throw RecordTrouble(written.reason() + "; lines that are lost: " + std::to_string(lines));
+        throw RecordTrouble(written.reason() + "; lines that are lost: " + grouped(lines));
     }
 }
 
@@ -116,6 +117,13 @@ void Recorder::cut(std::uint64_t size) {
 void Recorder::hide_progress() {
     if (shows_progress_) {
         progress_line_.finished();
+    }
+}
+
+void Recorder::say_lines(const std::string& text) {
+    for (const std::string& line : Kiln::split("\n", text, 0)) {
+        hide_progress();
+        say(line);
     }
 }
 
@@ -248,18 +256,19 @@ bool Recorder::take_pass() {
     tell(0);
     const std::int64_t at_ms = now_ms();
     const auto begin = SteadyClock::now();
-    std::optional<RecordedPass> taken =
+    std::optional<TakenPass> taken =
         take_bounded_pass(sources_.host, sources_.usage, step_limit_seconds, stop_.wake_fd());
     if (!taken || stop_.requested()) {
         return false;
     }
-    RecordedPass& pass = *taken;
+    RecordedPass& pass = taken->pass;
     pass.number = passes_done_ + 1;
     pass.at_ms = at_ms;
     pass_end_ = SteadyClock::now();
     pass_end_ms_ = now_ms();
     pass.took_ms = std::chrono::duration_cast<std::chrono::milliseconds>(pass_end_ - begin).count();
     pass.clock_ms = clock_that_was_set();
+    say_lines(taken->messages);
     if (pass.failure) {
         complain("pass " + std::to_string(pass.number) + " failed: " + *pass.failure);
     }
@@ -306,9 +315,7 @@ void Recorder::take_steps() {
         for (const StepFailure& failure : outcome.findings.failures) {
             complain(std::string(row.name) + ": " + failure.text);
         }
-        for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
-            say(message);
-        }
+        say_lines(outcome.findings.messages);
         add_findings(summary.findings, outcome.findings);
     }
     summary.interrupted = stop_.requested();

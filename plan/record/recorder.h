@@ -68,6 +68,7 @@ private:
     Kiln::Done write_held_lines();
     void write_the_rest();
     void cut(std::uint64_t size);
+    void say_lines(const std::string& text);
     void complain(const std::string& text);
 
     std::int64_t now_ms() const;

@@ -196,8 +196,7 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
     EXPECT_EQ(short_check.steps[iptables_step + 1].result,
               "left out: the check has taken too long");
     EXPECT_EQ(short_check.steps[12].result, "left out: the check has taken too long");
-    expect(short_check.findings,
-           "after 1 s, and left out: routes, disk space, inodes, which mounts answer");
+    expect(short_check.findings, "after 1 s, and left out: routes, disk space, inodes, quotas");
     expect(short_check.findings, "mounts, what the open descriptors are of");
 }
 
@@ -208,6 +207,7 @@ TEST_F(CheckedHost, WhatCannotHaveAProcessHasFailed) {
     rlimit none = usual;
     none.rlim_cur = 0;
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    made_up_.put("mtab", "none " + folder_ + "/gone none rw 0 0\n");
     const HostCheck check = check_host(host_);
     setrlimit(RLIMIT_NOFILE, &usual);
     ASSERT_EQ(check.steps.size(), 17U);
@@ -215,6 +215,7 @@ TEST_F(CheckedHost, WhatCannotHaveAProcessHasFailed) {
         EXPECT_FALSE(step.succeeded || step.forgiven) << step.what;
         EXPECT_NE(step.result.find("Too many open files"), std::string::npos) << step.result;
     }
+    EXPECT_EQ(own(check.findings), "a run cannot open enough files at once: Too many open files\n");
 }
 #endif
 
@@ -289,7 +290,7 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
     EXPECT_EQ(listed.listed_lines, 7U);
 
     EXPECT_TRUE(descriptor_warnings({750, 10, 0, 0}, 1000).empty());
-    expect(descriptor_warnings({751, 10, 0, 0}, 1000), "take 751 bytes, a command gets 1000");
+    expect(descriptor_warnings({751, 10, 0, 0}, 1000), "take 751 bytes, a command gets 1,000");
     EXPECT_TRUE(descriptor_warnings({1, 8000, 1, 1313}, 1000).empty()) << "below the floor of 9312";
     expect(descriptor_warnings({1, 8000, 1, 1314}, 1000), "1 descriptors are of directories");
     EXPECT_TRUE(descriptor_warnings({1, 100001, 1, 10000}, 1000).empty()) << "a tenth";
@@ -438,6 +439,8 @@ TEST_F(CheckedHost, TheMountThatMakesDfFail) {
     EXPECT_EQ(own(check_host(host_).findings),
               "the mount at " + folder_ +
                   "/gone (fuse.sshfs) makes df fail: No such file or directory\n");
+    made_up_.answers["df -i -l"] = {-1, "", "Fork returned: Resource temporarily unavailable\n"};
+    EXPECT_EQ(own(check_host(host_).findings), "") << "df was not run";
 }
 
 }  // namespace

@@ -2,15 +2,22 @@
 #include "plan/record/recorder.h"
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/utsname.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
+#include <thread>
 
 #include "inspect/net_ifaces.h"
 #include "kiln/files.h"
@@ -140,6 +147,45 @@ TEST_F(RecordingFile, IsOnTheDiskLineByLine) {
     EXPECT_EQ(text_of(path_), "one\ntwo\n");
 }
 
+// Whatever this thread does afterwards, it cuts no file.
+void forbid_cutting() {
+    const auto call = static_cast<std::uint32_t>(SYS_ftruncate);
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter = {4, program};
+    ASSERT_EQ(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+    ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+}
+
+TEST_F(RecordingFile, IsCutLaterWhereItCannotBeAtOnce) {
+    Kiln::Result<RecordFile> opened = RecordFile::open(path_, Existing::refuse);
+    auto& file = *opened;
+    ASSERT_TRUE(file.append("first\n"));
+    rlimit usual = {};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit limit = {10, usual.rlim_max};
+    const auto old = signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string reasons;
+    std::thread([&] {
+        forbid_cutting();
+        reasons = file.append("second\n").reason() + ", ";
+        reasons += file.append("second\n").reason();
+    }).join();
+    setrlimit(RLIMIT_FSIZE, &usual);
+    signal(SIGXFSZ, old);
+    EXPECT_EQ(reasons,
+              "it cannot be written: File too large, it cannot be cut: Input/output error");
+    EXPECT_EQ(text_of(path_), "first\nseco");
+    EXPECT_EQ(file.check_untouched().reason(), "") << "nobody else has changed it";
+    EXPECT_TRUE(file.append("second\n"));
+    EXPECT_EQ(text_of(path_), "first\nsecond\n");
+}
+
 TEST_F(RecordingFile, IsRefusedWhereOthersMayWriteIt) {
     put("");
     chmod(path_.c_str(), 0660);
@@ -200,6 +246,20 @@ TEST(BoundedTask, EndsAsItsTaskDoes) {
     EXPECT_EQ(run_bounded(hang, 10, ends[0]).end, BoundedTask::End::stopped);
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST(BoundedTask, IsReapedByALaterOneWhereItDoesNotGoAway) {
+    const auto stay = []() -> std::string {
+        for (int fd = STDERR_FILENO; fd < 100; ++fd) {
+            close(fd);
+        }
+        return std::to_string(pause());
+    };
+    EXPECT_EQ(run_bounded(stay, 10, no_wake_fd).end, BoundedTask::End::died);
+    poll(nullptr, 0, 100);
+    EXPECT_EQ(run_bounded([] { return std::string(); }, 10, no_wake_fd).end,
+              BoundedTask::End::finished);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
 TEST(BoundedTask, LeavesNoCommandBehindWhenItsOwnerIsKilled) {
@@ -334,11 +394,58 @@ TEST_F(MadeUpRecorder, TakesAPassWithAUsageBeyondBelief) {
     made_up_.put("uptime", "4000000000000000.00 1.00\n");
     UsageSources usage;
     usage.paths = {made_up_.path(""), made_up_.path("none"), made_up_.path("none")};
-    const std::optional<RecordedPass> pass =
-        take_bounded_pass(made_up_.host, usage, 10, no_wake_fd);
-    ASSERT_TRUE(pass);
-    EXPECT_EQ(pass->failure.value_or("none"), "none");
-    EXPECT_TRUE(pass->taken.all());
+    const std::optional<TakenPass> taken = take_bounded_pass(made_up_.host, usage, 10, no_wake_fd);
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(taken->pass.failure.value_or("none"), "none");
+    EXPECT_TRUE(taken->pass.taken.all());
+}
+
+// What the host forgives, and what it cannot know.
+TEST_F(MadeUpRecorder, ForgivesAStepThatWasRun) {
+    const auto taken_with = [&](const char* command, const MadeUpHost::Answer& answer) {
+        const auto usual = made_up_.answers[command];
+        made_up_.answers[command] = answer;
+        const RecordedPass pass = take_bounded_pass(made_up_.host, {}, 10, no_wake_fd)->pass;
+        made_up_.answers[command] = usual;
+        return pass.failure.value_or("none") + " " + std::to_string(pass.taken.count());
+    };
+    const char* const rules = "iptables -n -L -t filter | wc -l";
+    const char* const routes = "ip route list | wc -l";
+    const std::string of_rules = "Error running '" + std::string(rules) + "':\n";
+    const std::string of_routes = "Error running '" + std::string(routes) + "':\n";
+    EXPECT_EQ(taken_with(rules, {1, "", "no such table\n"}), "none 11");
+    EXPECT_EQ(taken_with(rules, {-1, "", "Fork returned: EAGAIN"}),
+              of_rules + "Fork returned: EAGAIN 8");
+    EXPECT_EQ(taken_with(rules, {2, "", "sh: 1: Cannot fork\n"}),
+              of_rules + "sh: 1: Cannot fork\n 8");
+    EXPECT_EQ(taken_with(routes, {2, "", "sh: 1: Cannot fork\n"}),
+              of_routes + "sh: 1: Cannot fork\n 8")
+        << "half of a count is none";
+}
+
+TEST_F(MadeUpRecorder, NamesTheStepThatDidNotComeBackAndWhatItSaid) {
+    const auto usual = made_up_.host.run;
+    for (const SampleStep& step : sample_steps) {
+        if (step.command == nullptr) {
+            continue;
+        }
+        made_up_.host.run = [&](const std::string& command, std::string& out, std::string& err) {
+            if (command == step.command) {
+                std::fputs("out of memory\n", stderr);
+                _exit(1);
+            }
+            return usual(command, out, err);
+        };
+        EXPECT_EQ(take_bounded_pass(made_up_.host, {}, 10, no_wake_fd)->pass.failure,
+                  "Error running '" + std::string(step.command) +
+                      "':\nit ended before its time\nout of memory\n");
+    }
+    made_up_.host.run = [&](const std::string& command, std::string& out, std::string& err) {
+        std::fputs("said\n", stderr);
+        return usual(command, out, err);
+    };
+    EXPECT_EQ(take_bounded_pass(made_up_.host, {}, 10, no_wake_fd)->messages.substr(0, 10),
+              "said\nsaid\n");
 }
 
 // The first pass finds no room, the second does: the commands, in a child each, move the limit.

@@ -247,7 +247,8 @@ TEST(Verify, TheGroupThatIsMeant) {
     }
     // The limits of a container may be in a group inside of the one that its engine names.
     put_group(host, "a.slice/b", {{"memory.max", "max\n"}, {"pids.max", "700\n"}});
-    const GroupVerdict outer = judge(parse_control_group(*read_control_group("a.slice", host.root)));
+    const GroupVerdict outer =
+        judge(parse_control_group(*read_control_group("a.slice", host.root)));
     EXPECT_FALSE(outer.all_fit);
     EXPECT_EQ(outer.remarks, Remarks{"the group in it has limits of its own: verify " + host.root +
                                      "/a.slice/b too"});
