@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr int percentile = 95;
 constexpr double bytes_per_kib = 1024.0;
 constexpr std::size_t label_width = 16;
 constexpr std::size_t median_width = 13;
@@ -74,12 +73,11 @@ std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recor
 }
 
 std::string usage_section(const std::vector<NamedRecording>& recordings) {
-    const UsageSeries series = usage_series(recordings);
+    const UsageSummaries summaries = summarize_usage(usage_series(recordings));
     const std::optional<Hardware> hardware = newest_hardware(recordings);
     std::string rows;
     for (const UsageQuantity quantity : shown) {
-        const UsageSummary summary =
-            summarize_usage(series[static_cast<std::size_t>(quantity)], percentile);
+        const UsageSummary& summary = summaries[static_cast<std::size_t>(quantity)];
         if (summary.peak) {
             rows += row(quantity, summary);
         }

@@ -140,7 +140,8 @@ std::string LimitWork::source_text(const LimitRule& rule, const UsageSummary& su
     } else {
         text = ordinal(options_.cpu_percentile) + " percentile of " +
                grouped(static_cast<std::int64_t>(summary.values)) +
-               " values: " + usage_text(rule.source, summary.percentile);
+               (summary.values == 1 ? " value: " : " values: ") +
+               usage_text(rule.source, summary.percentile);
     }
     if (rule.scale != Scale::none) {
         text += ", times " + scale_of(rule).text();

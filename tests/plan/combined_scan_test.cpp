@@ -120,6 +120,19 @@ TEST(Coverage, InFiveGrades) {
     }
 }
 
+// So many of 101 passes fail, no two of them in turn.
+TEST(Coverage, WithoutALongGapTheShareDecides) {
+    const std::pair<std::size_t, int> cases[] = {{0, 5}, {1, 5},  {2, 4},  {5, 4},
+                                                 {6, 3}, {20, 3}, {21, 2}, {50, 2}};
+    for (const auto& [failed, grade] : cases) {
+        NamedRecording named = recording_of(std::vector<std::int32_t>(101, 1), {1000, 10});
+        for (std::size_t i = 0; i < failed; ++i) {
+            named.recording.passes[2 * i + 1].failure = "Error";
+        }
+        EXPECT_EQ(measure_coverage({named}).grade, grade) << failed;
+    }
+}
+
 // A recorder went on at 100 s: 10 passes of 10 s before, then one in 100 s until 400 s.
 TEST(Coverage, OtherSpansCountFromWhereTheyBegin) {
     NamedRecording named = recording_of(std::vector<std::int32_t>(10, 1), {100, 10});

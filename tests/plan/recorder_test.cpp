@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <thread>
 
 #include "inspect/net_ifaces.h"
@@ -262,18 +263,20 @@ TEST(BoundedTask, IsReapedByALaterOneWhereItDoesNotGoAway) {
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
-TEST(BoundedTask, LeavesNoCommandBehindWhenItsOwnerIsKilled) {
-    int ends[2];  // the command has the writing one as long as it runs
-    ASSERT_EQ(pipe(ends), 0);
-    const auto own_a_task = [] {
-        const auto run = [] { return std::to_string(std::system("sleep 600")); };
-        return run_bounded(run, 600, no_wake_fd).text;
+TEST(BoundedTask, LeavesNoCommandBehind) {
+    const std::function<std::string()> run = [] {
+        return std::to_string(std::system("sleep 600"));
     };
-    EXPECT_EQ(run_bounded(own_a_task, 1, no_wake_fd).end, BoundedTask::End::too_long);
-    close(ends[1]);
-    pollfd command = {ends[0], POLLIN, 0};
-    EXPECT_EQ(poll(&command, 1, 10000), 1);
-    close(ends[0]);
+    const auto own_a_task = [&] { return run_bounded(run, 600, no_wake_fd).text; };
+    for (const auto& task : {run, std::function<std::string()>(own_a_task)}) {
+        int ends[2];  // the command has the writing one as long as it runs
+        ASSERT_EQ(pipe(ends), 0);
+        EXPECT_EQ(run_bounded(task, 1, no_wake_fd).end, BoundedTask::End::too_long);
+        close(ends[1]);
+        pollfd command = {ends[0], POLLIN, 0};
+        EXPECT_EQ(poll(&command, 1, 10000), 1);
+        close(ends[0]);
+    }
 }
 
 // The moments of a recorder's clocks, in milliseconds.

@@ -64,6 +64,11 @@ TEST(UsageSummary, PercentilesAreValuesThatWereSeen) {
     EXPECT_EQ(summary.median, 11);
     EXPECT_EQ(summary.peak->pass, 18) << "the first of the largest";
     EXPECT_FALSE(summarize_usage({}, 95).peak);
+    values.resize(100);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i].value = static_cast<double>(i);
+    }
+    EXPECT_EQ(summarize_usage(UsageSeries{values})[0].percentile, 94) << "the 95th of 100";
 }
 
 TEST(UsageSummary, RatesAreWhatGrewInTheTimeBetween) {
@@ -215,6 +220,15 @@ network traffic 1000 bytes/s 2.9 KiB/s        2.9 KiB/s, 2026-03-12 14:05
     hardware.swap_kib = 1024;
     EXPECT_EQ(usage_section({named}).substr(0, 54),
               "machine: 1 processor, 23.4 GiB of memory, 1.0 MiB of s");
+    Continuation& continuation = named.recording.continuations.emplace_back();
+    continuation.at_ms = 15000;
+    continuation.hardware = hardware;
+    continuation.hardware->cpus = 16;
+    NamedRecording before = recording_of({1});
+    before.recording.header.hardware.emplace().cpus = 2;
+    EXPECT_EQ(usage_section({named, before}).substr(0, 23), "machine: 16 processors,");
+    before.recording.header.start += 16;
+    EXPECT_EQ(usage_section({named, before}).substr(0, 22), "machine: 2 processors,");
 }
 
 TEST(UsageSection, ALineLargerThanTheMachine) {
@@ -225,10 +239,12 @@ TEST(UsageSection, ALineLargerThanTheMachine) {
     PhysParams profile;
     profile.privvmpages = 500000;  // 500000 x 1.2 x 1.1 pages of 4 KiB
     std::string remarks;
-    for (const ConfigLine& line : compute_config(profile, {}, 4096)) {
+    for (ConfigLine& line : compute_config(profile, {}, 4096)) {
         const std::optional<std::string> remark = larger_than_machine(line, hardware, 4096);
         remarks += remark ? line.name + (": " + *remark) + "\n" : "";
         EXPECT_EQ(larger_than_machine(line, {}, 4096), std::nullopt);
+        line.limit = UINT64_MAX;  // a negative number
+        EXPECT_EQ(larger_than_machine(line, hardware, 4096), std::nullopt);
     }
     EXPECT_EQ(remarks,
               "PRIVVMPAGES: 2.5 GiB of 2.0 GiB that the machine has: computed from virtual sizes\n"

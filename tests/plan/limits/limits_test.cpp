@@ -124,7 +124,7 @@ TEST(Limits, FactorsAreThoseThatAreWritten) {
     const std::pair<double, const char*> texts[] = {{static_cast<double>(1.2F), "1.2"},
                                                     {2, "2"},
                                                     {1.05, "1.05"},
-                                                    {123.456, "123.456"},
+                                                    {123.4567, "123.457"},
                                                     {1000000, "1000000"},
                                                     {0.0000125, "0.0000125"}};
     for (const auto& [factor, text] : texts) {
@@ -161,6 +161,7 @@ TEST(Limits, FloorsAndRounding) {
         {LimitKind::shm, shm, 64 * 1024 + 1, 65},
         {LimitKind::descriptors, descriptors, 853, 1024},
         {LimitKind::descriptors, descriptors, 854, 1025},
+        {LimitKind::descriptors, descriptors, 1000000000, 1073741816},
         {LimitKind::locked, locked, 6826, 8},  // 8,191.2 KiB
         {LimitKind::locked, locked, 6827, 9},
     };
@@ -210,6 +211,11 @@ TEST(Limits, SharesOfTheProcessors) {
                 << c.lines[i];
         }
     }
+    EXPECT_EQ(of_cpu_time(0)[LimitKind::cpu]->source,
+              "at least 1 tenth of a core; peak of 0.00 cores, 2026-03-12 14:05 UTC, pass 2, times "
+              "1.2");
+    EXPECT_EQ(of_cpu_time(0)[LimitKind::cpu_share]->source,
+              "at least 1 hundredth of a core; 95th percentile of 1 value: 0.00 cores, times 1.2");
     NamedRecording named = small_server();
     LimitOptions options;
     options.cpu_percentile = 50;
@@ -222,12 +228,14 @@ TEST(Limits, SharesOfTheProcessors) {
 }
 
 TEST(Limits, PeriodsAndPercentilesInWords) {
-    const std::pair<std::int32_t, const char*> periods[] = {
-        {1, "1 second,"},   {90, "90 seconds,"}, {60, "1 minute,"},
-        {7200, "2 hours,"}, {86400, "1 day,"},   {129600, "36 hours,"}};
-    for (const auto& [period, words] : periods) {
+    const std::pair<ScanSpans, const char*> spans[] = {
+        {{1000000, 1}, "1 second,"},  {{1000000, 90}, "90 seconds,"},
+        {{1000000, 60}, "1 minute,"}, {{1000000, 7200}, "2 hours,"},
+        {{1000000, 86400}, "1 day,"}, {{1000000, 129600}, "36 hours,"},
+        {{600, 3600}, "10 minutes,"}};
+    for (const auto& [of_scan, words] : spans) {
         NamedRecording named = small_server();
-        named.recording.header.spans = {1000000, period};
+        named.recording.header.spans = of_scan;
         const std::string expected = std::string("processors are averages over a period of ") +
                                      words + " which hides shorter bursts";
         EXPECT_EQ(sheet_of(named).notes.at(2), expected);
@@ -265,14 +273,14 @@ TEST(Limits, SwapThatWasUsed) {
 
 TEST(Limits, MoreDescriptorsThanAHardLimitOrAKernelAllows) {
     NamedRecording named = recording_of({1});
-    named.recording.passes[0].usage.emplace().descriptors = ProcessFigure{500000, "many"};
-    EXPECT_NE(text_of(Engine::lxc, named).text.find("lxc.prlimit.nofile = 600000:600000\n"),
+    named.recording.passes[0].usage.emplace().descriptors = ProcessFigure{873813, "many"};
+    EXPECT_NE(text_of(Engine::lxc, named).text.find("lxc.prlimit.nofile = 1048576:1048576\n"),
               std::string::npos);
     EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source.find("fs.nr_open"),
               std::string::npos);
-    named.recording.passes[0].usage->descriptors->value = 900000;
+    named.recording.passes[0].usage->descriptors->value = 873814;
     EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source,
-              "peak of 900,000 descriptors of one process (many), 2026-03-12 14:05 UTC, pass 1, "
+              "peak of 873,814 descriptors of one process (many), 2026-03-12 14:05 UTC, pass 1, "
               "times 1.2; raise fs.nr_open on the new host to as many first");
 }
 
@@ -309,8 +317,12 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     EXPECT_EQ(some.complaints.back(),
               "left out: FEATURES (there is no recording with its last line)");
     EXPECT_EQ(some.text.find("--memory"), std::string::npos);
-    EXPECT_EQ(text_of(Engine::rsync, named).complaints,
-              Remarks{"the paths to leave out are not known: do not copy with this file"});
+    const Remarks no_paths = {"the paths to leave out are not known: do not copy with this file"};
+    EXPECT_EQ(text_of(Engine::rsync, named).complaints, no_paths);
+    named.recording.summary = summary_of(1200);
+    EXPECT_EQ(text_of(Engine::rsync, named).complaints, Remarks{});
+    named.recording.summary->findings.failures = {{OneShotStep::mounts, "late"}};
+    EXPECT_EQ(text_of(Engine::rsync, named).complaints, no_paths);
 
     named.recording.passes[0].counts[&PhysParams::diskspace] = 2000000000;
     const Remarks large = sheet_of(named).complaints;
@@ -356,6 +368,11 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
                        "NAMESERVER \"192.0.2.4\" is left out: a Pod takes 3",
                        "SEARCHDOMAIN \"Example.org\" is left out: it is no domain of small "
                        "letters"}));
+    EXPECT_NE(text_of(Engine::kubernetes, named)
+                  .text.find(R"("tarnhwplan/missing": "HOSTNAME \"DB_1\" is left out: a Pod's)"),
+              std::string::npos);
+    findings.notes.excludes = {{true, "/a\rb"}, {true, "/a\nb"}, {true, "a"}, {true, ""}};
+    EXPECT_EQ(text_of(Engine::rsync, named).complaints.size(), 4U);
     findings.hostname = "db";
     findings.ns_attrs = {{}, Remarks(32, "example.org")};
     EXPECT_EQ(text_of(Engine::kubernetes, named).complaints, Remarks{});
@@ -389,7 +406,11 @@ TEST(Limits, QuotedAsEachFormatWantsIt) {
     EXPECT_TRUE(is_dns_label(std::string(63, 'a')));
     EXPECT_FALSE(is_dns_label(std::string(64, 'a')));
     EXPECT_TRUE(is_host_name("DB_1.x"));
-    EXPECT_TRUE(is_domain_name(std::string(63, 'a') + "." + std::string(63, 'b')));
+    const std::string label = std::string(63, 'a') + ".";
+    EXPECT_TRUE(is_host_name(std::string(62, 'a') + ".b"));
+    EXPECT_TRUE(is_domain_name(label + label + label + std::string(61, 'b')));
+    EXPECT_FALSE(is_host_name(std::string(62, 'a') + ".bc"));
+    EXPECT_FALSE(is_domain_name(label + label + label + std::string(62, 'b')));
     EXPECT_FALSE(is_ip_address("192.0.2"));
     EXPECT_FALSE(is_ip_address(std::string("192.0.2.1\0x", 11)));
 }

@@ -85,6 +85,7 @@ ReportFleet sample_fleet() {
     fleet.servers[0].warnings = {"+watch longer", "two"};
     fleet.servers[0].host = "web7;\x1b";
     fleet.servers[1].host = fleet.servers[1].name;
+    fleet.servers[2].warnings = {"three"};
     return fleet;
 }
 
@@ -97,7 +98,7 @@ TEST(Tables, ForASpreadsheet) {
               "\"'+watch longer; two\",\"web7;\\x1b\"\r\n"
               "'=cmd|' /C calc'!A0,done,,3221225472,2097152,288,11174,complete,2016,2016,301,0,,"
               "'=cmd|' /C calc'!A0\r\n"
-              R"("'@""><script>alert(1)</script>",failed,"'-no, ""really""\x1b",,,,,,,,,0,,)"
+              R"("'@""><script>alert(1)</script>",failed,"'-no, ""really""\x1b",,,,,,,,,1,three,)"
               "\r\n");
 }
 
@@ -111,9 +112,10 @@ wäb1        done    3.0 GiB  2.0 GiB    288  11174  complete     2
 =cmd|' /C calc'!A0
             done    3.0 GiB  2.0 GiB    288  11174  complete     0
 @"><script>alert(1)</script>
-            failed        -        -      -      -  -            0
+            failed        -        -      -      -  -            1
     -no, "really"\x1b
-total of 3  2 done  6.0 GiB  4.0 GiB    576  22348               2
+    three
+total of 3  2 done  6.0 GiB  4.0 GiB    576  22348               3
 )");
 }
 

@@ -167,6 +167,12 @@ TEST(Verify, WhatAKernelOrAGroupLacksIsSaid) {
     EXPECT_EQ(unlimited.raise,
               Remarks{"processes were killed for memory, 3 times, while memory.max is not set "
                       "here: look at the groups above and below, and at the memory of the host"});
+    GroupVerdict one = judged({{"memory.max", "max\n"}, {"pids.max", "1\n"}});
+    one.values.path = "/g\x1b[2J";
+    const std::string text = verdict_text(one);
+    EXPECT_EQ(text.rfind("control group: /g\\x1b[2J\n", 0), 0U);
+    EXPECT_NE(text.find("\nmemory.max       none             812 MiB "), std::string::npos);
+    EXPECT_NE(text.find("\npids.max         1 task           1,203 tasks "), std::string::npos);
     EXPECT_EQ(judged({{"memory.swap.events", "max 0\nfail 2\n"}}).remarks,
               Remarks{"memory.swap.max: swap was refused 2 times, not by this limit alone: the "
                       "host may have too little of it"});
@@ -193,7 +199,12 @@ TEST(Verify, WhatIsNoNumberIsNotThere) {
 
 TEST(Verify, AsJson) {
     const nlohmann::json json = nlohmann::json::parse(
-        verdict_json(judged({{"pids.events", "max 4\n"}, {"cpu.max", "max 100000\n"}})));
+        verdict_json(judged({{"pids.events", "max 4\n"},
+                             {"cpu.max", "max 100000\n"},
+                             {"memory.events", "high 5\nmax 6\noom 7\noom_kill 8\n"},
+                             {"memory.swap.max", "900\n"},
+                             {"memory.swap.current", "30\n"},
+                             {"memory.swap.peak", "80\n"}})));
     const nlohmann::json tasks = {{"name", "pids.max"}, {"unit", "tasks"}, {"limit", 1804},
                                   {"now", 1203},        {"peak", 1503},    {"times_met", 4},
                                   {"state", "met"}};
@@ -203,7 +214,13 @@ TEST(Verify, AsJson) {
                                 {"state", "no limit"}};
     EXPECT_EQ(json.at("control_group"), "/g");
     EXPECT_EQ(json.at("all_fit"), false);
-    EXPECT_EQ(json.at("limits").at(0).at("unit"), "bytes");
+    EXPECT_EQ(json.at("limits").at(1), (nlohmann::json{{"name", "memory.swap.max"},
+                                                       {"unit", "bytes"},
+                                                       {"limit", 900},
+                                                       {"now", 30},
+                                                       {"peak", 80},
+                                                       {"times_met", 0},
+                                                       {"state", "fits"}}));
     EXPECT_EQ(json.at("limits").at(2), tasks);
     EXPECT_EQ(json.at("limits").at(3), cpu);
     EXPECT_EQ(json.at("cpu"), (nlohmann::json{{"weight", 240},
@@ -211,10 +228,14 @@ TEST(Verify, AsJson) {
                                               {"period_us", 100000},
                                               {"periods", 3000},
                                               {"throttled_us", 0}}));
-    EXPECT_EQ(json.at("pressure").at("io"),
-              (nlohmann::json{{"total_us", 60000000}, {"average_percent", 2.5}}));
-    EXPECT_EQ(json.at("memory").at("oom_kill"), 0);
-    EXPECT_EQ(json.at("raise").size(), 1U);
+    const auto pressure = [](std::int64_t total_us, double percent) {
+        return nlohmann::json{{"total_us", total_us}, {"average_percent", percent}};
+    };
+    EXPECT_EQ(json.at("pressure"), (nlohmann::json{{"cpu", pressure(1234567, 0.05)},
+                                                   {"memory", pressure(0, 0.99)},
+                                                   {"io", pressure(60000000, 2.5)}}));
+    EXPECT_EQ(json.at("memory"), (nlohmann::json{{"high", 5}, {"oom", 7}, {"oom_kill", 8}}));
+    EXPECT_EQ(json.at("raise").size(), 2U);
     EXPECT_EQ(json.at("remarks").size(), 0U);
 }
 
