@@ -44,6 +44,10 @@ LimitsText write_nspawn(const LimitSheet& sheet) {
     text.heading();
     text.line("[Service]");
     add_unit_limits(text);
+    if (sheet[LimitKind::descriptors] || sheet[LimitKind::locked]) {
+        text.comment("A container with users of its own gets no more of this than its unit has:");
+        add_process_limits(text);
+    }
     text.blank();
     text.disk_comments();
     text.lacking_comments(Engine::nspawn);
