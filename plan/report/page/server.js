@@ -60,12 +60,11 @@ function seenCell(details, line) {
 }
 
 function basisCell(line) {
-    const basis = [line.basis, line.basis === "floor" && "of " + count(line.floor),
-        line.made_from.length > 0 && "from " + line.made_from.join(", ")];
-    const scaling = [line.factor && "× " + line.factor,
-        line.margin && "+ " + Math.round((line.margin - 1) * 1000) / 10 + " %"];
-    const made = cell(basis.filter(Boolean).join(" "), "basis");
-    const text = scaling.filter(Boolean).join(", ");
+    const floor = line.basis === "floor" ? " of " + count(line.floor) : "";
+    const scaling = line.derivation || (line.factor ? "× " + line.factor : "");
+    const margin = line.margin ? "+ " + Math.round((line.margin - 1) * 1000) / 10 + " %" : "";
+    const text = [scaling, margin].filter(Boolean).join(", ");
+    const made = cell(line.basis + floor, "basis");
     made.append(...(text ? [small(text)] : []));
     return made;
 }
