@@ -6,6 +6,7 @@
 
 namespace {
 
+// The average is made of the processes that each pass counts.
 bool is_among(const Count& source, const TakenCounts& counts) {
     const CountField field = &source == &average_count ? &PhysParams::numproc : source.field;
     const std::size_t place = place_of(field);

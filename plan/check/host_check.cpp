@@ -367,6 +367,8 @@ void Checker::tell_of_what_was_left_out() {
     }
 }
 
+// PATH first: a program that is missing explains what its step prints. The mounts behind the steps,
+// for they are looked at only where df has failed.
 HostCheck Checker::check() {
     check_.findings = shortage_warnings();
     const bool has_descriptors = check_.findings.empty();

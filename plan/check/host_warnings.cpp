@@ -97,6 +97,7 @@ CheckFinding missing_folders(const std::vector<std::string>& folders,
     return finding;
 }
 
+// As Debian calls them; every other program of a pass is of coreutils.
 const char* package_of(const std::string& program) {
     constexpr const char* packages[][2] = {
         {"ps", "procps"}, {"ip", "iproute2"}, {"iptables", "iptables"}, {"ipcs", "util-linux"}};

@@ -63,6 +63,7 @@ Kiln::Done write_result(const Output& output, const std::string& text) {
         const Kiln::Done done = check_no_input(STDOUT_FILENO, output, name);
         return done ? write_to(STDOUT_FILENO, name, text) : done;
     }
+    // Opened without emptying it: what must not be written over is still whole when that is seen.
     const std::string& path = output.path;
     const Kiln::Descriptor fd(
         open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, output.mode));

@@ -166,6 +166,7 @@ void Explainer::explain_sampled_count(const CountSummary& summary, const ConfigL
         explanation.remarks.emplace_back("reiserfs counts no inodes: the number is a guess");
         return;
     }
+    // What the count alone would come to: where the line has more, others have raised it.
     const std::int32_t own = apply_rule(count, scan_.profile.*count.field, scales_);
     if (own < static_cast<std::int64_t>(line.barrier)) {
         // More open files than were seen: for sockets and terminals, or for the processes.

@@ -56,6 +56,7 @@ std::optional<double> memory_of(const ConfigLine& line, std::int32_t page_size) 
 std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recordings) {
     std::optional<Hardware> newest;
     std::int64_t newest_ms = 0;
+    // Of two of one moment the later line: who goes on may have found a larger machine.
     const auto take = [&](const std::optional<Hardware>& hardware, std::int64_t time_ms) {
         if (hardware && (!newest || time_ms >= newest_ms)) {
             newest = hardware;

@@ -40,6 +40,7 @@ std::string inodes_text(const LimitSheet& sheet) {
            grouped(static_cast<std::int64_t>(sheet.inodes->limit)) + "; " + sheet.inodes->source;
 }
 
+// Words stay whole, however long: a path or a number can still be searched for.
 void CommentedText::comment(const std::string& text) {
     std::string line = "#";
     std::size_t columns = 1;
@@ -96,6 +97,7 @@ void CommentedText::heading() {
     }
 }
 
+// In the file too: who is handed the file alone must not take it for complete.
 void CommentedText::refuse(const std::string& what, const std::string& text,
                            const std::string& reason) {
     complaints_.push_back(refusal(what, text, reason));
@@ -134,6 +136,7 @@ void CommentedText::bind_comments(BindText text) {
         "The server has NFS mounts. They are among these, which are not to be copied (network, "
         "removable, loop and bind mounts): bind those that the container needs.");
     for (const std::string& path : sheet_.mounts) {
+        // Commented out: nobody but the administrator knows which of them are still wanted.
         if (is_plain_path(path)) {
             line("#" + text(path));
         } else {

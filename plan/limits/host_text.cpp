@@ -10,6 +10,7 @@ namespace {
 
 constexpr const char* digits_and_small = "abcdefghijklmnopqrstuvwxyz0123456789";
 constexpr const char* capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+// The limits of the names of DNS, and of the kernel's own name.
 constexpr std::size_t label_size = 63;
 constexpr std::size_t domain_size = 253;
 constexpr std::size_t host_name_size = 64;

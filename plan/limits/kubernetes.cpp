@@ -72,6 +72,7 @@ void PodWriter::add_memory() {
 
 void PodWriter::add_cpu() {
     if (const std::optional<Limit>& share = sheet_[LimitKind::cpu_share]) {
+        // In thousandths of a core, as the limit below.
         requests_["cpu"] = std::to_string(share->value * 10) + "m";
         note("requests.cpu", share->source);
     }
@@ -177,6 +178,7 @@ LimitsText PodWriter::write() {
     add_resolver();
     add_shm();
     add_notes();
+    // The text is JSON whatever the host says; who reads it on a terminal needs more.
     std::vector<std::string> complaints;
     for (const std::string& complaint : complaints_) {
         complaints.push_back(printable(complaint));

@@ -186,6 +186,7 @@ void LimitWork::add_limits() {
             missing.emplace_back(label_of(rule.source));
         }
     }
+    // One sentence instead of one for each limit: an older program made the recording.
     if (std::all_of(series.begin(), series.end(),
                     [](const std::vector<UsageValue>& values) { return values.empty(); })) {
         complain(

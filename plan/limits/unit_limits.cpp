@@ -17,9 +17,11 @@ std::string cpu_weight(std::int64_t hundredths_of_core) {
 }
 
 void add_unit_limits(CommentedText& text) {
+    // 0 switches swap off, and has no unit.
     const auto swap_text = [](std::int64_t mib) {
         return decimal_text(mib) + (mib == 0 ? "" : "M");
     };
+    // Of one processor: two of them are 200 %.
     const auto percent = [](std::int64_t tenths) { return decimal_text(tenths * 10) + "%"; };
     text.limit(LimitKind::memory, "MemoryMax=@M");
     text.limit(LimitKind::swap, "MemorySwapMax=@", swap_text);

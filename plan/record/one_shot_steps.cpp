@@ -111,6 +111,7 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
     return outcome;
 }
 
+// What a step does not look for it has left as nothing.
 void add_findings(Findings& findings, const Findings& more) {
     findings.quotaugidlimit += more.quotaugidlimit;
     append<NetIface>(findings.ifaces, more.ifaces);

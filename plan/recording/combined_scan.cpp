@@ -37,6 +37,7 @@ struct TimedPass {
     const RecordedPass* pass;
 };
 
+// Of passes of one moment, those of the recording that was named first come first.
 std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordings) {
     std::vector<TimedPass> passes;
     for (const NamedRecording& named : recordings) {
@@ -63,6 +64,7 @@ void keep_passes(const std::vector<TimedPass>& passes, CombinedScan& scan) {
     }
 }
 
+// Of two last lines of one moment, that of the recording that was named later.
 const NamedRecording* newest_with_findings(const std::vector<NamedRecording>& recordings) {
     const NamedRecording* newest = nullptr;
     const auto time_of = [](const Recording& recording) {
@@ -89,6 +91,7 @@ void keep_findings(const Findings& findings, CombinedScan& scan) {
     scan.profile.notes = findings.notes;
     scan.profile.nfs_used = findings.nfs_found;
     scan.reiserfs_found = findings.reiserfs_found;
+    // Such a file system counts no inodes: the calculator's guess stands for what the passes saw.
     if (findings.reiserfs_found) {
         scan.profile.diskinodes = reiserfs_diskinodes;
     }

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr std::size_t piece_size = 65536;
+// Far more than any line of ours; a file without newlines must not fill the memory.
 constexpr std::size_t most_bytes_of_line = std::size_t{1} << 20;
 
 }  // namespace
@@ -56,6 +57,7 @@ std::string_view FileLines::next() {
     }
     std::size_t end = unread_.find('\n', begin_);
     while (end == std::string::npos) {
+        // What has been searched is not searched again: a long line comes in many pieces.
         const std::size_t searched = unread_.size() - begin_;
         if (!read_piece()) {
             return trouble_.empty() ? take(unread_.size()) : std::string_view();

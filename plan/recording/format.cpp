@@ -321,6 +321,7 @@ Kiln::Result<Part> parse_part(std::string_view text) {
 
 }  // namespace
 
+// The format comes first: by that a file is known, and a first line that was torn as well.
 std::string header_line(const RecordingHeader& header) {
     ordered_json line;
     line[format_name] = recording_format;

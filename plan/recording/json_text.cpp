@@ -8,6 +8,7 @@ using nlohmann::ordered_json;
 constexpr const char* hex_digits = "0123456789abcdef";
 constexpr const char* hex_member = "hex";
 
+// The one thing about a text that nlohmann refuses to write.
 bool is_utf8(const std::string& text) {
     try {
         static_cast<void>(ordered_json(text).dump());
@@ -28,6 +29,7 @@ std::string to_hex(const std::string& text) {
     return hex;
 }
 
+// Small letters only, as they are written: one text has one form.
 unsigned hex_value(char digit) {
     const std::size_t value = std::string(hex_digits).find(digit);
     if (value == std::string::npos) {

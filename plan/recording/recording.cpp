@@ -6,6 +6,7 @@ ScanSpans Recording::spans() const {
     return continuations.empty() ? header.spans : continuations.back().spans;
 }
 
+// Lines of any kind may be the last: a recorder ends where a signal or a power cut finds it.
 std::int64_t Recording::last_ms() const {
     std::int64_t last = summary ? summary->at_ms : 0;
     if (!checks.empty()) {

@@ -13,6 +13,7 @@ Kiln::Result<NamedRecording> read_recording(const std::string& path, std::uint64
             return Kiln::Reason{path + ": " + taken.reason()};
         }
     }
+    // Before what was read is judged: a file that broke off is not a short one.
     if (!lines.trouble().empty()) {
         return Kiln::Reason{path + " cannot be read: " + lines.trouble()};
     }

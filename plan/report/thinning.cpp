@@ -13,6 +13,7 @@ bool less_value(const ReportPoint& a, const ReportPoint& b) {
 void append_extremes(Iterator first, Iterator last, std::vector<ReportPoint>& kept) {
     const Iterator least = std::min_element(first, last, less_value);
     const Iterator greatest = std::max_element(first, last, less_value);
+    // In their own order: the line of a chart never runs back in time.
     kept.push_back(*std::min(least, greatest));
     if (least != greatest) {
         kept.push_back(*std::max(least, greatest));

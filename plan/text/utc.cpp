@@ -29,5 +29,6 @@ std::optional<std::int64_t> parse_utc(const std::string& text) {
     std::tm parts = {};
     const char* end = strptime(text.c_str(), format, &parts);
     const std::int64_t seconds = timegm(&parts);
+    // strptime() takes "2026-3-1" and the 30th of February as well.
     return end != nullptr && utc_text(seconds) == text ? std::optional(seconds) : std::nullopt;
 }

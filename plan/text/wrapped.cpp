@@ -12,6 +12,7 @@ std::string wrapped(const std::string& text, const std::string& first_indent,
     std::size_t end = 0;
     for (std::size_t begin = text.find_first_not_of(' '); begin != std::string::npos;
          begin = text.find_first_not_of(' ', end)) {
+        // Several blanks stay where the line goes on, and go where it is broken.
         const std::string gap(has_word ? begin - end : 0, ' ');
         end = std::min(text.find(' ', begin), text.size());
         const std::string word = text.substr(begin, end - begin);

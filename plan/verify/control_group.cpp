@@ -35,6 +35,8 @@ bool exists(const std::string& path) {
 
 // The folder that is meant.
 std::string folder_of(const std::string& group, const std::string& root) {
+    // "machine.slice/x" and "/machine.slice/x" are below the root, as a process's own file shows
+    // its group; only what is not there may be a folder elsewhere.
     const bool below_root = group == root || group.compare(0, root.size() + 1, root + "/") == 0;
     const std::string inside = root + (group.rfind('/', 0) == 0 ? "" : "/") + group;
     if (below_root || (group.rfind('/', 0) == 0 && !exists(inside) && exists(group))) {

@@ -61,6 +61,7 @@ std::string pressure_text(const char* name, const std::optional<Pressure>& press
     return cell(name) + text;
 }
 
+// null for both: what is not limited is told by the state.
 ordered_json amount_json(const Amount& amount) {
     return amount.there && !amount.unlimited ? ordered_json(amount.value) : ordered_json();
 }
