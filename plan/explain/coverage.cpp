@@ -1,28 +1,24 @@
 #include "plan/explain/coverage.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "plan/text/printable.h"
 
 namespace {
 
-constexpr int complete = 5;
-
 struct Grade {
-    int grade;
     const char* name;
     double least_share;  // of the planned passes
     double largest_gap;  // of the time
 };
 
-// The manual lists the same.
+// From 5 down to 1. The manual lists the same.
 constexpr Grade grades[] = {
-    {complete, "complete", 0.99, 0.02},
-    {4, "good", 0.95, 0.05},
-    {3, "fair", 0.80, 0.20},
-    {2, "poor", 0.50, 0.50},
-    {1, "scant", 0.0, 1.0},
+    {"complete", 0.99, 0.02}, {"good", 0.95, 0.05}, {"fair", 0.80, 0.20},
+    {"poor", 0.50, 0.50},     {"scant", 0.0, 1.0},
 };
+constexpr int complete = std::size(grades);
 
 // However long each took and however many there are: no sum of them all is made.
 std::int64_t mean_took_ms(const Recording& recording) {
@@ -152,12 +148,10 @@ Coverage Measurement::finish() {
     }
     const double gap =
         time_ms_ > 0 ? static_cast<double>(longest_ms) / static_cast<double>(time_ms_) : 0.0;
-    for (const Grade& grade : grades) {
-        if (share >= grade.least_share && gap <= grade.largest_gap) {
-            coverage_.grade = grade.grade;
-            break;
-        }
-    }
+    const auto met = std::find_if(std::begin(grades), std::end(grades), [&](const Grade& grade) {
+        return share >= grade.least_share && gap <= grade.largest_gap;
+    });
+    coverage_.grade = std::max(1, complete - static_cast<int>(met - std::begin(grades)));
     return coverage_;
 }
 
@@ -172,12 +166,7 @@ Coverage measure_coverage(const std::vector<NamedRecording>& recordings) {
 }
 
 const char* grade_name(int grade) {
-    for (const Grade& row : grades) {
-        if (row.grade == grade) {
-            return row.name;
-        }
-    }
-    return "";
+    return grades[complete - grade].name;
 }
 
 std::string coverage_in_words(const Coverage& coverage) {

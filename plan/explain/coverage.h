@@ -25,6 +25,7 @@ struct Coverage {
 
 Coverage measure_coverage(const std::vector<NamedRecording>& recordings);
 
+// Of a grade from 1 to 5.
 const char* grade_name(int grade);
 
 // What is below says too little of the time that was to be watched.
