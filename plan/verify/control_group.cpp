@@ -143,8 +143,11 @@ class Parser {
 public:
     explicit Parser(const GroupFiles& files) : files_(files) {}
 
-    // "9437184" or "max"
-    GroupValues::Amount amount(const char* name) const { return amount_of(first_word(name)); }
+    // Of the files "memory.max", "memory.current", "memory.peak" and "memory.events".
+    GroupValues::Resource resource(const std::string& name, const char* limit) const {
+        return {amount(name + "." + limit), amount(name + ".current"), amount(name + ".peak"),
+                event(name + ".events", limit)};
+    }
 
     // "200000 100000", the quota and its period
     GroupValues::Amount quota(std::int64_t& period_us) const {
@@ -153,7 +156,7 @@ public:
         return period_us > 0 ? amount_of(found[0]) : GroupValues::Amount();
     }
 
-    std::optional<std::int64_t> event(const char* file, const char* name) const {
+    std::optional<std::int64_t> event(const std::string& file, const char* name) const {
         return keyed(text(file), name);
     }
 
@@ -164,18 +167,23 @@ public:
     std::optional<Pressure> pressure(const char* name) const;
 
 private:
-    std::string text(const char* name) const {
+    // "9437184" or "max"
+    GroupValues::Amount amount(const std::string& name) const {
+        return amount_of(first_word(name));
+    }
+
+    std::string text(const std::string& name) const {
         const auto found = files_.texts.find(name);
         return found == files_.texts.end() ? std::string() : found->second;
     }
 
-    std::vector<std::string> words(const char* name) const {
+    std::vector<std::string> words(const std::string& name) const {
         std::string line = text(name);
         Kiln::strip(line);
         return Kiln::split(" ", line, 0);
     }
 
-    std::string first_word(const char* name) const {
+    std::string first_word(const std::string& name) const {
         const std::vector<std::string> found = words(name);
         return found.size() == 1 ? found[0] : std::string();
     }
@@ -234,26 +242,16 @@ GroupValues parse_control_group(const GroupFiles& files) {
     const Parser parser(files);
     GroupValues values;
     values.path = files.path;
-    values.memory_max = parser.amount("memory.max");
-    values.memory_high = parser.amount("memory.high");
-    values.memory_current = parser.amount("memory.current");
-    values.memory_peak = parser.amount("memory.peak");
-    values.swap_max = parser.amount("memory.swap.max");
-    values.swap_current = parser.amount("memory.swap.current");
-    values.swap_peak = parser.amount("memory.swap.peak");
-    values.tasks_max = parser.amount("pids.max");
-    values.tasks_current = parser.amount("pids.current");
-    values.tasks_peak = parser.amount("pids.peak");
+    values.memory = parser.resource("memory", "max");
+    values.memory_high = parser.resource("memory", "high");
+    values.swap = parser.resource("memory.swap", "max");
+    values.tasks = parser.resource("pids", "max");
     values.cpu_quota_us = parser.quota(values.cpu_period_us);
     values.cpu_weight = parser.number("cpu.weight");
     values.cpu_usage_us = parser.event("cpu.stat", "usage_usec");
-    values.memory_high_met = parser.event("memory.events", "high");
-    values.memory_max_met = parser.event("memory.events", "max");
     values.memory_oom = parser.event("memory.events", "oom");
     values.memory_oom_kill = parser.event("memory.events", "oom_kill");
-    values.swap_max_met = parser.event("memory.swap.events", "max");
     values.swap_failed = parser.event("memory.swap.events", "fail");
-    values.tasks_max_met = parser.event("pids.events", "max");
     values.cpu_periods = parser.event("cpu.stat", "nr_periods");
     values.cpu_throttled = parser.event("cpu.stat", "nr_throttled");
     values.cpu_throttled_us = parser.event("cpu.stat", "throttled_usec");

@@ -43,18 +43,20 @@ struct GroupValues {
         std::int64_t value = 0;
     };
 
+    // A limit, and how near it was come to.
+    struct Resource {
+        Amount max, current, peak;
+        std::optional<std::int64_t> met;  // how often; nothing where its file or line is not there
+    };
+
     std::string path;
-    Amount memory_max, memory_high, memory_current, memory_peak;  // bytes
-    Amount swap_max, swap_current, swap_peak;                     // bytes
-    Amount tasks_max, tasks_current, tasks_peak;
+    Resource memory, memory_high, swap;  // bytes; memory_high: what slows tasks down
+    Resource tasks;
     Amount cpu_quota_us;  // in each cpu_period_us
     std::int64_t cpu_period_us = 0;
     std::optional<std::int64_t> cpu_weight;
     std::optional<std::int64_t> cpu_usage_us;
-    // How often; nothing where the file or its line is not there.
-    std::optional<std::int64_t> memory_high_met, memory_max_met, memory_oom, memory_oom_kill;
-    std::optional<std::int64_t> swap_max_met, swap_failed;
-    std::optional<std::int64_t> tasks_max_met;
+    std::optional<std::int64_t> memory_oom, memory_oom_kill, swap_failed;  // how often
     std::optional<std::int64_t> cpu_periods, cpu_throttled, cpu_throttled_us;
     std::optional<Pressure> cpu_pressure, memory_pressure, io_pressure;  // some task waited
     std::int64_t forks_refused_below = 0;

@@ -27,8 +27,7 @@ public:
     GroupVerdict run();
 
 private:
-    LimitVerdict& add(const char* name, Unit unit, const Amount& limit, const Amount& now,
-                      const Amount& peak, const std::optional<std::int64_t>& times);
+    LimitVerdict& add(const char* name, Unit unit, const GroupValues::Resource& resource);
     void raise(LimitVerdict& limit, const std::string& engines, const std::string& why);
     void remark(const std::string& text) { verdict_.remarks.push_back(text); }
 
@@ -45,8 +44,8 @@ private:
 };
 
 // The row, with the state that its limit and its count give it; a caller may know better.
-LimitVerdict& Judge::add(const char* name, Unit unit, const Amount& limit, const Amount& now,
-                         const Amount& peak, const std::optional<std::int64_t>& times) {
+LimitVerdict& Judge::add(const char* name, Unit unit, const GroupValues::Resource& resource) {
+    const auto& [limit, now, peak, times] = resource;
     LimitVerdict row = {name, unit, limit, now, peak, times, LimitState::unknown};
     if (limit.unlimited) {
         row.state = LimitState::unlimited;
@@ -75,8 +74,7 @@ void Judge::judge_unlimited_memory() {
 // given back then: that alone is no reason to raise anything.
 void Judge::judge_memory() {
     const char* const engines = "MemoryMax, lxc.cgroup2.memory.max, --memory, limits.memory";
-    LimitVerdict& row = add("memory.max", Unit::bytes, values_.memory_max, values_.memory_current,
-                            values_.memory_peak, values_.memory_max_met);
+    LimitVerdict& row = add("memory.max", Unit::bytes, values_.memory);
     if (row.state == LimitState::unlimited) {
         judge_unlimited_memory();
     } else if (happened(values_.memory_oom_kill)) {
@@ -85,7 +83,7 @@ void Judge::judge_memory() {
     } else if (happened(values_.memory_oom)) {
         raise(row, engines, "memory was refused, " + times_text(*values_.memory_oom));
     } else if (row.state == LimitState::met) {
-        const std::string met = "it was met " + times_text(*values_.memory_max_met);
+        const std::string met = "it was met " + times_text(*values_.memory.met);
         if (values_.memory_pressure &&
             values_.memory_pressure->average_percent >= waiting_percent) {
             raise(row, engines, met + ", and tasks wait for memory");
@@ -98,37 +96,33 @@ void Judge::judge_memory() {
 }
 
 void Judge::judge_high_memory() {
-    if (values_.memory_high.there && !values_.memory_high.unlimited) {
-        LimitVerdict& row =
-            add("memory.high", Unit::bytes, values_.memory_high, values_.memory_current,
-                values_.memory_peak, values_.memory_high_met);
+    if (values_.memory_high.max.there && !values_.memory_high.max.unlimited) {
+        LimitVerdict& row = add("memory.high", Unit::bytes, values_.memory_high);
         if (row.state == LimitState::met) {
             raise(row, "MemoryHigh, lxc.cgroup2.memory.high",
-                  "tasks were slowed down, " + times_text(*values_.memory_high_met));
+                  "tasks were slowed down, " + times_text(*values_.memory_high.met));
         }
     }
 }
 
 void Judge::judge_swap() {
-    LimitVerdict& row = add("memory.swap.max", Unit::bytes, values_.swap_max, values_.swap_current,
-                            values_.swap_peak, values_.swap_max_met);
+    LimitVerdict& row = add("memory.swap.max", Unit::bytes, values_.swap);
     if (row.state == LimitState::met) {
         raise(row, "MemorySwapMax, lxc.cgroup2.memory.swap.max, --memory-swap",
-              "it was met " + times_text(*values_.swap_max_met) +
+              "it was met " + times_text(*values_.swap.met) +
                   "; or raise the limit of memory by as much");
     }
-    if (values_.swap_failed.value_or(0) > values_.swap_max_met.value_or(0)) {
+    if (values_.swap_failed.value_or(0) > values_.swap.met.value_or(0)) {
         remark("memory.swap.max: swap was refused " + times_text(*values_.swap_failed) +
                ", not by this limit alone: the host may have too little of it");
     }
 }
 
 void Judge::judge_tasks() {
-    LimitVerdict& row = add("pids.max", Unit::tasks, values_.tasks_max, values_.tasks_current,
-                            values_.tasks_peak, values_.tasks_max_met);
+    LimitVerdict& row = add("pids.max", Unit::tasks, values_.tasks);
     const char* const engines = "TasksMax, lxc.cgroup2.pids.max, --pids-limit";
     if (row.state == LimitState::met) {
-        raise(row, engines, "tasks were refused, " + times_text(*values_.tasks_max_met));
+        raise(row, engines, "tasks were refused, " + times_text(*values_.tasks.met));
     } else if (row.state == LimitState::fits && row.peak.there &&
                row.peak.value >= row.limit.value) {
         raise(row, engines, "as many tasks ran at once as it allows");
@@ -142,7 +136,7 @@ void Judge::judge_tasks() {
 
 void Judge::judge_cpu() {
     LimitVerdict& row =
-        add("cpu.max", Unit::cpu_us, values_.cpu_quota_us, {}, {}, values_.cpu_throttled);
+        add("cpu.max", Unit::cpu_us, {values_.cpu_quota_us, {}, {}, values_.cpu_throttled});
     if (row.state == LimitState::met) {
         raise(row, "CPUQuota, lxc.cgroup2.cpu.max, --cpus, limits.cpu",
               "tasks were stopped in " + grouped(*values_.cpu_throttled) + " of " +
@@ -152,17 +146,13 @@ void Judge::judge_cpu() {
 }
 
 void Judge::note_old_kernel() {
-    struct Peak {
-        const Amount& limit;
-        const Amount& peak;
-        const char* text;
-    };
-    for (const Peak& row :
-         {Peak{values_.memory_max, values_.memory_peak, "memory.peak: not there before Linux 5.19"},
-          Peak{values_.swap_max, values_.swap_peak, "memory.swap.peak: not there before Linux 6.5"},
-          Peak{values_.tasks_max, values_.tasks_peak, "pids.peak: not there before Linux 6.1"}}) {
-        if (row.limit.there && !row.peak.there) {
-            remark(std::string(row.text) + ", so that the peak is not known");
+    const std::pair<const GroupValues::Resource&, const char*> peaks[] = {
+        {values_.memory, "memory.peak: not there before Linux 5.19"},
+        {values_.swap, "memory.swap.peak: not there before Linux 6.5"},
+        {values_.tasks, "pids.peak: not there before Linux 6.1"}};
+    for (const auto& [resource, text] : peaks) {
+        if (resource.max.there && !resource.peak.there) {
+            remark(std::string(text) + ", so that the peak is not known");
         }
     }
     for (const LimitVerdict& limit : verdict_.limits) {

@@ -123,7 +123,7 @@ std::string verdict_json(const GroupVerdict& verdict) {
                      {"throttled_us", optional_json(values.cpu_throttled_us)}};
     object["memory"] = {{"oom", optional_json(values.memory_oom)},
                         {"oom_kill", optional_json(values.memory_oom_kill)},
-                        {"high", optional_json(values.memory_high_met)}};
+                        {"high", optional_json(values.memory_high.met)}};
     object["pressure"] = {{"cpu", pressure_json(values.cpu_pressure)},
                           {"memory", pressure_json(values.memory_pressure)},
                           {"io", pressure_json(values.io_pressure)}};
