@@ -81,7 +81,7 @@ std::string explanation_text(const Explanation& explanation,
             text += filled("! ", printable(remark), 2);
         }
     }
-    text += "\n" + usage_section(recordings) + "\n";
+    text += "\n" + usage_section(explanation.usage, newest_hardware(recordings)) + "\n";
     for (const LineExplanation& line : explanation.lines) {
         text += line_text(line, recordings.size() > 1);
     }

@@ -1,6 +1,5 @@
 #include "plan/explain/usage_section.h"
 
-#include "plan/explain/usage_summary.h"
 #include "plan/text/printable.h"
 #include "plan/text/utc.h"
 
@@ -10,10 +9,6 @@ constexpr double bytes_per_kib = 1024.0;
 constexpr std::size_t label_width = 16;
 constexpr std::size_t median_width = 13;
 constexpr std::size_t percentile_width = 17;
-
-constexpr UsageQuantity shown[] = {UsageQuantity::cores,      UsageQuantity::memory,
-                                   UsageQuantity::swap,       UsageQuantity::tasks,
-                                   UsageQuantity::disk_bytes, UsageQuantity::network_bytes};
 
 std::string row(UsageQuantity quantity, const UsageSummary& summary) {
     return padded(label_of(quantity), label_width) +
@@ -73,13 +68,10 @@ std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recor
     return newest;
 }
 
-std::string usage_section(const std::vector<NamedRecording>& recordings) {
-    const UsageSummaries summaries = summarize_usage(usage_series(recordings));
-    const std::optional<Hardware> hardware = newest_hardware(recordings);
+std::string usage_section(const UsageSummaries& usage, const std::optional<Hardware>& hardware) {
     std::string rows;
-    for (const UsageQuantity quantity : shown) {
-        const UsageSummary& summary = summaries[static_cast<std::size_t>(quantity)];
-        if (summary.peak) {
+    for (const UsageQuantity quantity : charted_quantities) {
+        if (const UsageSummary& summary = usage[static_cast<std::size_t>(quantity)]; summary.peak) {
             rows += row(quantity, summary);
         }
     }

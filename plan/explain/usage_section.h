@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "calc/container_config.h"
+#include "plan/explain/usage_summary.h"
 #include "plan/recording/combined_scan.h"
 
 // The machine as the newest of those who recorded saw it; nothing where no recording says.
@@ -13,7 +14,7 @@ std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recor
 
 // Lines of at most 80 columns: the machine, then median, 95th percentile and peak of what was used.
 // A sentence where no recording carries it.
-std::string usage_section(const std::vector<NamedRecording>& recordings);
+std::string usage_section(const UsageSummaries& usage, const std::optional<Hardware>& hardware);
 
 // Why the line asks for more than the machine has; nothing when it does not, or nobody knows.
 // `page_size` is in bytes.

@@ -29,6 +29,11 @@ enum class UsageQuantity {
 };
 constexpr std::size_t usage_quantity_count = 14;
 
+// Those that a person is shown, and charts are drawn of.
+constexpr UsageQuantity charted_quantities[] = {
+    UsageQuantity::cores, UsageQuantity::memory,     UsageQuantity::swap,
+    UsageQuantity::tasks, UsageQuantity::disk_bytes, UsageQuantity::network_bytes};
+
 // "memory", for members of JSON and for metrics.
 const char* name_of(UsageQuantity quantity);
 // "memory in use", for a person.

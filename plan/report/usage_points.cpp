@@ -7,10 +7,6 @@
 
 namespace {
 
-constexpr UsageQuantity charted[] = {UsageQuantity::cores,      UsageQuantity::memory,
-                                     UsageQuantity::swap,       UsageQuantity::tasks,
-                                     UsageQuantity::disk_bytes, UsageQuantity::network_bytes};
-
 // Far more than any host has; what a recording says may be anything.
 constexpr double largest = 1e15;
 
@@ -61,7 +57,7 @@ ServerUsage server_usage(const NamedRecording& named) {
     };
     ServerUsage usage;
     usage.hardware = newest_hardware({named});
-    for (const UsageQuantity quantity : charted) {
+    for (const UsageQuantity quantity : charted_quantities) {
         if (!of(quantity).empty()) {
             usage.charts.push_back({quantity, points_of(quantity, of(quantity))});
         }

@@ -181,16 +181,20 @@ TEST(UsageSummary, EveryQuantityInWords) {
     EXPECT_EQ(grouped(-100000), "-100,000");
 }
 
+std::string section_of(const std::vector<NamedRecording>& recordings) {
+    return usage_section(summarize_usage(usage_series(recordings)), newest_hardware(recordings));
+}
+
 TEST(UsageSection, IsWhatAPersonReads) {
     NamedRecording named = counting({{1000, 0}, {11000, 15000}, {21000, 20000}});
-    EXPECT_EQ(usage_section({recording_of({1})}), "usage: not recorded\n");
+    EXPECT_EQ(section_of({recording_of({1})}), "usage: not recorded\n");
     Hardware& hardware = named.recording.header.hardware.emplace();
     hardware.cpus = 4;
     hardware.memory_kib = 24539844;
     named.recording.passes[2].usage->memory_kib = 314572;
     named.recording.passes[0].usage->tasks = 1503;
     // Cores: 15 s and 5 s in 10 s each. Disks and network: two counters, 30,000 and 10,000 bytes.
-    EXPECT_EQ(usage_section({named}), R"(machine: 4 processors, 23.4 GiB of memory, no swap
+    EXPECT_EQ(section_of({named}), R"(machine: 4 processors, 23.4 GiB of memory, no swap
 usage           median       95th percentile  peak, UTC
 cores in use    0.50 cores   1.50 cores       1.50 cores, 2026-03-12 14:05
 memory in use   307 MiB      307 MiB          307 MiB, 2026-03-12 14:05
@@ -200,7 +204,7 @@ network traffic 1000 bytes/s 2.9 KiB/s        2.9 KiB/s, 2026-03-12 14:05
 )");
     hardware.cpus = 1;
     hardware.swap_kib = 1024;
-    EXPECT_EQ(usage_section({named}).substr(0, 54),
+    EXPECT_EQ(section_of({named}).substr(0, 54),
               "machine: 1 processor, 23.4 GiB of memory, 1.0 MiB of s");
     Continuation& continuation = named.recording.continuations.emplace_back();
     continuation.at_ms = 15000;
@@ -208,9 +212,9 @@ network traffic 1000 bytes/s 2.9 KiB/s        2.9 KiB/s, 2026-03-12 14:05
     continuation.hardware->cpus = 16;
     NamedRecording before = recording_of({1});
     before.recording.header.hardware.emplace().cpus = 2;
-    EXPECT_EQ(usage_section({named, before}).substr(0, 23), "machine: 16 processors,");
+    EXPECT_EQ(section_of({named, before}).substr(0, 23), "machine: 16 processors,");
     before.recording.header.start += 16;
-    EXPECT_EQ(usage_section({named, before}).substr(0, 22), "machine: 2 processors,");
+    EXPECT_EQ(section_of({named, before}).substr(0, 22), "machine: 2 processors,");
 }
 
 TEST(UsageSection, ALineLargerThanTheMachine) {
