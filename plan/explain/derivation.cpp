@@ -11,20 +11,23 @@
 
 namespace {
 
+// A line that is made from others. Where it has a cost, it is that many bytes for each of the
+// first; without one it is as many.
 struct Made {
     const char* line;
     std::vector<std::string> parts;
+    std::int64_t cost = 0;
 };
 
 // As calc/container_config.cpp computes them; a line that is missing here is made from none.
 const std::vector<Made>& made() {
     static const std::vector<Made> rows = {
         {"NUMFILE", {"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}},
-        {"DCACHESIZE", {"NUMFILE"}},
-        {"KMEMSIZE", {"NUMPROC", "DCACHESIZE"}},
-        {"TCPSNDBUF", {"NUMTCPSOCK"}},
-        {"TCPRCVBUF", {"NUMTCPSOCK"}},
-        {"OTHERSOCKBUF", {"NUMOTHERSOCK"}},
+        {"DCACHESIZE", {"NUMFILE"}, dentry_bytes_per_file},
+        {"KMEMSIZE", {"NUMPROC", "DCACHESIZE"}, kernel_bytes_per_process},
+        {"TCPSNDBUF", {"NUMTCPSOCK"}, socket_buffer_bytes},
+        {"TCPRCVBUF", {"NUMTCPSOCK"}, socket_buffer_bytes},
+        {"OTHERSOCKBUF", {"NUMOTHERSOCK"}, socket_buffer_bytes},
         {"VMGUARPAGES", {"PRIVVMPAGES"}},
         {"OOMGUARPAGES", {"PRIVVMPAGES"}},
         {"SLMMEMORYLIMIT",
@@ -48,12 +51,12 @@ std::vector<std::string> Derivations::parts_of(const std::string& line) {
     return {};
 }
 
-std::uint64_t Derivations::barrier_of(const char* line) const {
+std::uint64_t Derivations::barrier_of(const std::string& line) const {
     const ConfigLine* found = find_line(lines_, line);
     return found == nullptr ? 0 : found->barrier;
 }
 
-std::uint64_t Derivations::limit_of(const char* line) const {
+std::uint64_t Derivations::limit_of(const std::string& line) const {
     const ConfigLine* found = find_line(lines_, line);
     return found == nullptr ? 0 : found->limit;
 }
@@ -79,7 +82,7 @@ std::string Derivations::open_files() const {
                : of_processes + " (AVNUMPROC); " + own + " and " + of_sockets + " were less";
 }
 
-std::string Derivations::each_costs(std::int64_t cost, const char* line) const {
+std::string Derivations::each_costs(std::int64_t cost, const std::string& line) const {
     return size_text(static_cast<double>(cost)) + " for each of " + number_text(barrier_of(line)) +
            " (" + line + ")";
 }
@@ -117,22 +120,17 @@ std::string Derivations::words_of(const ConfigLine& line) const {
     if (name == "NUMFILE") {
         return open_files();
     }
-    if (name == "DCACHESIZE") {
-        return each_costs(dentry_bytes_per_file, "NUMFILE");
+    if (name == "SLMMEMORYLIMIT") {
+        return memory_limit();
     }
-    if (name == "KMEMSIZE") {
-        return each_costs(kernel_bytes_per_process, "NUMPROC") + ", and DCACHESIZE";
+    for (const Made& row : made()) {
+        if (name == row.line) {
+            return row.cost == 0 ? "as many as " + row.parts[0]
+                                 : each_costs(row.cost, row.parts[0]) +
+                                       (row.parts.size() > 1 ? ", and " + row.parts[1] : "");
+        }
     }
-    if (name == "TCPSNDBUF" || name == "TCPRCVBUF") {
-        return each_costs(socket_buffer_bytes, "NUMTCPSOCK");
-    }
-    if (name == "OTHERSOCKBUF") {
-        return each_costs(socket_buffer_bytes, "NUMOTHERSOCK");
-    }
-    if (name == "VMGUARPAGES" || name == "OOMGUARPAGES") {
-        return "as many as PRIVVMPAGES";
-    }
-    return name == "SLMMEMORYLIMIT" ? memory_limit() : "";
+    return {};
 }
 
 std::string factor_text(double factor) {

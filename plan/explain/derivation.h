@@ -23,10 +23,10 @@ public:
 private:
     std::string open_files() const;
     std::string memory_limit() const;
-    std::string each_costs(std::int64_t cost, const char* line) const;
+    std::string each_costs(std::int64_t cost, const std::string& line) const;
 
-    std::uint64_t barrier_of(const char* line) const;
-    std::uint64_t limit_of(const char* line) const;
+    std::uint64_t barrier_of(const std::string& line) const;
+    std::uint64_t limit_of(const std::string& line) const;
 
     const std::vector<ConfigLine>& lines_;
     const CombinedScan& scan_;

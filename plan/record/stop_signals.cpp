@@ -25,8 +25,6 @@ void note_signal(int /*signal_number*/) {
 
 }  // namespace
 
-constexpr int StopSignals::signals_[];
-
 StopSignals::StopSignals() {
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {

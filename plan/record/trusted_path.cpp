@@ -23,6 +23,22 @@ std::string target_of(int link) {
     return size < 0 ? std::string() : std::string(target, static_cast<std::size_t>(size));
 }
 
+// "1000 (bob)", with the name that the table of users or groups has for the id, if any.
+// bob:x:1000:1000:Bob,,,:/home/bob:/bin/sh
+// users:x:100:alice,bob
+std::string id_text(unsigned id, const std::string& table) {
+    const std::string number = std::to_string(id);
+    std::string text;
+    read_host_file(table, text);
+    for (const std::string& line : Kiln::split("\n", text, 0)) {
+        const std::vector<std::string> words = Kiln::split(":", line, -1);
+        if (words.size() > 2 && words[2] == number) {
+            return number + " (" + words[0] + ")";
+        }
+    }
+    return number;
+}
+
 class TrustedWalk {
 public:
     explicit TrustedWalk(const HostPaths& tables) : tables_(tables) {}
@@ -158,21 +174,6 @@ Kiln::Result<Kiln::Descriptor> TrustedWalk::walk(const std::string& path) {
 }
 
 }  // namespace
-
-// bob:x:1000:1000:Bob,,,:/home/bob:/bin/sh
-// users:x:100:alice,bob
-std::string id_text(unsigned id, const std::string& table) {
-    const std::string number = std::to_string(id);
-    std::string text;
-    read_host_file(table, text);
-    for (const std::string& line : Kiln::split("\n", text, 0)) {
-        const std::vector<std::string> words = Kiln::split(":", line, -1);
-        if (words.size() > 2 && words[2] == number) {
-            return number + " (" + words[0] + ")";
-        }
-    }
-    return number;
-}
 
 Kiln::Result<Kiln::Descriptor> open_trusted(const std::string& path, const HostPaths& tables) {
     return TrustedWalk(tables).walk(path);

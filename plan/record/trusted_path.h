@@ -10,9 +10,6 @@
 #include "kiln/owners.h"
 #include "kiln/result.h"
 
-// "1000 (bob)", with the name that the table of users or groups has for the id, if any.
-std::string id_text(unsigned id, const std::string& table);
-
 // Opens the file or folder (O_PATH) one name after the other, links included. Every folder on the
 // way, every link and what is opened must belong to root or to us, and nobody else may write them.
 // A sticky folder may be written by everybody as long as what we enter in it is a folder of ours,
