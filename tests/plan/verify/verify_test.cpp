@@ -267,12 +267,17 @@ TEST(Verify, TheGroupThatIsMeant) {
                           "own"});
     }
     // The limits of a container may be in a group inside of the one that its engine names.
-    put_group(host, "a.slice/b", {{"memory.max", "max\n"}, {"pids.max", "700\n"}});
-    const GroupVerdict outer =
-        judge(parse_control_group(*read_control_group("a.slice", host.root)));
-    EXPECT_FALSE(outer.all_fit);
-    EXPECT_EQ(outer.remarks, Remarks{"the group in it has limits of its own: verify " + host.root +
-                                     "/a.slice/b too"});
+    for (const char* const limit : {"memory.max", "memory.swap.max", "pids.max", "cpu.max"}) {
+        put_group(host, "a.slice/b", {{limit, "700\n"}});
+        const GroupVerdict outer =
+            judge(parse_control_group(*read_control_group("a.slice", host.root)));
+        EXPECT_FALSE(outer.all_fit) << limit;
+        EXPECT_EQ(outer.remarks, Remarks{"the group in it has limits of its own: verify " +
+                                         host.root + "/a.slice/b too"});
+        put_group(host, "a.slice/b", {{limit, "max 100000\n"}});
+    }
+    EXPECT_TRUE(judge(parse_control_group(*read_control_group("a.slice", host.root))).all_fit);
+    put_group(host, "a.slice/b", {{"pids.max", "700\n"}});
     put_group(host, "a.slice/c", {{"pids.max", "max\n"}});
     EXPECT_TRUE(judge(parse_control_group(*read_control_group("a.slice", host.root))).all_fit);
     // What cannot be read is said, and nothing is well then.
