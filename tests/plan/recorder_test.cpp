@@ -488,6 +488,8 @@ TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
                  "nas:/x /x nfs rw 0 0\n");
     made_up_.put("dns", "search a.example b.example\nnameserver 192.0.2.53\n");
     made_up_.answers["repquota -unv /012"].out = "user quotas\n---\n#0 -- 1 0 0 1 0 0\n";
+    Moments now;
+    sources_.time = now.sources();
     testing::internal::CaptureStderr();
     EXPECT_EQ(record({0, 0}), "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -496,6 +498,9 @@ TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
     Recording made = recording();
     utsname system = {};
     uname(&system);
+    EXPECT_EQ(made.header.start, 1773324300);
+    EXPECT_EQ(made.header.boot_ms, 5000);
+    EXPECT_FALSE(made.passes.at(0).clock_ms) << "nobody has set it";
     EXPECT_EQ(made.header.kernel, system.release);
     EXPECT_EQ(made.header.machine, system.machine);
     const Findings& findings = made.summary->findings;

@@ -4,7 +4,7 @@ import json
 import os
 
 PERIOD = 300
-HOSTILE = '"><script>alert(1)</script>'
+HOSTILE = '"><script>alert(1)</script>\u202e\u200b'
 USUAL = {"numproc": 400, "numtcpsock": 120, "numothersock": 500, "numfile": 4000,
          "privvmpages": 900000, "lockedpages": 100, "shmpages": 9000, "numflock": 40,
          "numiptent": 30, "diskspace": 50000000, "diskinodes": 900000}
@@ -43,7 +43,8 @@ def recording(host, size, passes, hole=range(0), is_whole=True):
                    "counts": {name: int(usual * size * busy) for name, usual in USUAL.items()},
                    **({"usage": usage(size, busy, total)} if is_whole else {})}
     findings = {"quotaugidlimit": 0, "interfaces": [], "distribution": "debian-12", "hostname": host,
-                "nameservers": ["192.0.2.53"], "search_domains": ["example.org", "x" * 200], "warnings": [],
+                "search_domains": [{"hex": "4af9ff"}] if host == HOSTILE else ["example.org", "x" * 200],
+                "nameservers": ["192.0.2.53"], "warnings": [],
                 "excludes": [{"flag": False, "path": "/proc/*"}], "nfs": False, "reiserfs": False,
                 "failures": [], "messages": ""}
     yield {"at_ms": (passes - 1) * PERIOD * 1000, "interrupted": not is_whole, "findings": findings}
