@@ -6,6 +6,7 @@
 #include "calc/sample.h"
 #include "calc/sample_parsers.h"
 #include "kiln/strings.h"
+#include "plan/recording/never_none.h"
 
 namespace {
 
@@ -81,6 +82,9 @@ Kiln::Done check_shape(const SampleStep& step, const std::string& out, const std
     const bool counts_nothing = complains_in_good_health(step) && step.parse(out) == 0;
     if (good && !err.empty() && (counts_nothing || !complains_in_good_health(step))) {
         return Kiln::Reason{"it says " + quoted(err.substr(0, err.find('\n')))};
+    }
+    if (good && is_never_none(step.count) && step.parse(out) == 0) {
+        return Kiln::Reason{"it counts none, which cannot be"};
     }
     return good;
 }

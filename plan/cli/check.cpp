@@ -6,6 +6,7 @@
 #include "kiln/strings.h"
 #include "plan/check/host_check.h"
 #include "plan/cli/commands.h"
+#include "plan/recording/finding_text.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/printable.h"
 #include "plan/text/wrapped.h"
@@ -49,10 +50,10 @@ std::string step_text(const CheckedStep& step) {
 }
 
 std::string finding_text(const CheckFinding& finding) {
-    // Many a text names them already.
-    const bool is_named = finding.text.find(Kiln::join(", ", finding.lines)) != std::string::npos;
     const std::string lines =
-        is_named ? "" : wrapped("makes wrong: " + Kiln::join(" ", finding.lines), "  ", "    ");
+        names_its_lines(finding)
+            ? ""
+            : wrapped("makes wrong: " + Kiln::join(" ", finding.lines), "  ", "    ");
     return wrapped(printable(finding.text), "! ", "  ") + lines +
            wrapped("what to do: " + printable(finding.remedy), "  ", "    ");
 }

@@ -1,8 +1,8 @@
 #include "plan/explain/count_summary.h"
 
 #include <algorithm>
-#include <iterator>
 
+#include "plan/recording/never_none.h"
 #include "plan/text/printable.h"
 
 namespace {
@@ -16,10 +16,6 @@ constexpr std::int32_t jumping_least = 10;  // smaller jumps are none
 constexpr double rising_ratio = 1.05;       // of the last third's median to the first third's
 constexpr double late_share = 0.9;          // of the time watched
 constexpr double late_ratio = 1.05;         // of a late peak to what was seen before it
-
-// What no host has none of: the one that counts is a process that has memory and open files.
-constexpr CountField never_zero[] = {&PhysParams::numproc, &PhysParams::numfile,
-                                     &PhysParams::privvmpages};
 
 struct Observation {
     std::int64_t time_ms;  // since the epoch
@@ -113,9 +109,7 @@ void add_remarks(const std::vector<Observation>& observations, CountSummary& sum
 }
 
 void add_flaws(CountSummary& summary) {
-    const auto is_it = [&](CountField field) { return field == summary.count->field; };
-    summary.impossible_zero = summary.peak->value == 0 &&
-                              std::any_of(std::begin(never_zero), std::end(never_zero), is_it);
+    summary.impossible_zero = summary.peak->value == 0 && is_never_none(summary.count->field);
     if (summary.impossible_zero) {
         summary.flaws.emplace_back("no pass saw any, which cannot be: see what its command prints");
     }

@@ -3,8 +3,13 @@
 #include <algorithm>
 
 #include "kiln/strings.h"
+#include "plan/recording/finding_text.h"
 
 namespace {
+
+std::string lines_of(const CheckFinding& finding) {
+    return names_its_lines(finding) ? "" : " (wrong: " + Kiln::join(", ", finding.lines) + ")";
+}
 
 class Judge {
 public:
@@ -67,8 +72,7 @@ void Judge::look_at_checks() {
         for (const CheckResult& check : named.recording.checks) {
             for (const CheckFinding& finding : check.findings) {
                 if (spoils(finding)) {
-                    add(named, "the check found: " + finding.text +
-                                   " (wrong: " + Kiln::join(", ", finding.lines) + ")");
+                    add(named, "the check found: " + finding.text + lines_of(finding));
                 }
             }
         }

@@ -145,7 +145,8 @@ std::optional<std::string> failed_passes(const NamedRecording& named) {
     return named.name +
            ": passes that failed: " + grouped(std::count_if(passes.begin(), passes.end(), failed)) +
            " of " + grouped(static_cast<std::int64_t>(passes.size())) + ", the first is pass " +
-           std::to_string(first->number) + ": " + *first->failure;
+           std::to_string(first->number) + ": " +
+           Kiln::join(" ", Kiln::split("\n", *first->failure, 0));
 }
 
 }  // namespace

@@ -199,6 +199,9 @@ TEST(Verdict, DoneMeansUsable) {
     good.recording.summary->findings.distribution = "a$b";
     EXPECT_EQ(explained({good}).remarks.front(), "DISTRIBUTION has what a shell acts on: a$b");
     EXPECT_EQ(explained({good}).verdict.state, State::done);
+    good.recording.checks = {{0, {{"no ps: NUMPROC is low", "", {"NUMPROC"}}}}};
+    EXPECT_EQ(explained({good}).verdict.reasons, Remarks{"the check found: no ps: NUMPROC is low"})
+        << "the lines are named once";
 }
 
 TEST(Coverage, OfPassesThatWereNeverPlannedToBeMore) {

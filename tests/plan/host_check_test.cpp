@@ -36,6 +36,7 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
     const Case cases[] = {
         {ps_step, "143\n", "", ""},
         {ps_step, "  143\n", "ps: not found\n", "it says \"ps: not found\""},
+        {ps_step, "0\n", "", "it counts none"},
         {ps_step, "143 lines\n", "", "where a number should be"},
         {ls_step, "512\n", "ls: cannot access '/proc/9/fd/3'\n", ""},
         {ls_step, "0\n", "sh: ls: Argument list too long\n", "Argument list too long"},
