@@ -96,7 +96,7 @@ std::string check_json(const HostCheck& check) {
     object["run_succeeds"] = check.run_succeeds();
     object["steps"] = list_to_json(check.steps, step_json);
     object["findings"] = list_to_json(check.findings, finding_json);
-    return object.dump(2) + "\n";
+    return printable_json(object.dump(2)) + "\n";
 }
 
 int run(const Options& options) {

@@ -190,7 +190,7 @@ LimitsText PodWriter::write() {
                               {"kind", "Pod"},
                               {"metadata", {{"name", name_}, {"annotations", annotations_}}},
                               {"spec", spec_}};
-    return {pod.dump(2) + "\n", std::move(complaints_)};
+    return {printable_json(pod.dump(2)) + "\n", std::move(complaints_)};
 }
 
 }  // namespace

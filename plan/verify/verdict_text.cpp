@@ -129,5 +129,5 @@ std::string verdict_json(const GroupVerdict& verdict) {
                           {"io", pressure_json(values.io_pressure)}};
     object["raise"] = texts_to_json(verdict.raise);
     object["remarks"] = texts_to_json(verdict.remarks);
-    return object.dump(2) + "\n";
+    return printable_json(object.dump(2)) + "\n";
 }
