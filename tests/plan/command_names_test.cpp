@@ -21,6 +21,7 @@ TEST(CommandNames, TheNearestIsSuggested) {
         {"h", ""},
         {"xxcheck", "check"},
         {"xxxcheck", ""},
+        {"xxxck", ""},
         {"", ""},
     };
     for (const auto& [word, meant] : rows) {

@@ -313,6 +313,46 @@ TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
     }
 }
 
+TEST_F(CheckedHost, WarningsWordByWord) {
+    put("net/tcp", 11);
+    put("net/tcp6", 501);
+    const auto of = [](CountField field) { return TakenCounts().set(place_of(field)); };
+    const std::vector<MissingProgram> missing = {{"df", of(&PhysParams::diskspace)},
+                                                 {"ip", of(&PhysParams::numiptent)},
+                                                 {"/usr/bin/ipcs", of(&PhysParams::shmpages)}};
+    std::string words;
+    for (const CheckFindings& findings :
+         {user_warnings(false), missing_warnings(missing, "", {}), socket_warnings(host_),
+          descriptor_warnings({751, 10, 0, 0}, 1000), descriptor_warnings({1, 8000, 1, 1314}, 1000),
+          CheckFindings{script_warning("why")}}) {
+        for (const CheckFinding& finding : findings) {
+            std::string text = finding.text + "\n  " + finding.remedy + "\n";
+            const std::string lines = Kiln::join(", ", finding.lines);
+            const std::size_t at = text.find(lines);
+            const bool is_named = finding.lines.size() > 1 && at != std::string::npos;
+            words += is_named ? text.replace(at, lines.size(), "LINES") : text;
+        }
+    }
+    EXPECT_EQ("\n" + words, R"(
+you are not root: descriptors, rules and quotas of others are not seen, and their lines will be floors
+  run it as root
+df is missing: DISKSPACE will be too low
+  install df (Debian: coreutils)
+ip is missing: NUMIPTENT will be too low
+  install ip (Debian: iproute2)
+/usr/bin/ipcs is missing: SHMPAGES will be too low
+  install /usr/bin/ipcs (Debian: util-linux)
+nothing counts the 500 TCP sockets of IPv6; only 10 are counted
+  raise LINES by hand, or use a larger --mem-scale
+the names of 10 open descriptors take 751 bytes, a command gets 1,000: beyond that LINES will be floors
+  raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576
+1 descriptors are of directories: ls lists what is in them, 1,314 lines, and LINES will be too high
+  end what holds them open (ls -l /proc/*/fd), or correct by hand
+why; tarnhwcalc itself runs it, whoever put it there
+  remove it before anybody runs tarnhwcalc; the example with-detection gives a run a script of your own
+)");
+}
+
 // What root would run: judged before it is, and what was judged is run.
 class DetectionScript : public CheckedHost {
 protected:

@@ -46,8 +46,9 @@ TEST(Printable, NothingMovesTheTerminal) {
         {std::string("a\x1b[2Jb\x07\x7f\n\r\t\0", 12), "a\\x1b[2Jb\\x07\\x7f\\n\\x0d\\x09\\x00"},
         {"\xc2\x9b.\xe2\x80\xae", "\\u009b.\\u202e"},
         {"\u00ad\u2060\U000e0001\U000e007f", "\\u00ad\\u2060\\U000e0001\\U000e007f"},
-        {"\xff\xc0\xaf", "\\xff\\xc0\\xaf"},                    // no UTF-8, and "/" in two bytes
-        {"\xed\xa0\x80\xe2\x82", "\\xed\\xa0\\x80\\xe2\\x82"},  // half a pair, half a character
+        {"\xed\x9f\xbf\xee\x80\x80", "\xed\x9f\xbf\xee\x80\x80"},  // beside the halves of pairs
+        {"\xff\xc0\xaf", "\\xff\\xc0\\xaf"},                       // no UTF-8, and "/" in two bytes
+        {"\xed\xa0\x80\xe2\x82", "\\xed\\xa0\\x80\\xe2\\x82"},     // half a pair, half a character
         {"\xe0\x80\x9b\xf4\x90\x80\x80", "\\xe0\\x80\\x9b\\xf4\\x90\\x80\\x80"},
         {"\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},  // three bytes written as four
     };
