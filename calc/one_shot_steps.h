@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <iterator>
 
 enum class OneShotStep { quotas, interfaces, distribution, host_name, resolver, mounts };
 
@@ -19,8 +18,6 @@ inline constexpr OneShotStepRow one_shot_steps[] = {
     {OneShotStep::resolver, "resolver"},
     {OneShotStep::mounts, "mounts"},
 };
-
-constexpr std::size_t one_shot_step_number = std::size(one_shot_steps);
 
 // The rows stand in the order of the enumeration.
 constexpr const char* name_of(OneShotStep step) {
