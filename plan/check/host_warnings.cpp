@@ -192,13 +192,14 @@ CheckFindings user_warnings(bool is_root) {
          "run it as root", lines}};
 }
 
-// A step has both ends of four pipes, ours and its command's.
+// A step has the end of our pipe, and both ends of its command's two.
 CheckFindings shortage_warnings() {
-    std::array<Kiln::Descriptor, 8> needed;
+    std::array<Kiln::Descriptor, 5> needed;
     for (Kiln::Descriptor& fd : needed) {
         fd.reset(dup(STDERR_FILENO));
         if (!fd && errno != EBADF) {
-            return {{std::string("a run cannot open enough files at once: ") + std::strerror(errno),
+            return {{std::string("too few files may be open at once to look at everything: ") +
+                         std::strerror(errno),
                      "raise the limit: ulimit -n 1024"}};
         }
     }

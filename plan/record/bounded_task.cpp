@@ -70,6 +70,12 @@ void end_with(pid_t parent) {
     }
     end_with(parent);
     dup2(messages.writer.get(), STDERR_FILENO);
+    // What is not ours leaves room for the task's own: there may be few.
+    for (const int fd : {result.reader.get(), messages.reader.get(), messages.writer.get()}) {
+        if (fd > STDERR_FILENO) {
+            close(fd);
+        }
+    }
     int status = 1;
     try {
         bool written = true;

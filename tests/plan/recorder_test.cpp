@@ -440,6 +440,7 @@ TEST_F(MadeUpRecorder, KeepsLinesUntilThereIsRoom) {
         const std::string counter = made_up_.path("passes");
         made_up_.host.run = [&](const std::string& command, std::string& out, std::string& err) {
             if (command.rfind("ps", 0) == 0) {
+                std::fputs("odd\n", stderr);
                 made_up_.put("passes", text_of(counter) + "x");
                 const rlim_t room = text_of(counter).size() > 1 ? 100000 : 400;
                 const rlimit limit = {room, 100000};
@@ -454,6 +455,7 @@ TEST_F(MadeUpRecorder, KeepsLinesUntilThereIsRoom) {
     EXPECT_EQ(task.text, "flawed");
     EXPECT_NE(task.messages.find("File too large; going on"), std::string::npos);
     EXPECT_NE(task.messages.find("what was kept in memory is written"), std::string::npos);
+    EXPECT_NE(task.messages.find("tarnhwplan: odd\n"), std::string::npos) << "of the pass itself";
     const Recording made = recording();
     EXPECT_GE(made.passes.size(), 2U);
     EXPECT_TRUE(made.summary_is_last);
