@@ -113,6 +113,13 @@ TEST(Explanation, NumbersThatDidNotFit) {
               "it is made from TCPRCVBUF: there " + wrapped);
     EXPECT_EQ(line_of(named, "OTHERSOCKBUF").remarks, Remarks{});
     EXPECT_EQ(line_of(named, "VMGUARPAGES").remarks, Remarks{});
+    named.recording.passes[0].counts[&PhysParams::privvmpages] = 2000000000;
+    named.recording.passes[0].counts[&PhysParams::lockedpages] = 2000000000;
+    const Remarks remarks = line_of(named, "SLMMEMORYLIMIT").remarks;
+    ASSERT_GE(remarks.size(), 2U);
+    EXPECT_EQ(Remarks(remarks.end() - 2, remarks.end()),
+              (Remarks{"it is made from PRIVVMPAGES: there " + clamped,
+                       "it is made from LOCKEDPAGES: there " + clamped}));
 }
 
 TEST(Explanation, ThePeaksOfThePasses) {
