@@ -48,11 +48,11 @@ function valueCells(line) {
     if (limit && limit !== first) {
         made.append(small("limit " + grouped(limit)));
     }
-    return [made, cell(groupedWithin(line.meaning), "number meaning")];
+    return [made, cell(line.meaning, "number meaning")];
 }
 
 function seenCell(details, line) {
-    const made = cell(groupedWithin(line.seen), "seen");
+    const made = cell(line.seen, "seen");
     if (line.peak !== null) {
         made.append(small(clock(details.start, seconds(line.peak.at_ms)) + peakPlace(line.peak)));
     }

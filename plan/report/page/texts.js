@@ -7,9 +7,6 @@ const count = (value) => numbers.format(value);
 // As count(), for numbers too long for the script's arithmetic, and for words.
 const grouped = (text) => /^\d+$/.test(text) ? count(BigInt(text)) : text;
 
-// The same for every whole number in a text of the program's own: "12480 processes".
-const groupedWithin = (text) => text.replace(/(?<![\d.,:/-])\d{4,}(?![\d:/-])/g, grouped);
-
 // Characters that would be invisible or turn the text around are shown by their codes.
 const unseen = new RegExp("[\\u0000-\\u0009\\u000b-\\u001f\\u007f-\\u009f\\u00ad\\u061c" +
     "\\u200b-\\u200f\\u2028-\\u202e\\u2060-\\u2069\\ufeff\\u{e0000}-\\u{e007f}]", "gu");
