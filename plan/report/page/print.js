@@ -60,18 +60,32 @@ function drawingOf(plan) {
     return drawing;
 }
 
-// A thousand charts take a printer's driver minutes.
+// A thousand charts, or ten thousand lines, take a printer's driver minutes.
 const mostPrintedServers = 50;
+
+// A server's configuration as its file has it.
+function configurationOf(details) {
+    const lines = (details.explanation?.lines ?? []).filter(({basis}) => basis !== "missing");
+    return make("pre", "on-paper configuration",
+        lines.map(({name, value}) => visible(name) + '="' + visible(value) + '"').join("\n"));
+}
 
 function beforePrint() {
     const tooMany = document.querySelectorAll(".server").length > mostPrintedServers;
-    fillAll(tooMany ? fillTexts : fillBody);
     document.body.classList.toggle("many", tooMany);
+    for (const [section, {details, isFilled}] of readSections()) {
+        if (tooMany) {
+            fillFacts(section);
+            section.append(configurationOf(details));
+        } else if (!isFilled) {
+            fillBody(section);
+        }
+    }
     for (const figure of document.querySelectorAll(tooMany ? "#together figure" : "figure")) {
         figure.querySelector(".canvas").append(drawingOf(plans.get(figure)));
     }
 }
 
 function afterPrint() {
-    document.querySelectorAll(".drawing").forEach((drawing) => drawing.remove());
+    document.querySelectorAll(".drawing, .configuration").forEach((made) => made.remove());
 }

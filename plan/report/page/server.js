@@ -118,31 +118,31 @@ function fillHead(section, server) {
     links.hidden = !server.grade;
 }
 
-// All but the charts.
-function fillTexts(section) {
+// What stands above charts and lines.
+function fillFacts(section) {
     const state = sections.get(section);
     if (state.isTold) {
         return;
     }
     state.isTold = true;
-    const {server, details} = state;
     section.querySelector(".waiting").remove();
-    const notes = section.querySelector(".notes");
-    fillTerms(section.querySelector(".facts"), facts(server, details));
-    fillList(section.querySelector(".warnings"), details.warnings);
-    fillExplanation(section, server, details);
-    fillList(notes, details.notes);
-    setText(notes, "summary", "Leave out of the copy: " + count(details.notes.length) +
-        (details.notes.length === 1 ? " path" : " paths"));
+    fillTerms(section.querySelector(".facts"), facts(state.server, state.details));
+    fillList(section.querySelector(".warnings"), state.details.warnings);
     section.querySelector(".body").hidden = false;
 }
 
 function fillBody(section) {
     const state = sections.get(section);
+    const {server, details} = state;
     state.isFilled = true;
     sectionsInSight.unobserve(section);
-    fillTexts(section);
-    fillCharts(section, state.server, state.details);
+    fillFacts(section);
+    fillCharts(section, server, details);
+    fillExplanation(section, server, details);
+    const notes = section.querySelector(".notes");
+    fillList(notes, details.notes);
+    setText(notes, "summary", "Leave out of the copy: " + count(details.notes.length) +
+        (details.notes.length === 1 ? " path" : " paths"));
 }
 
 function build(index) {
@@ -175,13 +175,7 @@ async function fillWhenRead(section) {
 }
 
 // For the printer, which waits for nobody: what has been read by now.
-function fillAll(fill) {
-    for (const [section, {details, isFilled}] of sections) {
-        if (details && !isFilled) {
-            fill(section);
-        }
-    }
-}
+const readSections = () => [...sections].filter(([, {details}]) => details);
 
 function open(index) {
     const section = byId("server-" + index) ?? build(index);
