@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-struct Options {
+struct CheckOptions {
     bool json = false;
     std::string out_path;
 };
@@ -99,7 +99,7 @@ std::string check_json(const HostCheck& check) {
     return printable_json(object.dump(2)) + "\n";
 }
 
-int run(const Options& options) {
+int run_check(const CheckOptions& options) {
     const HostCheck check = check_host(Host());
     const std::string text = options.json ? check_json(check) : check_text(check);
     return finish({options.out_path, {}}, text, !check.run_succeeds() || !check.findings.empty());
@@ -110,8 +110,8 @@ int run(const Options& options) {
 Command add_check(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("check", "Ask every source once and say what would go wrong");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckOptions>();
     app->add_flag("--json", options->json, "Write JSON");
     app->add_option("-o,--out", options->out_path, "Write to this file");
-    return {app, [options] { return run(*options); }};
+    return {app, [options] { return run_check(*options); }};
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-int run(const RecordingOptions& options, const RecordedHost& host) {
+int run_compute(const RecordingOptions& options, const RecordedHost& host) {
     const ComputedConfig computed = compute_known_lines(host.scan, options.scales);
     EnvConfig config;
     write_config(computed.lines, config);
@@ -32,5 +32,5 @@ Command add_compute(CLI::App& program) {
         program.add_subcommand("compute", "Print the configuration that the samples give");
     const auto options = std::make_shared<RecordingOptions>();
     add_recording_options(*app, *options);
-    return recording_command(app, options, run);
+    return recording_command(app, options, run_compute);
 }

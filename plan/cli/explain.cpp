@@ -9,11 +9,11 @@
 
 namespace {
 
-struct Options : RecordingOptions {
+struct ExplainOptions : RecordingOptions {
     bool json = false;
 };
 
-int run(const Options& options, const RecordedHost& host) {
+int run_explain(const ExplainOptions& options, const RecordedHost& host) {
     const Explanation explanation = explain(host.recordings, host.scan, options.scales);
     const std::string text = options.json
                                  ? printable_json(explanation_json(explanation).dump(2)) + "\n"
@@ -27,8 +27,8 @@ int run(const Options& options, const RecordedHost& host) {
 Command add_explain(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("explain", "Say where each line of the configuration comes from");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExplainOptions>();
     add_recording_options(*app, *options);
     app->add_flag("--json", options->json, "Write JSON");
-    return recording_command(app, options, run);
+    return recording_command(app, options, run_explain);
 }

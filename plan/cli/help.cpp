@@ -44,7 +44,7 @@ std::string unknown_word(const CLI::App& program, const std::string& word) {
     return unknown_command(word, names);
 }
 
-int run(const CLI::App& program, const std::string& name) {
+int run_help(const CLI::App& program, const std::string& name) {
     const CLI::App* command = command_called(program, name);
     if (command == nullptr && !name.empty()) {
         say(unknown_word(program, name));
@@ -74,7 +74,7 @@ Command add_help(CLI::App& program) {
     CLI::App* app = program.add_subcommand("help", "Print the commands, or the options of one");
     const auto name = std::make_shared<std::string>();
     app->add_option("command", *name, "One of the others");
-    return {app, [&program, name] { return run(program, *name); }};
+    return {app, [&program, name] { return run_help(program, *name); }};
 }
 
 std::string program_help(const CLI::App& program) {

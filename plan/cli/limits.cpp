@@ -6,12 +6,12 @@
 
 namespace {
 
-struct Options : RecordingOptions {
+struct EngineOptions : RecordingOptions {
     std::string engine;
     LimitOptions limits;
 };
 
-int run(const Options& options, const RecordedHost& host) {
+int run_limits(const EngineOptions& options, const RecordedHost& host) {
     LimitOptions wanted = options.limits;
     wanted.scales = options.scales;
     const LimitSheet sheet = work_out_limits(host.recordings, host.scan, wanted);
@@ -37,7 +37,7 @@ std::vector<std::string> engine_names() {
 Command add_limits(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("limits", "Write limits for the engine that runs a container");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<EngineOptions>();
     app->add_option("--for", options->engine, "systemd, nspawn, lxc, podman, kubernetes or rsync")
         ->required()
         ->check(quiet(CLI::IsMember(engine_names())))
@@ -53,7 +53,7 @@ Command add_limits(CLI::App& program) {
         ->type_name("N")
         ->default_str("95");
     app->add_flag("--cpu-limit", options->limits.cpu_limit, "Limit the processors to their peak");
-    const Command command = recording_command(app, options, run);
+    const Command command = recording_command(app, options, run_limits);
     return {app, [options, command]() -> int {
                 if (std::isnan(options->limits.cpu_scale)) {  // a number, as the parser sees it
                     say("--cpu-scale must be a number");

@@ -120,7 +120,7 @@ std::string machine_text(const Hardware& hardware) {
                       1024);
 }
 
-int run(const RecordingOptions& options, const RecordedHost& host) {
+int run_metrics(const RecordingOptions& options, const RecordedHost& host) {
     const Recording& recording = host.recordings.front().recording;
     const ComputedConfig computed = compute_known_lines(host.scan, options.scales);
     const std::string text =
@@ -139,5 +139,5 @@ Command add_metrics(CLI::App& program) {
         program.add_subcommand("metrics", "Print the last pass and the limits as OpenMetrics");
     const auto options = std::make_shared<RecordingOptions>();
     add_recording_options(*app, *options)->description("The recording")->expected(1);
-    return recording_command(app, options, run);
+    return recording_command(app, options, run_metrics);
 }

@@ -13,7 +13,7 @@
 
 namespace {
 
-struct Options {
+struct RecordOptions {
     ScanSpans spans;
     bool append = false;
     bool force = false;
@@ -33,7 +33,7 @@ const CLI::Validator span_in_seconds(
     },
     "");
 
-RecordFile::Existing existing_file(const Options& options) {
+RecordFile::Existing existing_file(const RecordOptions& options) {
     if (options.append) {
         return RecordFile::Existing::append;
     }
@@ -49,7 +49,7 @@ void say_end(const Recorder& recorder, const std::string& path) {
                                 : "; next: tarnhwplan explain"));
 }
 
-int record(RecordFile& file, const Options& options) {
+int record(RecordFile& file, const RecordOptions& options) {
     RecorderSources sources;
     sources.is_root = geteuid() == 0;
     const StopSignals stop;
@@ -67,7 +67,7 @@ int record(RecordFile& file, const Options& options) {
     return recorder.flawed() ? status_flawed : status_done;
 }
 
-int run(const Options& options) {
+int run_record(const RecordOptions& options) {
     if (options.spans.period == 0 && options.spans.time > 0) {
         say("--scan-period is 0 while --scan-time is not");
         return status_usage;
@@ -85,7 +85,7 @@ int run(const Options& options) {
 
 Command add_record(CLI::App& program) {
     CLI::App* app = program.add_subcommand("record", "Watch this host and keep every sample");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RecordOptions>();
     CLI::Option* time = app->add_option("-t,--scan-time", options->spans.time,
                                         "How long to watch, such as 7d; one pass without");
     CLI::Option* period = app->add_option("-p,--scan-period", options->spans.period,
@@ -97,5 +97,5 @@ Command add_record(CLI::App& program) {
     app->add_flag("--force", options->force, "Replace an existing file")->excludes(append);
     app->footer("A SPAN is numbers with units: 30s, 5m, 1h30m, 7d.");
     app->add_option("file", options->path, "The recording")->required();
-    return {app, [options] { return run(*options); }};
+    return {app, [options] { return run_record(*options); }};
 }

@@ -15,7 +15,7 @@
 
 namespace {
 
-struct Options : ReadingOptions {
+struct ReportOptions : ReadingOptions {
     bool csv = false;
     bool text = false;
     std::string title;
@@ -35,7 +35,7 @@ std::string read_reason(const std::string& path) {
 }
 
 // One server at a time: its recording is given up before the next is read.
-ReportServer read_server(const ReportSource& source, const Options& options) {
+ReportServer read_server(const ReportSource& source, const ReportOptions& options) {
     const std::string reason = source.reason.empty() ? "" : read_reason(source.reason);
     if (source.recording.empty()) {
         return failed_server(source.server, reason);
@@ -63,7 +63,7 @@ std::vector<std::string> flaws_of(const ReportFleet& fleet) {
     return flaws;
 }
 
-std::string written(const ReportFleet& fleet, const Options& options) {
+std::string written(const ReportFleet& fleet, const ReportOptions& options) {
     if (options.csv) {
         return csv_table(fleet);
     }
@@ -83,7 +83,7 @@ std::vector<std::string> files_of(const std::vector<ReportSource>& sources) {
     return files;
 }
 
-ReportFleet read_fleet(const std::vector<ReportSource>& sources, const Options& options) {
+ReportFleet read_fleet(const std::vector<ReportSource>& sources, const ReportOptions& options) {
     ReportFleet fleet{options.title, utc_text(std::time(nullptr)), TARN_VERSION, {}};
     for (const ReportSource& source : sources) {
         fleet.servers.push_back(read_server(source, options));
@@ -95,7 +95,7 @@ ReportFleet read_fleet(const std::vector<ReportSource>& sources, const Options& 
     return fleet;
 }
 
-int run(const Options& options) {
+int run_report(const ReportOptions& options) {
     if (!options.csv && !options.text && !has_page()) {
         say("this program was built without the page; there are --csv and --text");
         return status_usage;
@@ -116,7 +116,7 @@ int run(const Options& options) {
 
 Command add_report(CLI::App& program) {
     CLI::App* app = program.add_subcommand("report", "Show all servers on one page, or as a table");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReportOptions>();
     CLI::Option* csv = app->add_flag("--csv", options->csv, "Write a table for a spreadsheet");
     app->add_flag("--text", options->text, "Write a table for a terminal")->excludes(csv);
     app->add_option("--title", options->title, "What stands above the page")->type_name("TITLE");
@@ -125,5 +125,5 @@ Command add_report(CLI::App& program) {
     app->add_option("recording", options->paths,
                     "Recordings, folders of NAME.jsonl and NAME.failed")
         ->required();
-    return {app, [options] { return run(*options); }};
+    return {app, [options] { return run_report(*options); }};
 }

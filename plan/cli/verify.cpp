@@ -6,12 +6,12 @@
 
 namespace {
 
-struct Options {
+struct VerifyOptions {
     std::string group;
     bool json = false;
 };
 
-int run(const Options& options) {
+int run_verify(const VerifyOptions& options) {
     const Kiln::Result<GroupFiles> read = read_control_group(options.group);
     if (!read) {
         return say_trouble(read);
@@ -26,9 +26,9 @@ int run(const Options& options) {
 Command add_verify(CLI::App& program) {
     CLI::App* app =
         program.add_subcommand("verify", "Say whether a control group met one of its limits");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<VerifyOptions>();
     app->add_option("cgroup", options->group, "Its path, below /sys/fs/cgroup or whole")
         ->required();
     app->add_flag("--json", options->json, "Write JSON");
-    return {app, [options] { return run(*options); }};
+    return {app, [options] { return run_verify(*options); }};
 }
