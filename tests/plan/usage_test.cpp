@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <tuple>
 #include <vector>
 
@@ -36,11 +35,9 @@ TEST(UsageParsers, OneFigure) {
         {cpu_ms_at_100, "ctxt 5\ncpu 1 1 1 9 9 1 1\n", 50},
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1\n", none},
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1 1", none},  // torn
-        {cpu_ms_at_100, "cpu 1 1 1 9 9 1 -1\n", none},
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1 " + most + "\n", none},
         {cpu_ms_at_100, "cpu 0 0 0 9 9 0 " + most + "\n", none},
         {parse_runnable, "procs_running 3\nprocs_blocked 4\n", 3},
-        {parse_runnable, "procs_running x\n", none},
         {parse_runnable, "procs_running -0\n", none},
         {parse_runnable, "procs_running\n", none},
         {parse_pressure_us, "some avg10=0.82 avg300=4 total=6642\nfull avg10=0 total=9\n", 6642},
@@ -49,7 +46,6 @@ TEST(UsageParsers, OneFigure) {
         {parse_pressure_us, "some avg10=0.00 total=9223372036854775808\n", none},
         {parse_uptime_ms, "657.07 1000.01\n", 657070},
         {parse_uptime_ms, "657.7 1\n", none},
-        {parse_uptime_ms, "657 1\n", none},
         {parse_uptime_ms, "657.77 10", none},
         {parse_uptime_ms, most + ".00 1\n", none},
         {count_cpu_list, "0-3,8\n", 5},
@@ -76,20 +72,22 @@ TEST(UsageParsers, BootId) {
     }
 }
 
+using Figures = std::vector<Figure>;
+
 TEST(UsageParsers, MemoryInUse) {
-    const std::string sizes =
-        "MemTotal:  9000 kB\nMemFree: 100 kB\nBuffers: 20 kB\nCached: 3000 kB\n"
-        "SwapTotal: 700 kB\nSwapFree: 699 kB\n";
-    const MemoryInfo today = parse_memory_info(sizes + "MemAvailable: 5000 kB\nShmem: 9 kB\n");
-    EXPECT_EQ(today.total_kib, 9000);
-    EXPECT_EQ(today.used_kib, 4000);
-    EXPECT_EQ(today.swap_total_kib, 700);
-    EXPECT_EQ(today.swap_used_kib, 1);
-    // 9000 - 100 - 20 - 3000 + 6
-    EXPECT_EQ(parse_memory_info(sizes + "Shmem: 6 kB\n").used_kib, 5886);
-    for (const char* more : {"", "MemAvailable: 9001 kB\n", "MemAvailable: ? kB\nShmem: 6 kB\n"}) {
-        EXPECT_EQ(parse_memory_info(sizes + more).used_kib, Figure()) << more;
-        EXPECT_EQ(parse_memory_info(sizes + more).swap_used_kib, 1) << more;
+    const std::pair<std::string, Figure> used[] = {
+        {"MemAvailable: 5000 kB\nShmem: 9 kB\n", 4000},
+        {"Shmem: 6 kB\n", 5886},  // 9000 - 100 - 20 - 3000 + 6
+        {"", {}},
+        {"MemAvailable: 9001 kB\n", {}},
+        {"MemAvailable: ? kB\nShmem: 6 kB\n", {}},
+    };
+    for (const auto& [more, used_kib] : used) {
+        const auto [total, now, swap_total, swap_now] = parse_memory_info(
+            "MemTotal:  9000 kB\nMemFree: 100 kB\nBuffers: 20 kB\nCached: 3000 kB\n"
+            "SwapTotal: 700 kB\nSwapFree: 699 kB\n" +
+            more);
+        EXPECT_EQ((Figures{total, now, swap_total, swap_now}), (Figures{9000, used_kib, 700, 1}));
     }
 }
 
@@ -107,39 +105,37 @@ bool is_hard(std::string_view name) {
 
 TEST(UsageParsers, Disks) {
     const auto of = [](const std::string& text) {
-        const DiskTotals totals = parse_disk_totals(text, is_hard);
-        return std::vector<Figure>{totals.read_bytes, totals.written_bytes, totals.operations};
+        const auto [read, written, operations] = parse_disk_totals(text, is_hard);
+        return Figures{read, written, operations};
     };
-    using Totals = std::vector<Figure>;
     const std::string two = disk_line("hard1", "1", "2", "3", "4") +
                             disk_line("soft", "5", "6", "7", "8") +
                             disk_line("hard2", "10", "20", "30", "40");
-    EXPECT_EQ(of(two), (Totals{22 * 512, 44 * 512, 44}));
-    EXPECT_EQ(of(""), (Totals{0, 0, 0}));
+    EXPECT_EQ(of(two), (Figures{22 * 512, 44 * 512, 44}));
+    EXPECT_EQ(of(""), (Figures{0, 0, 0}));
     EXPECT_EQ(of(two + "8 0\n\n"), of(two));
-    EXPECT_EQ(of(two.substr(0, two.size() - 1)), Totals(3)) << "torn";
-    EXPECT_EQ(of("8 0 hard1 1 77 2 77\n"), (Totals{1024, {}, {}}));
-    EXPECT_EQ(of(two + disk_line("hard3", "1", most, "-1", "4")), (Totals{{}, 48 * 512, {}}));
-    EXPECT_EQ(of(two + disk_line("hard3", most, "1", "0", "1")), (Totals{23 * 512, 45 * 512, {}}));
+    EXPECT_EQ(of(two.substr(0, two.size() - 1)), Figures(3)) << "torn";
+    EXPECT_EQ(of("8 0 hard1 1 77 2 77\n"), (Figures{1024, {}, {}}));
+    EXPECT_EQ(of(two + disk_line("hard3", "1", most, "-1", "4")), (Figures{{}, 48 * 512, {}}));
+    EXPECT_EQ(of(two + disk_line("hard3", most, "1", "0", "1")), (Figures{23 * 512, 45 * 512, {}}));
 }
 
 TEST(UsageParsers, Interfaces) {
     const auto of = [](const std::string& text) {
-        const NetTotals totals = parse_net_totals(text, is_hard);
-        return std::vector<Figure>{totals.received_bytes, totals.sent_bytes};
+        const auto [received, sent] = parse_net_totals(text, is_hard);
+        return Figures{received, sent};
     };
-    using Totals = std::vector<Figure>;
     const std::string two =
         "Inter-|   Receive                                                |  Transmit\n"
         " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets\n"
         "    lo:    3267      29    0    0    0     0          0         0     3267      29\n"
         " hard1: 1000 7 7 7 7 7 7 7 20 7 7 7 7 7 7 7\n"
         "hard2:300 7 7 7 7 7 7 7 4 7 7 7 7 7 7 7\n";
-    EXPECT_EQ(of(two), (Totals{1300, 24}));
-    EXPECT_EQ(of(""), (Totals{0, 0}));
-    EXPECT_EQ(of(two.substr(0, two.size() - 1)), Totals(2)) << "torn";
-    EXPECT_EQ(of(two + "hard3: 1 2 3\n"), (Totals{1301, {}}));
-    EXPECT_EQ(of(two + "hard3: " + most + " 7 7 7 7 7 7 7 1 7\n"), (Totals{{}, 25}));
+    EXPECT_EQ(of(two), (Figures{1300, 24}));
+    EXPECT_EQ(of(""), (Figures{0, 0}));
+    EXPECT_EQ(of(two.substr(0, two.size() - 1)), Figures(2)) << "torn";
+    EXPECT_EQ(of(two + "hard3: 1 2 3\n"), (Figures{1301, {}}));
+    EXPECT_EQ(of(two + "hard3: " + most + " 7 7 7 7 7 7 7 1 7\n"), (Figures{{}, 25}));
 }
 
 TEST(LocalMounts, AreThoseOfItsOwnDisks) {
@@ -238,30 +234,6 @@ TEST(Descriptors, OfTheRealKernel) {
     EXPECT_LT(before, 50);
 }
 
-// As a pass has it in its line.
-nlohmann::ordered_json json_of(const Usage& usage) {
-    RecordedPass pass;
-    pass.usage = usage;
-    return nlohmann::ordered_json::parse(pass_line(pass))["usage"];
-}
-
-using Members = std::set<std::string>;
-
-Members missing_in(const Usage& usage) {
-    Members missing = {
-        "uptime_ms",       "tasks",           "memory_kib",
-        "swap_kib",        "shm_kib",         "cpu_ms",
-        "runnable",        "cpu_pressure_us", "memory_pressure_us",
-        "io_pressure_us",  "disk_read_bytes", "disk_written_bytes",
-        "disk_operations", "net_sent_bytes",  "net_received_bytes",
-    };
-    const nlohmann::ordered_json known = json_of(usage);
-    for (const auto& member : known.items()) {
-        missing.erase(member.key());
-    }
-    return missing;
-}
-
 class ReadHost : public UsedHost {
 protected:
     ReadHost() {
@@ -274,11 +246,6 @@ protected:
         made_up_.put("pressure/io", "some total=13\n");
         made_up_.put("meminfo",
                      "MemTotal: 90 kB\nMemAvailable: 50 kB\nSwapTotal: 7 kB\nSwapFree: 5 kB\n");
-        put_disks();
-        put_interfaces();
-    }
-
-    void put_disks() const {
         made_up_.put("diskstats", disk_line("vda", "1", "1", "1", "1") +
                                       disk_line("vda1", "2", "2", "2", "2") +
                                       disk_line("dm-0", "4", "4", "4", "4") +
@@ -292,10 +259,7 @@ protected:
         }
         made_up_.put("sys/block/dm-0/size", "");
         fs::create_symlink("../" + head, made_up_.path("sys/block/nvme0n1"));
-    }
-
-    // One by itself, two that are one, one in a bond, which is in a bridge.
-    void put_interfaces() const {
+        // One by itself, two that are one, one in a bond, which is in a bridge.
         const auto line = [](const std::string& name, const std::string& bytes) {
             return name + ": " + bytes + " 0 0 0 0 0 0 0 " + bytes + " 0 0 0 0 0 0 0\n";
         };
@@ -310,6 +274,13 @@ protected:
 
     Usage usage() const { return read_usage(sources_, processes()); }
 
+    // As a pass has it in its line.
+    nlohmann::ordered_json json() const {
+        RecordedPass pass;
+        pass.usage = usage();
+        return nlohmann::ordered_json::parse(pass_line(pass))["usage"];
+    }
+
     UsageSources sources_;
 };
 
@@ -317,7 +288,7 @@ TEST_F(ReadHost, EverySourceIsRead) {
     put_process("1", "Name:\tinit\nVmSize:\t 10 kB\nVmLck:\t 8 kB\nThreads:\t2\n", 3);
     // Disks: (1 + 16 + 32) * 512 and 2 * (1 + 16 + 32), interfaces: 1 + 4. Nothing is mounted where
     // shared memory would be.
-    EXPECT_EQ(json_of(usage()).dump(),
+    EXPECT_EQ(json().dump(),
               R"({"uptime_ms":10500,"tasks":2,"memory_kib":40,"swap_kib":2,"cpu_ms":50,)"
               R"("runnable":3,"cpu_pressure_us":11,"memory_pressure_us":12,"io_pressure_us":13,)"
               R"("disk_read_bytes":25088,"disk_written_bytes":25088,"disk_operations":98,)"
@@ -326,28 +297,27 @@ TEST_F(ReadHost, EverySourceIsRead) {
 }
 
 TEST_F(ReadHost, ASourceThatIsMissingCostsItsMembers) {
-    const std::pair<const char*, Members> sources[] = {
-        {"nothing", {"shm_kib", "tasks"}},
+    const std::pair<const char*, std::vector<const char*>> sources[] = {
         {"uptime", {"uptime_ms"}},
         {"stat", {"cpu_ms", "runnable"}},
         {"pressure/cpu", {"cpu_pressure_us"}},
         {"pressure/memory", {"memory_pressure_us"}},
         {"pressure/io", {"io_pressure_us"}},
         {"diskstats", {"disk_read_bytes", "disk_written_bytes", "disk_operations"}},
+        {"sys/block", {"disk_read_bytes", "disk_written_bytes", "disk_operations"}},
         {"net/dev", {"net_received_bytes", "net_sent_bytes"}},
+        {"sys/class/net", {"net_received_bytes", "net_sent_bytes"}},
         {"meminfo", {"memory_kib", "swap_kib"}},
     };
-    Members missing;
     for (const auto& [source, members] : sources) {
-        fs::remove(made_up_.path(source));
-        missing.insert(members.begin(), members.end());
-        EXPECT_EQ(missing_in(usage()), missing) << source;
+        nlohmann::ordered_json rest = json();
+        for (const char* const member : members) {
+            rest.erase(member);
+        }
+        fs::rename(made_up_.path(source), made_up_.path("aside"));
+        EXPECT_EQ(json(), rest) << source;
+        fs::rename(made_up_.path("aside"), made_up_.path(source));
     }
-    fs::remove_all(made_up_.path("sys"));
-    put_disks();
-    put_interfaces();
-    fs::remove_all(made_up_.path("sys"));
-    EXPECT_EQ(missing_in(usage()), missing) << "nobody knows what is physical";
 }
 
 TEST_F(ReadHost, SharedMemoryInUse) {
@@ -373,26 +343,16 @@ TEST_F(ReadHost, HowLargeItIs) {
     made_up_.put("sys/kernel/random/boot_id", "9b0b7d13-c910-4f72-848b-fb91ccdfaad1\n");
     made_up_.put("self/mounts",
                  "/dev/a / ext4 rw 0 0\n/dev/b /gone xfs rw 0 0\nn:/ /n nfs rw 0 0\n");
-    std::string asked;
-    sources_.file_system_size = [&asked](const std::string& mount_point) {
-        asked += mount_point + " ";
-        return mount_point == "/" ? std::optional(FileSystemSize{mount_point, 5000, 300})
-                                  : std::nullopt;
+    sources_.file_system_size = [](const std::string& mount_point) {
+        return mount_point == "/gone" ? std::nullopt
+                                      : std::optional(FileSystemSize{mount_point, 5000, 300});
     };
-    const Hardware found = read_hardware(sources_);
-    EXPECT_EQ(found.cpus, 3);
-    EXPECT_EQ(found.memory_kib, 90);
-    EXPECT_EQ(found.swap_kib, 7);
-    EXPECT_EQ(found.boot_id, "9b0b7d13-c910-4f72-848b-fb91ccdfaad1");
-    EXPECT_EQ(asked, "/ /gone ");
-    ASSERT_EQ(found.file_systems.size(), 1U);
-    EXPECT_EQ(found.file_systems[0].size_kib, 5000);
+    EXPECT_EQ(hardware_text(read_hardware(sources_)),
+              R"({"cpus":3,"memory_kib":90,"swap_kib":7,)"
+              R"("file_systems":[{"mount_point":"/","size_kib":5000,"inodes":300}],)"
+              R"("boot_id":"9b0b7d13-c910-4f72-848b-fb91ccdfaad1"})");
     fs::remove_all(made_up_.root);
-    const Hardware nothing = read_hardware(sources_);
-    EXPECT_EQ(nothing.cpus, Figure());
-    EXPECT_EQ(nothing.memory_kib, Figure());
-    EXPECT_TRUE(nothing.file_systems.empty());
-    EXPECT_EQ(nothing.boot_id, "");
+    EXPECT_EQ(hardware_text(read_hardware(sources_)), R"({"file_systems":[],"boot_id":""})");
 }
 
 TEST(FileSystems, AreAskedForTheirSize) {

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <tuple>
 
 #include "plan/limits/decimal.h"
 #include "plan/limits/engines.h"
@@ -62,63 +63,47 @@ LimitsText text_of(Engine engine, const NamedRecording& named) {
     return limits_text(engine, sheet_of(named, options));
 }
 
+bool says(Engine engine, const NamedRecording& named, const std::string& text) {
+    return text_of(engine, named).text.find(text) != std::string::npos;
+}
+
 TEST(Limits, EveryEnginesText) {
-    const std::pair<Engine, const char*> cases[] = {
-        {Engine::systemd, "systemd.conf"},
-        {Engine::nspawn, "nspawn.txt"},
-        {Engine::lxc, "lxc.conf"},
-        {Engine::podman, "podman.sh"},
-        {Engine::kubernetes, "kubernetes.json"},
-        {Engine::rsync, "rsync.exclude"},
+    const std::pair<const char*, const char*> cases[] = {
+        {"systemd", "systemd.conf"}, {"nspawn", "nspawn.txt"},          {"lxc", "lxc.conf"},
+        {"podman", "podman.sh"},     {"kubernetes", "kubernetes.json"}, {"rsync", "rsync.exclude"},
     };
-    for (const auto& [engine, file] : cases) {
+    for (const auto& [name, file] : cases) {
         std::ifstream stream(std::string(TARN_GOLDEN_LIMITS) + "/" + file);
         std::ostringstream golden;
         golden << stream.rdbuf();
-        const LimitsText limits = text_of(engine, small_server());
+        const LimitsText limits = text_of(*engine_called(name), small_server());
         EXPECT_EQ(limits.text, golden.str()) << file;
         EXPECT_EQ(limits.complaints, Remarks{});
-    }
-}
-
-TEST(Limits, NamesOfTheEngines) {
-    for (const char* name : {"systemd", "nspawn", "lxc", "podman", "kubernetes", "rsync"}) {
         EXPECT_STREQ(name_of(*engine_called(name)), name);
     }
     EXPECT_FALSE(engine_called("docker"));
 }
 
 TEST(Limits, FactorsAreThoseThatAreWritten) {
-    struct Case {
-        std::int64_t value;
-        double factor;
-        std::int64_t unit;
-        std::int64_t expected;
-    };
-    const Case cases[] = {
-        {10, 1.2, 1, 12},
+    const std::tuple<std::int64_t, double, std::int64_t, std::int64_t> cases[] = {
         {10, static_cast<double>(1.2F), 1, 12},
         {11, 1.2, 1, 14},  // 13.2
-        {1503, 1.2, 1, 1804},
-        {0, 1.2, 1, 0},
         {-5, 1.2, 1, 0},
         {1024, 1, 1024, 1},
         {1025, 1, 1024, 2},
         {1000000, 1.1, 100000, 11},
         {100, 0.07, 1, 7},
-        {100000000, 0.00000001, 1, 1},
         {1, 1e-300, 1, 1},
         {5, std::nan(""), 1, 1},
         {3, 1e300, 1, 3000000},
         {INT64_MAX, 1, 1, INT64_MAX},
         {INT64_MAX, 1.2, 1, INT64_MAX},
-        {INT64_MAX, 1e6, 1, INT64_MAX},
         {INT64_MAX, 0.999999, 100000, 92233628134828},  // 92,233,628,134,827.39
         {999999, 123.456, 1, 123455877},                // 123,455,876.544
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(scaled_up(c.value, decimal_of(c.factor), c.unit, INT64_MAX), c.expected)
-            << c.value << " * " << c.factor << " / " << c.unit;
+    for (const auto& [value, factor, unit, expected] : cases) {
+        EXPECT_EQ(scaled_up(value, decimal_of(factor), unit, INT64_MAX), expected)
+            << value << " * " << factor << " / " << unit;
     }
     EXPECT_EQ(scaled_up(1000, decimal_of(2), 1, 500), 500);
     const std::pair<double, const char*> texts[] = {{static_cast<double>(1.2F), "1.2"},
@@ -132,95 +117,71 @@ TEST(Limits, FactorsAreThoseThatAreWritten) {
     }
 }
 
-struct LimitCase {
-    LimitKind kind;
-    void (*use)(Usage& usage, std::int64_t number);
-    std::int64_t number;
-    std::int64_t expected;
-};
-
 TEST(Limits, FloorsAndRounding) {
-    const auto memory = [](Usage& u, std::int64_t n) { u.memory_kib = n; };
-    const auto swap = [](Usage& u, std::int64_t n) { u.swap_kib = n; };
-    const auto tasks = [](Usage& u, std::int64_t n) { u.tasks = n; };
-    const auto shm = [](Usage& u, std::int64_t n) { u.shm_kib = n; };
-    const auto descriptors = [](Usage& u, std::int64_t n) { u.descriptors = {n, ""}; };
-    const auto locked = [](Usage& u, std::int64_t n) { u.locked_kib = {n, ""}; };
-    const LimitCase cases[] = {
-        {LimitKind::memory, memory, 0, 64},
-        {LimitKind::memory, memory, 54613, 64},  // 65,535.6 KiB
-        {LimitKind::memory, memory, 54614, 65},
-        {LimitKind::memory, memory, INT64_MAX, (std::int64_t{1} << 43) - 1},
-        {LimitKind::swap, swap, 0, 0},
-        {LimitKind::swap, swap, 1, 1},
-        {LimitKind::swap, swap, 10 * 1024, 12},
-        {LimitKind::tasks, tasks, 426, 512},
-        {LimitKind::tasks, tasks, 427, 513},
-        {LimitKind::tasks, tasks, 4000000, 4194304},
-        {LimitKind::shm, shm, 64 * 1024, 64},
-        {LimitKind::shm, shm, 64 * 1024 + 1, 65},
-        {LimitKind::descriptors, descriptors, 853, 1024},
-        {LimitKind::descriptors, descriptors, 854, 1025},
-        {LimitKind::descriptors, descriptors, 1000000000, 1073741816},
-        {LimitKind::locked, locked, 6826, 8},  // 8,191.2 KiB
-        {LimitKind::locked, locked, 6827, 9},
+    const std::tuple<LimitKind, std::int64_t, std::int64_t> cases[] = {
+        {LimitKind::memory, 54613, 64},  // 65,535.6 KiB
+        {LimitKind::memory, 54614, 65},
+        {LimitKind::memory, INT64_MAX, (std::int64_t{1} << 43) - 1},
+        {LimitKind::swap, 0, 0},
+        {LimitKind::swap, 1, 1},
+        {LimitKind::swap, 10 * 1024, 12},
+        {LimitKind::tasks, 426, 512},
+        {LimitKind::tasks, 427, 513},
+        {LimitKind::tasks, 4000000, 4194304},
+        {LimitKind::shm, 64 * 1024, 64},
+        {LimitKind::shm, 64 * 1024 + 1, 65},
+        {LimitKind::descriptors, 853, 1024},
+        {LimitKind::descriptors, 854, 1025},
+        {LimitKind::descriptors, 1000000000, 1073741816},
+        {LimitKind::locked, 6826, 8},  // 8,191.2 KiB
+        {LimitKind::locked, 6827, 9},
     };
-    for (const LimitCase& c : cases) {
+    for (const auto& [kind, number, expected] : cases) {
         NamedRecording named = recording_of({1});
-        c.use(named.recording.passes[0].usage.emplace(), c.number);
-        EXPECT_EQ(sheet_of(named)[c.kind]->value, c.expected) << c.number;
+        Usage& usage = named.recording.passes[0].usage.emplace();
+        usage.memory_kib = usage.swap_kib = usage.tasks = usage.shm_kib = number;
+        usage.descriptors = usage.locked_kib = ProcessFigure{number, ""};
+        EXPECT_EQ(sheet_of(named)[kind]->value, expected) << number;
     }
 }
 
 // Two passes, ten seconds apart, and so many milliseconds of processor time between them.
-LimitSheet of_cpu_time(std::int64_t cpu_ms) {
+NamedRecording with_cpu_time(std::int64_t cpu_ms) {
     NamedRecording named = recording_of({1, 1});
-    for (std::int64_t i = 0; i < 2; ++i) {
-        Usage usage;
+    for (const std::size_t i : {0U, 1U}) {
+        Usage& usage = named.recording.passes[i].usage.emplace();
         usage.uptime_ms = i * 10000;
-        usage.cpu_ms = i * cpu_ms;
-        named.recording.passes[static_cast<std::size_t>(i)].usage = usage;
+        usage.cpu_ms = static_cast<std::int64_t>(i) * cpu_ms;
     }
-    LimitOptions options;
-    options.cpu_limit = true;
-    return sheet_of(named, options);
+    return named;
 }
 
 TEST(Limits, SharesOfTheProcessors) {
-    struct Case {
-        std::int64_t cpu_ms;
-        std::int64_t tenths;
-        std::int64_t hundredths;
-        const char* lines[3];
+    const std::tuple<std::int64_t, const char*, const char*, const char*, const char*> cases[] = {
+        {0, "CPUQuota=10%\n", "CPUWeight=1\n", "shares=11\n", "\"10m\""},
+        {10000, "CPUQuota=120%\n", "CPUWeight=120\n", "--cpus=1.2\n", "\"1200m\""},
+        {10001, "CPUQuota=130%\n", "CPUWeight=121\n", "shares=1240\n", "\"1300m\""},
+        {2000000, "CPUQuota=24000%\n", "Weight=10000\n", "shares=245760\n", "\"240000m\""},
+        {9000000, "CPUQuota=108000%\n", "Weight=10000\n", "shares=262144\n", "\"1080000m\""},
+        {900000000000, "=10000000%\n", "Weight=10000\n", "--cpus=100000.0\n", "\"100000000m\""},
     };
-    const Case cases[] = {
-        {0, 1, 1, {"CPUWeight=1\n", "--cpu-shares=11\n", "\"cpu\": \"10m\""}},
-        {10000, 12, 120, {"CPUQuota=120%\n", "--cpus=1.2\n", "\"cpu\": \"1200m\""}},
-        {10001, 13, 121, {"CPUQuota=130%\n", "--cpu-shares=1240\n", "\"cpu\": \"1300m\""}},
-        {2000000, 2400, 24000, {"CPUWeight=10000\n", "--cpu-shares=245760\n", "\"24000"}},
-        {9000000, 10800, 108000, {"CPUQuota=108000%\n", "--cpu-shares=262144\n", "\"1080000m\""}},
-        {900000000000, 1000000, 10000000, {"CPUQuota=10000000%\n", "--cpus=100000.0\n", "00m"}},
-    };
-    for (const Case& c : cases) {
-        const LimitSheet sheet = of_cpu_time(c.cpu_ms);
-        EXPECT_EQ(sheet[LimitKind::cpu]->value, c.tenths);
-        EXPECT_EQ(sheet[LimitKind::cpu_share]->value, c.hundredths);
-        const Engine engines[] = {Engine::systemd, Engine::podman, Engine::kubernetes};
-        for (std::size_t i = 0; i < 3; ++i) {
-            EXPECT_NE(limits_text(engines[i], sheet).text.find(c.lines[i]), std::string::npos)
-                << c.lines[i];
-        }
+    for (const auto& [cpu_ms, quota, weight, podman, kubernetes] : cases) {
+        const NamedRecording named = with_cpu_time(cpu_ms);
+        EXPECT_TRUE(says(Engine::systemd, named, quota)) << quota;
+        EXPECT_TRUE(says(Engine::systemd, named, weight)) << quota;
+        EXPECT_TRUE(says(Engine::podman, named, podman)) << podman;
+        EXPECT_TRUE(says(Engine::kubernetes, named, kubernetes)) << kubernetes;
     }
-    EXPECT_EQ(of_cpu_time(0)[LimitKind::cpu]->source,
-              "at least 1 tenth of a core; peak of 0.00 cores, 2026-03-12 14:05 UTC, pass 2, times "
-              "1.2");
-    EXPECT_EQ(of_cpu_time(0)[LimitKind::cpu_share]->source,
-              "at least 1 hundredth of a core; 95th percentile of 1 value: 0.00 cores, times 1.2");
-    NamedRecording named = small_server();
+    EXPECT_TRUE(says(Engine::podman, with_cpu_time(0), R"(
+# at least 1 hundredth of a core; 95th percentile of 1 value: 0.00 cores, times 1.2, 1,024 for each
+#   core
+    --cpu-shares=11
+# at least 1 tenth of a core; peak of 0.00 cores, 2026-03-12 14:05 UTC, pass 2, times 1.2
+)"));
     LimitOptions options;
     options.cpu_percentile = 50;
     options.cpu_scale = 2;
-    const LimitSheet sheet = sheet_of(named, options);
+    const LimitSheet sheet = sheet_of(small_server(), options);
     EXPECT_FALSE(sheet[LimitKind::cpu]) << "only where it is asked for";
     EXPECT_EQ(sheet[LimitKind::cpu_share]->value, 200);
     EXPECT_EQ(sheet[LimitKind::cpu_share]->source,
@@ -229,16 +190,13 @@ TEST(Limits, SharesOfTheProcessors) {
 
 TEST(Limits, PeriodsAndPercentilesInWords) {
     const std::pair<ScanSpans, const char*> spans[] = {
-        {{1000000, 1}, "1 second,"},  {{1000000, 90}, "90 seconds,"},
-        {{1000000, 60}, "1 minute,"}, {{1000000, 7200}, "2 hours,"},
-        {{1000000, 86400}, "1 day,"}, {{1000000, 129600}, "36 hours,"},
-        {{600, 3600}, "10 minutes,"}};
+        {{1000000, 1}, " 1 second,"},      {{1000000, 90}, " 90 seconds,"},
+        {{1000000, 60}, " 1 minute,"},     {{1000000, 86400}, " 1 day,"},
+        {{1000000, 129600}, " 36 hours,"}, {{600, 3600}, " 10 minutes,"}};
     for (const auto& [of_scan, words] : spans) {
         NamedRecording named = small_server();
         named.recording.header.spans = of_scan;
-        const std::string expected = std::string("processors are averages over a period of ") +
-                                     words + " which hides shorter bursts";
-        EXPECT_EQ(sheet_of(named).notes.at(2), expected);
+        EXPECT_NE(sheet_of(named).notes.at(2).find(words), std::string::npos) << words;
     }
     const std::pair<int, const char*> percentiles[] = {
         {1, "1st "},   {2, "2nd "},   {3, "3rd "},   {4, "4th "},   {11, "11th "},
@@ -246,39 +204,32 @@ TEST(Limits, PeriodsAndPercentilesInWords) {
     for (const auto& [percentile, words] : percentiles) {
         LimitOptions options;
         options.cpu_percentile = percentile;
-        EXPECT_EQ(sheet_of(small_server(), options)[LimitKind::cpu_share]->source.rfind(words, 0),
-                  0U)
-            << words;
+        const std::string source = sheet_of(small_server(), options)[LimitKind::cpu_share]->source;
+        EXPECT_EQ(source.rfind(words, 0), 0U) << words;
     }
 }
 
 TEST(Limits, SwapThatWasUsed) {
     NamedRecording named = small_server();
-    named.recording.passes[4].usage->swap_kib = 100 * 1024;
-    EXPECT_NE(text_of(Engine::systemd, named).text.find("\nMemorySwapMax=120M\n"),
-              std::string::npos);
-    EXPECT_NE(text_of(Engine::lxc, named).text.find("memory.swap.max = 125829120\n"),
-              std::string::npos);
-    EXPECT_NE(text_of(Engine::podman, named).text.find(" --memory-swap=1567m\n"), std::string::npos)
-        << "together with memory";
-    named.recording.passes[4].usage->swap_kib = INT64_MAX;
-    const LimitSheet sheet = sheet_of(named);
-    EXPECT_EQ(
-        sheet[LimitKind::swap]->source,
-        "peak of 8192 EiB, 2026-03-12 14:25 UTC, pass 5, times 1.2, cut to the most that there "
-        "can be");
-    EXPECT_NE(limits_text(Engine::podman, sheet).text.find(" --memory-swap=8796093022207m\n"),
-              std::string::npos);
+    std::optional<std::int64_t>& swap_kib = named.recording.passes[4].usage->swap_kib;
+    swap_kib = 100 * 1024;
+    EXPECT_TRUE(says(Engine::systemd, named, "\nMemorySwapMax=120M\n"));
+    EXPECT_TRUE(says(Engine::lxc, named, "memory.swap.max = 125829120\n"));
+    EXPECT_TRUE(says(Engine::podman, named, " --memory-swap=1567m\n")) << "together with memory";
+    swap_kib = INT64_MAX;
+    EXPECT_EQ(sheet_of(named)[LimitKind::swap]->source,
+              "peak of 8192 EiB, 2026-03-12 14:25 UTC, pass 5, times 1.2, cut to the most that "
+              "there can be");
+    EXPECT_TRUE(says(Engine::podman, named, " --memory-swap=8796093022207m\n"));
 }
 
 TEST(Limits, MoreDescriptorsThanAHardLimitOrAKernelAllows) {
     NamedRecording named = recording_of({1});
-    named.recording.passes[0].usage.emplace().descriptors = ProcessFigure{873813, "many"};
-    EXPECT_NE(text_of(Engine::lxc, named).text.find("lxc.prlimit.nofile = 1048576:1048576\n"),
-              std::string::npos);
-    EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source.find("fs.nr_open"),
-              std::string::npos);
-    named.recording.passes[0].usage->descriptors->value = 873814;
+    std::optional<ProcessFigure>& figure = named.recording.passes[0].usage.emplace().descriptors;
+    figure = ProcessFigure{873813, "many"};
+    EXPECT_TRUE(says(Engine::lxc, named, "lxc.prlimit.nofile = 1048576:1048576\n"));
+    EXPECT_FALSE(says(Engine::lxc, named, "fs.nr_open"));
+    figure->value = 873814;
     EXPECT_EQ(sheet_of(named)[LimitKind::descriptors]->source,
               "peak of 873,814 descriptors of one process (many), 2026-03-12 14:05 UTC, pass 1, "
               "times 1.2; raise fs.nr_open on the new host to as many first");
@@ -303,9 +254,9 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     const LimitsText none = text_of(Engine::systemd, named);
     ASSERT_EQ(none.complaints.size(), 1U);
     EXPECT_EQ(none.complaints[0].rfind("no pass has usage: ", 0), 0U);
-    EXPECT_NE(none.text.find("# ! no pass has usage: "), std::string::npos);
-    EXPECT_NE(none.text.find("# disk: 7,500,000 KiB"), std::string::npos) << "what can be given";
-    EXPECT_EQ(none.text.find("Max="), std::string::npos);
+    EXPECT_TRUE(says(Engine::systemd, named, "# ! no pass has usage: "));
+    EXPECT_TRUE(says(Engine::systemd, named, "# disk: 7,500,000 KiB")) << "what can be given";
+    EXPECT_FALSE(says(Engine::systemd, named, "Max="));
 
     named.recording.passes[0].usage.emplace().tasks = 9;
     named.recording.summary.reset();
@@ -316,7 +267,7 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
               "it)");
     EXPECT_EQ(some.complaints.back(),
               "left out: FEATURES (there is no recording with its last line)");
-    EXPECT_EQ(some.text.find("--memory"), std::string::npos);
+    EXPECT_FALSE(says(Engine::podman, named, "--memory"));
     const Remarks no_paths = {"the paths to leave out are not known: do not copy with this file"};
     EXPECT_EQ(text_of(Engine::rsync, named).complaints, no_paths);
     named.recording.summary = summary_of(1200);
@@ -332,31 +283,24 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
 }
 
 TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
-    for (const std::string& name : {std::string("a\nMemoryMax=1"), std::string("$(reboot)"),
-                                    std::string("a b"), std::string("-h"), std::string("a..b"),
-                                    std::string(65, 'a'), std::string("db\xC3\xA9")}) {
-        NamedRecording named = small_server();
-        Findings& findings = named.recording.summary->findings;
-        findings.hostname = name;
-        findings.ns_attrs = {{"192.0.2.53 x", "fe80::1%eth0"}, {"a;b", "`x`"}};
-        findings.notes.excludes = {{true, "/mnt/a\nb/*"}};
-        const std::pair<Engine, std::size_t> complaints[] = {
-            {Engine::systemd, 1}, {Engine::nspawn, 2},     {Engine::lxc, 2},
-            {Engine::podman, 6},  {Engine::kubernetes, 5}, {Engine::rsync, 1}};
-        for (const auto& [engine, count] : complaints) {
-            const LimitsText limits = text_of(engine, named);
-            // HOSTNAME itself is left out where it is more than a line.
-            const bool is_left_out =
-                name.find('\n') != std::string::npos && engine != Engine::rsync;
-            EXPECT_EQ(limits.complaints.size(), count + (is_left_out ? 1 : 0))
-                << name_of(engine) << " " << name;
-            EXPECT_EQ(limits.text.find("\nMemoryMax=1\n"), std::string::npos);
-            EXPECT_EQ(limits.text.find("\nb/"), std::string::npos);
-        }
-        EXPECT_TRUE(nlohmann::json::accept(text_of(Engine::kubernetes, named).text));
-        EXPECT_NE(text_of(Engine::nspawn, named).text.find("# File: /etc/systemd/nspawn/server."),
-                  std::string::npos);
+    NamedRecording odd = small_server();
+    Findings& odd_findings = odd.recording.summary->findings;
+    odd_findings.hostname = "a\nMemoryMax=1";
+    odd_findings.ns_attrs = {{"192.0.2.53 x", "fe80::1%eth0"}, {"a;b", "`x`"}};
+    odd_findings.notes.excludes = {{true, "/mnt/a\nb/*"}};
+    const std::pair<Engine, std::size_t> complaints[] = {
+        {Engine::systemd, 2}, {Engine::nspawn, 3},     {Engine::lxc, 3},
+        {Engine::podman, 7},  {Engine::kubernetes, 6}, {Engine::rsync, 1}};
+    for (const auto& [engine, count] : complaints) {
+        EXPECT_EQ(text_of(engine, odd).complaints.size(), count) << name_of(engine);
+        EXPECT_FALSE(says(engine, odd, "\nMemoryMax=1\n")) << name_of(engine);
+        EXPECT_FALSE(says(engine, odd, "\nb/")) << name_of(engine);
     }
+    EXPECT_TRUE(nlohmann::json::accept(text_of(Engine::kubernetes, odd).text));
+    EXPECT_TRUE(says(Engine::nspawn, odd, "# File: /etc/systemd/nspawn/server."));
+}
+
+TEST(Limits, APodTakesLess) {
     NamedRecording named = small_server();
     Findings& findings = named.recording.summary->findings;
     findings.hostname = "DB_1";  // a host name, but none of a Pod
@@ -368,9 +312,8 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
                        "NAMESERVER \"192.0.2.4\" is left out: a Pod takes 3",
                        "SEARCHDOMAIN \"Example.org\" is left out: it is no domain of small "
                        "letters"}));
-    EXPECT_NE(text_of(Engine::kubernetes, named)
-                  .text.find(R"("tarnhwplan/missing": "HOSTNAME \"DB_1\" is left out: a Pod's)"),
-              std::string::npos);
+    EXPECT_TRUE(says(Engine::kubernetes, named,
+                     R"("tarnhwplan/missing": "HOSTNAME \"DB_1\" is left out: a Pod's)"));
     findings.notes.excludes = {{true, "/a\rb"}, {true, "/a\nb"}, {true, "a"}, {true, ""}};
     EXPECT_EQ(text_of(Engine::rsync, named).complaints.size(), 4U);
     findings.hostname = "db";
@@ -379,7 +322,7 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
     findings.ns_attrs.search_domains.emplace_back("last.org");
     EXPECT_EQ(text_of(Engine::kubernetes, named).complaints,
               Remarks{"SEARCHDOMAIN \"last.org\" is left out: a Pod takes 32"});
-    EXPECT_EQ(text_of(Engine::kubernetes, named).text.find("dnsPolicy"), std::string::npos)
+    EXPECT_FALSE(says(Engine::kubernetes, named, "dnsPolicy"))
         << "none of its own without a server";
 }
 
@@ -406,6 +349,9 @@ TEST(Limits, QuotedAsEachFormatWantsIt) {
     EXPECT_TRUE(is_dns_label(std::string(63, 'a')));
     EXPECT_FALSE(is_dns_label(std::string(64, 'a')));
     EXPECT_TRUE(is_host_name("DB_1.x"));
+    for (const char* name : {"$(reboot)", "a b", "-h", "a..b", "db\xC3\xA9", "a\nb"}) {
+        EXPECT_FALSE(is_host_name(name)) << name;
+    }
     const std::string label = std::string(63, 'a') + ".";
     EXPECT_TRUE(is_host_name(std::string(62, 'a') + ".b"));
     EXPECT_TRUE(is_domain_name(label + label + label + std::string(61, 'b')));
@@ -415,28 +361,13 @@ TEST(Limits, QuotedAsEachFormatWantsIt) {
     EXPECT_FALSE(is_ip_address(std::string("192.0.2.1\0x", 11)));
 }
 
-// Every line of the configuration is either written for an engine or named as lacking.
+// What the text for rsync has: all of them, and in their order.
 TEST(Limits, EveryLineOfTheConfigurationIsAccountedFor) {
-    const std::size_t lines = compute_config(PhysParams(), ConfigScales(), 4096).size();
-    const std::pair<Engine, std::size_t> equivalents[] = {
-        {Engine::systemd, 5},  // tasks, memory twice, processors, mounts
-        {Engine::nspawn, 8},   // and the host's name, name servers, domains
-        {Engine::lxc, 6},      // and the host's name
-        {Engine::podman, 8},  {Engine::kubernetes, 8},  // no tasks, but the disk
-        {Engine::rsync, 0},
-    };
-    for (const auto& [engine, count] : equivalents) {
-        std::size_t lacking = 0;
-        for (const LinesOfReason& group : lacking_lines(engine)) {
-            lacking += group.lines.size();
-        }
-        EXPECT_EQ(lacking + count, lines) << name_of(engine);
-    }
-    std::size_t at = 0;
-    const std::vector<std::string> names = lacking_lines(Engine::rsync).at(0).lines;
+    std::vector<std::string> lines;
     for (const ConfigLine& line : compute_config(PhysParams(), ConfigScales(), 4096)) {
-        EXPECT_EQ(line.name, names.at(at++));
+        lines.push_back(line.name);
     }
+    EXPECT_EQ(lacking_lines(Engine::rsync).at(0).lines, lines);
 }
 
 }  // namespace

@@ -60,6 +60,7 @@ TEST(Printable, NothingMovesTheTerminal) {
     EXPECT_EQ(printable_json("{\n\"\u00e4\u202e\U000e0001\x7f\"}"),
               "{\n\"\u00e4\\u202e\\udb40\\udc01\\u007f\"}");
     EXPECT_EQ(grouped(999), "999");
+    EXPECT_EQ(grouped(-100000), "-100,000");
     EXPECT_EQ(size_text(-61862), "-60.4 KiB");
 }
 
