@@ -1,7 +1,7 @@
 // load REPORT [NAME=NUMBER]...: a server's work in little, known to the last thread: each kind in a
 // process of its own, so that the one that meets a limit fails alone. Writes to the file REPORT
-// what each could get, "up" when all have said it, and later who was killed. Ends on SIGTERM. Knows
-// nothing of who measures or limits it.
+// what each could get, "up" when all have said it, and later that one was killed. Ends on SIGTERM.
+// Knows nothing of who measures or limits it.
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -9,6 +9,7 @@
 #include <limits.h>
 #include <pthread.h>
 #include <signal.h>
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,14 +21,10 @@
 
 enum { MIB = 1 << 20, NOBODY = 65534, KINDS = 7 };
 
-static long seconds_now(void) {
-    struct timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
-}
+static const char* const shared_file = "/dev/shm/load";
+static char piece[MIB];
 
-// Each kind gets as much as it can of what is wanted, returns how much, and leaves the reason for
-// less in errno.
+// Each of these gets one more of its kind, or leaves the reason in errno.
 
 static void* sleep_on(void* thread) {
     while (pause() != 0) {  // whatever wakes it
@@ -35,102 +32,74 @@ static void* sleep_on(void* thread) {
     return thread;
 }
 
-static long get_threads(long wanted) {
-    long got = 1;
+static bool more_threads(void) {
     pthread_attr_t small;
     pthread_t thread;
     pthread_attr_init(&small);
     pthread_attr_setstacksize(&small, PTHREAD_STACK_MIN);
-    while (got < wanted && (errno = pthread_create(&thread, &small, sleep_on, NULL)) == 0) {
-        got++;
-    }
-    return got;
+    return (errno = pthread_create(&thread, &small, sleep_on, NULL)) == 0;
 }
 
-static long get_descriptors(long wanted) {
-    long got = 3;
-    while (got < wanted && dup(0) >= 0) {
-        got++;
-    }
-    return got;
+static bool more_descriptors(void) {
+    return dup(0) >= 0;
 }
 
-static long get_memory(long mib) {
-    long got = 0;
-    for (char* piece; got < mib; got++) {
-        if ((piece = mmap(NULL, MIB, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) ==
-            MAP_FAILED) {
-            break;
-        }
-        memset(piece, 1, MIB);
-    }
-    return got;
+static void* new_mib(void) {
+    return mmap(NULL, MIB, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 }
 
-static long get_locked(long mib) {
-    long got = 0;
-    for (char* piece; got < mib; got++) {
-        piece = mmap(NULL, MIB, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (piece == MAP_FAILED || mlock(piece, MIB) != 0) {
-            break;
-        }
-    }
-    return got;
+static bool more_memory(void) {
+    void* mib = new_mib();
+    return mib != MAP_FAILED && memset(mib, 1, MIB) != NULL;
 }
 
-static long get_shared(long mib) {
-    static char piece[MIB];
-    const char* name = "/dev/shm/load";
-    long got = 0;
-    memset(piece, 1, sizeof piece);
-    unlink(name);
-    int file = open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    while (file >= 0 && got < mib && write(file, piece, MIB) == MIB) {
-        got++;
-    }
-    return got;
+static bool more_locked(void) {
+    void* mib = new_mib();
+    return mib != MAP_FAILED && mlock(mib, MIB) == 0;
 }
 
-static long begin_burning;  // since the boot
-static long end_burning;
+static bool more_shared(void) {
+    static int file = -1;
+    if (file < 0) {
+        file = open(shared_file, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    }
+    return write(file, piece, MIB) == MIB;
+}
 
-static long get_processor(long unused) {
-    (void)unused;
-    return 1;
+static bool more_processor(void) {
+    return true;
 }
 
 struct kind {
     const char* name;
+    bool (*more)(void);
+    long got;
     long wanted;
-    long (*get)(long wanted);
-    pid_t process;
 };
 
 // The largest comes last, so that it is the one that meets the limit of the whole.
 static struct kind kinds[KINDS] = {
-    {"shared", 0, get_shared, 0},        {"locked", 0, get_locked, 0},
-    {"files", 0, get_descriptors, 0},    {"threads", 0, get_threads, 0},
-    {"processor1", 1, get_processor, 0}, {"processor2", 1, get_processor, 0},
-    {"memory", 0, get_memory, 0},
+    {"shared", more_shared, 0, 0},        {"locked", more_locked, 0, 0},
+    {"files", more_descriptors, 3, 0},    {"threads", more_threads, 1, 0},
+    {"processor1", more_processor, 0, 1}, {"processor2", more_processor, 0, 1},
+    {"memory", more_memory, 0, 0},
 };
 
-static void live_on(const struct kind* kind) {
-    if (kind->get != get_processor) {
-        sleep_on(NULL);
-    }
-    while (seconds_now() < begin_burning) {
+static time_t begin_burning;
+static time_t end_burning;
+
+static void burn(void) {
+    while (time(NULL) < begin_burning) {
         sleep(1);
     }
-    while (seconds_now() < end_burning) {
+    while (time(NULL) < end_burning) {
         for (volatile int turn = 0; turn < 1000000; turn++) {
         }
     }
-    sleep_on(NULL);
 }
 
-static void be(const struct kind* kind, int report) {
+static void be(struct kind* kind, int report) {
     char name[16];
-    char line[128];
     snprintf(name, sizeof name, "load-%s", kind->name);
     prctl(PR_SET_NAME, name);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -142,68 +111,51 @@ static void be(const struct kind* kind, int report) {
     // Its descriptors are to be these: 0, 1, and the pipe as 2.
     dup2(report, 2);
     close_range(3, ~0U, 0);
-    errno = 0;
-    long got = kind->get(kind->wanted);
-    int length =
-        snprintf(line, sizeof line, "%s %ld of %ld%s%s\n", kind->name, got, kind->wanted,
-                 got < kind->wanted ? ": " : "", got < kind->wanted ? strerror(errno) : "");
-    if (write(2, line, (size_t)length) != length) {
-        _exit(1);
+    while (kind->got < kind->wanted && kind->more()) {
+        kind->got++;
     }
-    live_on(kind);
+    const bool all = kind->got >= kind->wanted;
+    dprintf(2, "%s %ld of %ld%s%s\n", kind->name, kind->got, kind->wanted, all ? "" : ": ",
+            all ? "" : strerror(errno));
+    if (kind->more == more_processor) {
+        burn();
+    }
+    sleep_on(NULL);
 }
 
 static void start(struct kind* kind, FILE* report) {
     int ends[2];
     char line[128];
-    if (pipe(ends) != 0 || (kind->process = fork()) < 0) {
+    const pid_t process = pipe(ends) == 0 ? fork() : -1;
+    if (process == 0) {
+        be(kind, ends[1]);
+    }
+    if (process < 0) {
         fprintf(report, "%s 0 of %ld: %s\n", kind->name, kind->wanted, strerror(errno));
         return;
     }
-    if (kind->process == 0) {
-        be(kind, ends[1]);
-    }
     close(ends[1]);
-    ssize_t length = read(ends[0], line, sizeof line);
-    if (length > 0) {
-        fwrite(line, 1, (size_t)length, report);
-    }
     // The reading end stays open: the writing one is among the descriptors that were counted.
+    FILE* said = fdopen(ends[0], "r");
+    if (said != NULL && fgets(line, sizeof line, said) != NULL) {
+        fputs(line, report);
+    }
 }
 
-static const char* name_of(pid_t process) {
-    for (int i = 0; i < KINDS; i++) {
-        if (kinds[i].process == process) {
-            return kinds[i].name;
+static long number_of(const char* name, char** wishes, long otherwise) {
+    const size_t length = strlen(name);
+    for (; *wishes != NULL; wishes++) {
+        if (strncmp(*wishes, name, length) == 0 && (*wishes)[length] == '=') {
+            return atol(*wishes + length + 1);
         }
     }
-    return "a stranger";
+    return otherwise;
 }
-
-static volatile sig_atomic_t ended;
 
 static void end(int signal_number) {
-    ended = signal_number;
-}
-
-static void read_wishes(char** wishes) {
-    for (; *wishes != NULL; wishes++) {
-        char* value = strchr(*wishes, '=');
-        if (value == NULL) {
-            continue;
-        }
-        *value++ = '\0';
-        for (int i = 0; i < KINDS; i++) {
-            if (strcmp(kinds[i].name, *wishes) == 0) {
-                kinds[i].wanted = atol(value);
-            }
-        }
-        if (strcmp(*wishes, "burn_after") == 0) {
-            begin_burning = seconds_now() + atol(value);
-        } else if (strcmp(*wishes, "burn_for") == 0) {
-            end_burning = begin_burning + atol(value);
-        }
-    }
+    (void)signal_number;
+    unlink(shared_file);
+    _exit(0);
 }
 
 int main(int argc, char** argv) {
@@ -213,26 +165,21 @@ int main(int argc, char** argv) {
         return 2;
     }
     setvbuf(report, NULL, _IOLBF, 0);
-    read_wishes(argv + 2);
-    struct sigaction action = {.sa_handler = end};
-    sigaction(SIGTERM, &action,
-              NULL);  // the first process of a container would not be ended without
-    sigaction(SIGINT, &action, NULL);
-    for (int i = 0; i < KINDS; i++) {
-        if (kinds[i].wanted > 0) {
-            start(&kinds[i], report);
+    begin_burning = time(NULL) + number_of("burn_after", argv + 2, 0);
+    end_burning = begin_burning + number_of("burn_for", argv + 2, 0);
+    unlink(shared_file);
+    signal(SIGTERM, end);  // the first process of a container would not be ended without
+    for (struct kind* kind = kinds; kind < kinds + KINDS; kind++) {
+        kind->wanted = number_of(kind->name, argv + 2, kind->wanted);
+        if (kind->wanted > 0) {
+            start(kind, report);
         }
     }
     fputs("up\n", report);
-    while (!ended) {
-        int status;
-        pid_t gone = waitpid(-1, &status, 0);
-        if (gone > 0 && WIFSIGNALED(status)) {
-            fprintf(report, "%s was killed by signal %d\n", name_of(gone), WTERMSIG(status));
-        } else if (gone < 0 && errno == ECHILD) {
-            pause();
+    for (int status; waitpid(-1, &status, 0) > 0;) {
+        if (WIFSIGNALED(status)) {
+            fprintf(report, "one was killed by signal %d\n", WTERMSIG(status));
         }
     }
-    unlink("/dev/shm/load");
-    return 0;
+    sleep_on(NULL);
 }
