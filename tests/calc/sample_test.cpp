@@ -22,8 +22,6 @@ extern "C" dirent* __wrap_readdir(DIR* directory) {
 
 namespace {
 
-using Counts = std::vector<std::int32_t>;
-
 TEST(SampleParsers, TakeWhatIsANumberAndWrap) {
     const std::string header = "Filesystem 1K-blocks 9 Available Use% Mounted on\n";
     const std::tuple<std::int32_t (*)(const std::string&), std::string, std::int32_t> cases[] = {
@@ -43,42 +41,6 @@ TEST(SampleParsers, TakeWhatIsANumberAndWrap) {
     for (const auto& [parse, text, number] : cases) {
         EXPECT_EQ(parse(text), number) << text;
     }
-}
-
-// Takes a pass over a host where step 0 counts 100, step 1 counts 101 and so on, unless it fails.
-Sample pass(std::size_t failing = sample_step_number) {
-    MadeUpHost made_up;
-    for (std::size_t i = 0; i < sample_step_number; ++i) {
-        const std::string number = std::to_string(100 + i);
-        const char* command = sample_steps[i].command;
-        made_up.answers[command != nullptr ? command : ""] = {
-            i == failing ? -1 : 0, number + "\npages allocated " + number, "no\n"};
-    }
-    made_up.put("1/status", "PPid:\t0\nVmSize:\t416 kB\nVmLck:\t4000 kB\n");
-    return take_sample(made_up.host);
-}
-
-Counts counts_of(const Sample& sample) {
-    Counts counts;
-    for (std::size_t place = 0; place < sampled_count_number; ++place) {
-        counts.push_back(sample.counts[place]);
-    }
-    return counts;
-}
-
-TEST(Sample, EveryStepGivesItsCountUntilOneFails) {
-    EXPECT_EQ(counts_of(pass()),
-              (Counts{100, 101, 102, 103, 104, 1000, 105, 106, 107 + 108, 109, 110}));
-    std::string ending;
-    for (std::size_t i = 0; i < sample_step_number; ++i) {
-        ending += pass(i).failure ? " " + std::to_string(i) : "";
-    }
-    EXPECT_EQ(ending, " 0 1 2 3 5 6 9 10");
-    EXPECT_EQ(pass(7).counts[&PhysParams::numiptent], 108);
-    const Sample failed = pass(5);
-    EXPECT_EQ(failed.failure->text, "Error running '/usr/bin/ipcs -m -u':\nno\n");
-    EXPECT_EQ(counts_of(failed), (Counts{100, 101, 102, 103, 104, 1000, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(failed.taken.to_string(), "00000111111");
 }
 
 TEST(Profile, KeepsTheLargestAndAveragesTheMaximum) {

@@ -87,11 +87,14 @@ TEST(Scan, TellsEverySecondAndTheEndOnce) {
 
     fake.profile.avnumproc = 1e30F;
     fake.made_up.answers["ps ax | wc -l"].out = "40";
+    fake.profile.numflock = fake.profile.diskspace = -5;  // they wrapped
     fake.made_up.answers["df -k -l"].status = 1;
     EXPECT_TRUE(fake.fails(5, 3, &listener));
     EXPECT_EQ(listener.ends, 2);
     EXPECT_EQ(fake.begun.size(), 4U) << "three, and the one that failed";
     EXPECT_EQ(fake.profile.avnumproc, 40.0F) << "begun anew";
+    EXPECT_EQ(fake.profile.numflock, 0);
+    EXPECT_EQ(fake.profile.diskspace, -5) << "a step that was not taken raises nothing";
 
     // Stopped for a minute in its first second of sleep: it does not make up for that.
     FakeTime stopped(0, 60);

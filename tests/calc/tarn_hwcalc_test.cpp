@@ -39,7 +39,7 @@ TEST(TarnHWCalc, BeginsWithItsSixMembersInTheirOrder) {
               std::tuple(0, 0, 1.2F, 1.5F));
 }
 
-TEST(TarnHWCalc, ReasonsBecomeCodes) {
+TEST(TarnHWCalc, FillsTheProfileOrSaysWhyNot) {
     MadeUpHost made_up;
     TarnHWCalc calc;
     PhysParams profile;
@@ -47,27 +47,46 @@ TEST(TarnHWCalc, ReasonsBecomeCodes) {
     made_up.put("7/status", "PPid:\t1\nVmSize:\t800 kB\nVmLck:\t400 kB\n");
     profile.privvmpages = 201;  // in an earlier pass
     EXPECT_EQ(calc.calcMemInfoByVmSize(&profile), 0);
-    EXPECT_EQ(profile.privvmpages, 201);
-    EXPECT_EQ(profile.lockedpages, 100);
-    made_up.put("mtab", "none / reiserfs");
+    EXPECT_EQ(std::pair(profile.privvmpages, profile.lockedpages), std::pair(201, 100));
+    made_up.put("mtab", "none / reiserfs\nauto /a autofs\np /p proc");
+    made_up.put("types", "nodev\tproc");
     profile.quotaugidlimit = 7;
     EXPECT_EQ(calc.calcQuotaUGIDLimit(&profile) + profile.quotaugidlimit, 0);
-    calc.getDistribution(profile.notes.warnings);
-    calc.calcExcludes(&profile, profile.notes.warnings);
-    EXPECT_EQ(profile.notes.warnings.size(), 2U);
+    const auto excludes = calc.calcExcludes(&profile, profile.notes.warnings);
+    EXPECT_TRUE(excludes.at(0).flag && !excludes.at(1).flag);
+    EXPECT_EQ(profile.notes.warnings.at(0).code, 4);
 
-    calc.host.paths.mtab = "/nonexistent/mtab";
+    calc.host.paths.mtab = made_up.root;
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_MTAB);
-    EXPECT_STREQ(calc.error_text, "Error opening '/nonexistent/mtab': No such file or directory");
+    EXPECT_EQ(calc.error_text, "Error opening '" + made_up.root + "': Is a directory");
     calc.host.paths.proc = "/nonexistent/proc";
     EXPECT_EQ(calc.calcMemInfoByVmSize(&profile), TarnHWCalc::ERR_PROC);
-    EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_PROC);
     EXPECT_STREQ(calc.error_text, "Error opening /nonexistent/proc: No such file or directory");
     made_up.answers["df -k -l"] = {2, "", "100%s" + std::string(5000, 'x')};
     calc.host.paths.proc = made_up.root;
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_EXEC);
     EXPECT_EQ(calc.error_text, "Error running 'df -k -l':\n100%s" + std::string(4064, 'x'));
     EXPECT_FALSE(kernel_host_name());
+}
+
+TEST(TarnHWCalc, AsksTheDetectionScriptsInOrderAndTheDefaultOneLast) {
+    MadeUpHost made_up;
+    TarnHWCalc calc;
+    calc.host = made_up.host;
+    calc.dist_detect_scripts = {made_up.path("a"), made_up.path("b")};
+    PhysParams profile;
+    auto& warnings = profile.notes.warnings;
+    calc.getDistribution(warnings);
+    const std::string missing = made_up.path("a") + ", " + made_up.path("b") + ", ";
+    EXPECT_NE(warnings.at(0).message.find("(" + missing), std::string::npos);
+    made_up.put("a", "echo a; exit 3");
+    made_up.put("detect", "echo last");
+    EXPECT_EQ(calc.getDistribution(warnings), "last");
+    made_up.put("b", "echo b");
+    EXPECT_EQ(calc.getDistribution(warnings), "b");
+    made_up.put("b", "");
+    EXPECT_EQ(calc.getDistribution(warnings), "") << "an empty answer ends the search as well";
+    EXPECT_EQ(warnings.at(1).code, 0);
 }
 
 TEST(NetIfaceList, EthernetInterfacesAsText) {

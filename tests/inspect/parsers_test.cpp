@@ -9,10 +9,10 @@
 #include "inspect/mount_table.h"
 #include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
-#include "inspect/resolver.h"
 #include "inspect/shell_word.h"
 #include "kiln/strings.h"
 #include "tarnnet.h"
+#include "tests/support/made_up_host.h"
 
 namespace {
 
@@ -46,35 +46,29 @@ TEST(ShellWord, IsWhatTheShellHandsOn) {
     }
 }
 
-TEST(Resolver, TakesKeywordsWithValues) {
-    const NSAttrs attrs = parse_resolver(
-        "nameserver 10.0.0.1\nnameserver\t10.0.0.2\t# other\r\n  nameserver   ::1  \nnameserver\n"
-        "Nameserver 10.9.9.9\nnameserver10.9.9.9\n; nameserver 10.9.9.9\ndomain d.example\n\n"
-        "search a.example\tb.example\nsearch\nsearch  c.example \r\nnameserver 1 2\t3");
-    EXPECT_EQ(attrs.nameservers,
-              (std::vector<std::string>{"10.0.0.1", "10.0.0.2#other", "::1", "123"}));
-    EXPECT_EQ(attrs.search_domains,
-              (std::vector<std::string>{"a.example", "b.example", "c.example"}));
-}
-
-TEST(NetIface, KeepsWhatAContainerNeeds) {
+TEST(NetIface, IsOfDhcpWhenThatIsTheFirstWord) {
     std::string name = "eth0";
-    std::string texts[] = {"10.0.0.1/24", "127.0.0.1/8", "127.0.0.2"};
-    char* addresses[] = {texts[0].data(), texts[1].data(), texts[2].data(), nullptr};
     tarnnetif_info record = {};
-    record.type = IFT_VNIC;
     record.name = name.data();
-    record.addresses = addresses;
-    const NetIface iface = make_net_iface(record);
-    EXPECT_EQ(iface.ifname + std::to_string(iface.if_type), "eth032");
-    EXPECT_EQ(iface.ip_addresses, (std::vector<std::string>{"10.0.0.1", "127.0.0.2"}));
-    EXPECT_FALSE(iface.dhcp);
+    EXPECT_FALSE(make_net_iface(record).dhcp);
     for (std::string first : {"dhcp", "DHCP", "dhcp6"}) {
         std::string second = "dhcp";
         char* configured[] = {first.data(), second.data(), nullptr};
         record.conf_addresses = configured;
         EXPECT_EQ(make_net_iface(record).dhcp, first == second);
     }
+}
+
+TEST(QuotaMgmt, ClearsWhatItWasGivenButTheMountPointItDoesNotKnow) {
+    MadeUpHost made_up;
+    made_up.put("mtab", "/dev/null /m ext4 rw");
+    const QuotaMgmt quotas(made_up.host);
+    std::string limits = "old", graces = "old", where = "old";
+    bool usr = true, grp = true;
+    EXPECT_EQ(quotas.quota_get_phys("/dev/null", limits, graces), 0);
+    EXPECT_EQ(quotas.quota_is_enabled_phys("/dev/zero", usr, grp, &where), -1);
+    EXPECT_TRUE(!usr && !grp);
+    EXPECT_EQ(limits + graces + where, "old");
 }
 
 // Each record as ID:BLOCKS,INODES with soft/hard/grace for both; the users, "|", the groups.

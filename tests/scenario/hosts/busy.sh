@@ -26,7 +26,7 @@ stub repquota "case \"\$*\" in -unv*) cat $out/users ;; '-gnv /home') cat $out/g
 stub edquota '[ "$VISUAL $EDITOR" = "cat cat" ]'
 
 put /proc/filesystems $'nodev\tproc\nnodev\tdevpts\n\text4'
-put /etc/fstab '/dev/sr0 /cdrom iso9660 noauto,user 0 0'
+put /etc/fstab $'/dev/sr0 /cdrom iso9660 noauto,user 0 0\n/dev/sr1 /misc iso9660 ro 0 0' # the live mount counts
 put /etc/mtab <<'END'
 /dev/null /home ext4 rw,usrquota,grpquota 0 0
 /dev/sdc1 / reiserfs rw 0 0
@@ -35,17 +35,20 @@ pts /proc/pts devpts rw 0 0
 host:/x /a\040blank nfs rw 0 0
 auto /misc autofs rw 0 0
 END
-truncate -s 1073741825 /var/log/lastlog
+truncate -s 1073741825 /var/log/all
+ln -s all /var/log/lastlog
 
 # The link that is configured by DHCP comes first, then the youngest. br0 is a bridge and eth0.5 a VLAN.
-link eth1 127.0.0.1/8 10.1.0.1/24
+link eth1 127.0.0.1/8 127.0.0.2/32 10.1.0.1/24
 link eth0.5 10.5.0.1/24
 link br0 10.4.0.1/24
 link eth2 '10.9.0.1 peer 10.9.0.2' '2001:db8::10/64 nodad'
 mkdir -p /sys/class/net/{eth1,br0/{bridge,brif/eth1}}
 put /proc/net/vlan/config $'VLAN Dev name | VLAN ID\nName-Type: any\neth0.5 | 5 | eth0'
 put /etc/sysconfig/network-scripts/ifcfg-eth1 $'DEVICE=eth1\nBOOTPROTO=dhcp'
-put /etc/resolv.conf $'search a.example b.example\nnameserver 10.0.0.1\nnameserver ::1 # x'
+printf >/etc/resolv.conf '%b\n' 'search a.example\tb.example' 'nameserver 10.0.0.1' 'nameserver\t10.0.0.2\t# x\r' \
+    '  nameserver   ::1  ' nameserver 'Nameserver 10.9.9.9' nameserver10.9.9.9 '; nameserver 10.9.9.9' 'domain d.example' \
+    '' search 'search  c.example \r' 'nameserver 1 2\t3\c'
 echo 'srv-1."lab".example' >"$stage/proc/sys/kernel/hostname"
 
 # 40000 x 1.2 sockets shifted by 16 bits pass 2^31; the descriptors are those of 48000 + 35998 sockets and 255
@@ -56,8 +59,8 @@ config NUMPROC=2400:2400 AVNUMPROC=2400:2400 NUMTCPSOCK=48000:48000 NUMOTHERSOCK
     PRIVVMPAGES=300000:330000 VMGUARPAGES=300000:2147483647 OOMGUARPAGES=300000:2147483647 LOCKEDPAGES=1200000:1200000 \
     SHMPAGES=3600000:3600000 NUMFLOCK=600:660 NUMIPTENT=1228:1228 DISKSPACE=2147483647:2147483647 \
     DISKINODES=1500000:1650000 QUOTAUGIDLIMIT=1208 SLMMEMORYLIMIT=7813047296:7813047296 \
-    'HOSTNAME=srv-1."lab".example' '#IP_ADDRESS=10.1.0.1 10.9.0.1 2001:db8::10 ' 'SEARCHDOMAIN=a.example b.example' \
-    'NAMESERVER=10.0.0.1 ::1#x' FEATURES=nfs:on
+    'HOSTNAME=srv-1."lab".example' '#IP_ADDRESS=127.0.0.2 10.1.0.1 10.9.0.1 2001:db8::10 ' \
+    'SEARCHDOMAIN=a.example b.example c.example' 'NAMESERVER=10.0.0.1 10.0.0.2#x ::1 123' FEATURES=nfs:on
 complains "Some of partitions contain reiserfs, which makes impossible to calculate the DISKINODES parameter. \
 It will be set to an enough high value." '/a blank/*' '/cdrom/*' /misc '/proc/*' /var/log/lastlog
 run 0

@@ -19,6 +19,10 @@ config
 complains "$gone"
 run 0
 
+rm /etc/mtab
+mkfifo /etc/mtab
+run 4
+
 # A command that does not stop printing, where memory has an end (not with a sanitizer, whose runtime takes more).
 stub df 'exec cat /dev/zero'
 wrapper=(prlimit --as=300000000)
