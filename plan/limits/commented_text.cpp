@@ -1,47 +1,37 @@
 #include "plan/limits/commented_text.h"
 
+#include <algorithm>
+
 #include "kiln/strings.h"
-#include "plan/limits/equivalents.h"
 #include "plan/limits/host_text.h"
 #include "plan/text/printable.h"
 
-namespace {
-
-constexpr std::size_t width = 100;
-
-}  // namespace
-
 std::string decimal_text(std::int64_t number) {
     return std::to_string(number);
+}
+
+std::string bytes_of_mib(std::int64_t mib) {
+    constexpr std::int64_t bytes = 1048576;
+    return std::to_string(mib * bytes);
+}
+
+std::string descriptor_range(std::int64_t soft) {
+    constexpr std::int64_t hard = 524288;  // where one process needs no more
+    return std::to_string(soft) + ":" + std::to_string(std::max(soft, hard));
+}
+
+std::string cpu_weight(std::int64_t hundredths_of_core) {
+    constexpr std::int64_t most_weight = 10000;
+    return std::to_string(std::clamp<std::int64_t>(hundredths_of_core, 1, most_weight));
 }
 
 std::string refusal(const std::string& what, const std::string& text, const std::string& reason) {
     return what + " \"" + printable(text) + "\" is left out: " + reason;
 }
 
-std::string disk_text(const LimitSheet& sheet) {
-    if (!sheet.disk_kib) {
-        return {};
-    }
-    constexpr double kib = 1024.0;
-    const auto size = [](std::uint64_t number) {
-        return grouped(static_cast<std::int64_t>(number)) + " KiB (" +
-               size_text(static_cast<double>(number) * kib) + ")";
-    };
-    return "disk: " + size(sheet.disk_kib->barrier) + ", at most " + size(sheet.disk_kib->limit) +
-           "; " + sheet.disk_kib->source;
-}
-
-std::string inodes_text(const LimitSheet& sheet) {
-    if (!sheet.inodes) {
-        return {};
-    }
-    return "inodes: " + grouped(static_cast<std::int64_t>(sheet.inodes->barrier)) + ", at most " +
-           grouped(static_cast<std::int64_t>(sheet.inodes->limit)) + "; " + sheet.inodes->source;
-}
-
 // Words stay whole, however long: a path or a number can still be searched for.
 void CommentedText::comment(const std::string& text) {
+    constexpr std::size_t width = 100;
     std::string line = "#";
     std::size_t columns = 1;
     for (const std::string& word : Kiln::split(" ", text, -1)) {
@@ -105,9 +95,9 @@ void CommentedText::refuse(const std::string& what, const std::string& text,
 }
 
 void CommentedText::disk_comments() {
-    for (const std::string& text : {disk_text(sheet_), inodes_text(sheet_)}) {
-        if (!text.empty()) {
-            comment(text);
+    for (const std::optional<OwnLimit>& own : {sheet_.disk_kib, sheet_.inodes}) {
+        if (own) {
+            comment(own->text);
         }
     }
 }

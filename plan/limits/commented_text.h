@@ -7,8 +7,13 @@
 
 #include "plan/limits/engines.h"
 
-// "12"
+// Numbers as several engines write them: "12"
 std::string decimal_text(std::int64_t number);
+std::string bytes_of_mib(std::int64_t mib);
+// "1804:524288", the soft limit and a hard one that is at least as large.
+std::string descriptor_range(std::int64_t soft);
+// 100 for each core, within what a weight can be.
+std::string cpu_weight(std::int64_t hundredths_of_core);
 
 class CommentedText {
 public:
@@ -55,7 +60,4 @@ private:
     std::vector<std::string> complaints_;
 };
 
-// In the words of an administrator, for a comment or an annotation.
-std::string disk_text(const LimitSheet& sheet);    // empty without any
-std::string inodes_text(const LimitSheet& sheet);  // empty without any
 std::string refusal(const std::string& what, const std::string& text, const std::string& reason);

@@ -13,14 +13,10 @@ constexpr double six_digits = 999999.5;  // what would be rounded to seven
 }  // namespace
 
 std::string Decimal::text() const {
-    std::string text = std::to_string(digits / divisor);
-    std::string places;
-    std::uint64_t rest = digits % divisor;
-    for (std::uint64_t unit = divisor / ten; rest > 0; unit /= ten) {
-        places += std::to_string(rest / unit);
-        rest %= unit;
-    }
-    return places.empty() ? text : text + "." + places;
+    const std::string whole = std::to_string(digits / divisor);
+    // The digit that is added before the places keeps their zeros.
+    const std::string places = std::to_string(divisor + digits % divisor).substr(1);
+    return places.empty() ? whole : whole + "." + places;
 }
 
 Decimal decimal_of(double factor) {

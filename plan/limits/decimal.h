@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-// digits / divisor; the divisor is a power of ten.
+// digits / divisor; the divisor is a power of ten, no larger than the digits need.
 struct Decimal {
     std::uint64_t digits = 1;
     std::uint64_t divisor = 1;

@@ -3,13 +3,16 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <vector>
 
+#include "kiln/strings.h"
 #include "plan/text/printable.h"
 
 namespace {
 
-constexpr const char* digits_and_small = "abcdefghijklmnopqrstuvwxyz0123456789";
-constexpr const char* capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+// The characters of a label.
+const std::string lower_case = "abcdefghijklmnopqrstuvwxyz0123456789-";
+const std::string any_case = lower_case + "ABCDEFGHIJKLMNOPQRSTUVWXYZ_";
 // The limits of the names of DNS, and of the kernel's own name.
 constexpr std::size_t label_size = 63;
 constexpr std::size_t domain_size = 253;
@@ -21,27 +24,15 @@ bool is_label(const std::string& text, const std::string& characters) {
 }
 
 bool is_name(const std::string& text, std::size_t size, const std::string& characters) {
-    if (text.size() > size) {
-        return false;
-    }
-    for (std::size_t from = 0;;) {
-        const std::size_t dot = text.find('.', from);
-        if (!is_label(text.substr(from, dot - from), characters)) {
-            return false;
-        }
-        if (dot == std::string::npos) {
-            return true;
-        }
-        from = dot + 1;
-    }
+    const std::vector<std::string> labels = Kiln::split(".", text, -1);
+    return text.size() <= size &&
+           std::all_of(labels.begin(), labels.end(),
+                       [&](const std::string& label) { return is_label(label, characters); });
 }
 
-std::string any_case() {
-    return std::string(digits_and_small) + capitals + "-_";
-}
-
-std::string lower_case() {
-    return std::string(digits_and_small) + "-";
+// The text with another in the place of each such character.
+std::string replaced(const char* character, const char* other, const std::string& text) {
+    return Kiln::join(other, Kiln::split(character, text, -1));
 }
 
 // The text with a backslash before each of the characters.
@@ -59,19 +50,19 @@ std::string with_backslashes(const std::string& text, const std::string& charact
 }  // namespace
 
 bool is_host_name(const std::string& text) {
-    return is_name(text, host_name_size, any_case());
+    return is_name(text, host_name_size, any_case);
 }
 
 bool is_domain_name(const std::string& text) {
-    return is_name(text, domain_size, any_case());
+    return is_name(text, domain_size, any_case);
 }
 
 bool is_dns_label(const std::string& text) {
-    return is_label(text, lower_case());
+    return is_label(text, lower_case);
 }
 
 bool is_dns_name(const std::string& text) {
-    return is_name(text, domain_size, lower_case());
+    return is_name(text, domain_size, lower_case);
 }
 
 std::string first_label(const std::string& host_name) {
@@ -85,28 +76,26 @@ bool is_ip_address(const std::string& text) {
             inet_pton(AF_INET6, text.c_str(), &address) == 1);
 }
 
+std::optional<std::string> directory_of_contents(const std::string& path) {
+    const std::size_t slash = path.rfind("/*");
+    return slash != std::string::npos && slash > 0 && slash + 2 == path.size()
+               ? std::optional(path.substr(0, slash))
+               : std::nullopt;
+}
+
 bool is_plain_path(const std::string& path) {
     return !path.empty() && path.front() == '/' && path.back() != ' ' && printable(path) == path;
 }
 
 std::string shell_quoted(const std::string& text) {
-    const std::string plain = std::string(digits_and_small) + capitals + "-_./:=,@+";
-    if (!text.empty() && text.find_first_not_of(plain) == std::string::npos) {
+    if (!text.empty() && text.find_first_not_of(any_case + "./:=,@+") == std::string::npos) {
         return text;
     }
-    std::string quoted = "'";
-    for (const char c : text) {
-        quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    }
-    return quoted + "'";
+    return "'" + replaced("'", "'\\''", text) + "'";
 }
 
 std::string unit_quoted(const std::string& path) {
-    std::string quoted = "\"";
-    for (const char c : with_backslashes(path, "\"\\")) {
-        quoted.append(c == '%' ? 2 : 1, c);
-    }
-    return quoted + "\"";
+    return "\"" + replaced("%", "%%", with_backslashes(path, "\"\\")) + "\"";
 }
 
 std::string nspawn_escaped(const std::string& path) {
@@ -114,11 +103,7 @@ std::string nspawn_escaped(const std::string& path) {
 }
 
 std::string fstab_escaped(const std::string& path) {
-    std::string escaped;
-    for (const char c : path) {
-        escaped += c == ' ' ? "\\040" : c == '\\' ? "\\134" : std::string(1, c);
-    }
-    return escaped;
+    return replaced(" ", "\\040", replaced("\\", "\\134", path));
 }
 
 // A backslash only escapes where the pattern has a wildcard at all, an escaped one too.

@@ -1,6 +1,7 @@
 // A host's texts in the formats of the engines: what each can carry, and how it is quoted. Pure.
 #pragma once
 
+#include <optional>
 #include <string>
 
 // Up to 64 bytes: labels of letters, digits, "-" and "_", with "." between them. What the kernel
@@ -17,6 +18,10 @@ std::string first_label(const std::string& host_name);
 
 // In figures; no zone behind it.
 bool is_ip_address(const std::string& text);
+
+// The directory whose contents the calculator leaves out: "/mnt" of "/mnt/*". A path whose own last
+// component is called "*" looks the same; that is taken for the former, too.
+std::optional<std::string> directory_of_contents(const std::string& path);
 
 // An absolute path that every format can carry once it is quoted: UTF-8 without control characters
 // or blanks at its end.

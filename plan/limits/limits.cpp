@@ -6,6 +6,7 @@
 #include "plan/explain/coverage.h"
 #include "plan/explain/usage_summary.h"
 #include "plan/limits/decimal.h"
+#include "plan/limits/host_text.h"
 #include "plan/text/printable.h"
 #include "plan/text/utc.h"
 
@@ -83,8 +84,8 @@ public:
         : recordings_(recordings),
           scan_(scan),
           options_(options),
-          memory_scale_(decimal_of(static_cast<double>(options.scales.memory))),
-          cpu_scale_(decimal_of(options.cpu_scale)) {}
+          factors_{Decimal(), decimal_of(static_cast<double>(options.scales.memory)),
+                   decimal_of(options.cpu_scale)} {}
 
     LimitSheet run();
 
@@ -98,27 +99,16 @@ private:
     Limit limit_of(const LimitRule& rule, const UsageSummary& summary) const;
     std::string source_text(const LimitRule& rule, const UsageSummary& summary) const;
     std::string moment_text(const UsageValue& value) const;
-    Decimal scale_of(const LimitRule& rule) const;
+    const Decimal& factor_of(const LimitRule& rule) const {
+        return factors_[static_cast<std::size_t>(rule.scale)];
+    }
 
     const std::vector<NamedRecording>& recordings_;
     const CombinedScan& scan_;
     const LimitOptions& options_;
-    const Decimal memory_scale_;
-    const Decimal cpu_scale_;
+    const std::array<Decimal, 3> factors_;  // in the order of Scale
     LimitSheet sheet_;
 };
-
-Decimal LimitWork::scale_of(const LimitRule& rule) const {
-    switch (rule.scale) {
-        case Scale::memory:
-            return memory_scale_;
-        case Scale::cpu:
-            return cpu_scale_;
-        case Scale::none:
-            break;
-    }
-    return {};
-}
 
 // "2026-03-12 14:05 UTC, pass 13"
 std::string LimitWork::moment_text(const UsageValue& value) const {
@@ -144,7 +134,7 @@ std::string LimitWork::source_text(const LimitRule& rule, const UsageSummary& su
                usage_text(rule.source, summary.percentile);
     }
     if (rule.scale != Scale::none) {
-        text += ", times " + scale_of(rule).text();
+        text += ", times " + factor_of(rule).text();
     }
     return text;
 }
@@ -160,7 +150,7 @@ Limit LimitWork::limit_of(const LimitRule& rule, const UsageSummary& summary) co
     const double seen =
         rule.statistic == Statistic::peak ? summary.peak->value : summary.percentile;
     const std::int64_t needed =
-        scaled_up(whole_number(rule.source, seen), scale_of(rule), rule.unit, rule.most);
+        scaled_up(whole_number(rule.source, seen), factor_of(rule), rule.unit, rule.most);
     Limit limit = {std::max(needed, rule.floor), source_text(rule, summary)};
     if (needed < rule.floor) {
         limit.source = "at least " + grouped(rule.floor) + rule.unit_text + "; " + limit.source;
@@ -172,20 +162,6 @@ Limit LimitWork::limit_of(const LimitRule& rule, const UsageSummary& summary) co
 
 void LimitWork::add_limits() {
     const UsageSeries series = usage_series(recordings_);
-    std::vector<std::string> missing;
-    for (std::size_t i = 0; i < limit_kind_count; ++i) {
-        const LimitRule& rule = rules[i];
-        if (i == static_cast<std::size_t>(LimitKind::cpu) && !options_.cpu_limit) {
-            continue;
-        }
-        const UsageSummary summary =
-            summarize_usage(series[static_cast<std::size_t>(rule.source)], options_.cpu_percentile);
-        if (summary.peak) {
-            sheet_.limits[i] = limit_of(rule, summary);
-        } else if (missing.empty() || missing.back() != label_of(rule.source)) {
-            missing.emplace_back(label_of(rule.source));
-        }
-    }
     // One sentence instead of one for each limit: an older program made the recording.
     if (std::all_of(series.begin(), series.end(),
                     [](const std::vector<UsageValue>& values) { return values.empty(); })) {
@@ -194,11 +170,19 @@ void LimitWork::add_limits() {
             "memory and /dev/shm are left out (record again with this version)");
         return;
     }
-    for (const std::string& label : missing) {
-        complain("left out: the limit from " + label +
-                 (label == label_of(UsageQuantity::cores)
-                      ? " (it takes two passes of one boot that have it)"
-                      : " (no pass has it)"));
+    for (std::size_t i = 0; i < limit_kind_count; ++i) {
+        const LimitRule& rule = rules[i];
+        const bool is_cpu_limit = i == static_cast<std::size_t>(LimitKind::cpu);
+        const UsageSummary summary =
+            summarize_usage(series[static_cast<std::size_t>(rule.source)], options_.cpu_percentile);
+        if (summary.peak && (!is_cpu_limit || options_.cpu_limit)) {
+            sheet_.limits[i] = limit_of(rule, summary);
+        } else if (!summary.peak && !is_cpu_limit) {  // what is said of the share holds for both
+            complain(std::string("left out: the limit from ") + label_of(rule.source) +
+                     (rule.source == UsageQuantity::cores
+                          ? " (it takes two passes of one boot that have it)"
+                          : " (no pass has it)"));
+        }
     }
     std::optional<Limit>& descriptors =
         sheet_.limits[static_cast<std::size_t>(LimitKind::descriptors)];
@@ -230,26 +214,37 @@ void LimitWork::add_heading() {
     }
 }
 
+// "7,500,000 KiB (7.2 GiB)"
+std::string kib_text(std::uint64_t kib) {
+    return grouped(static_cast<std::int64_t>(kib)) + " KiB (" +
+           size_text(static_cast<double>(kib) * 1024) + ")";
+}
+
+std::string count_text(std::uint64_t number) {
+    return grouped(static_cast<std::int64_t>(number));
+}
+
 void LimitWork::add_own_lines() {
-    constexpr std::uint64_t most_int32 = 2147483647;
     const ComputedConfig computed = compute_known_lines(scan_, options_.scales);
-    const std::string factor = ", times " +
-                               decimal_of(static_cast<double>(options_.scales.disk)).text() +
-                               ", a tenth in reserve";
-    const auto take = [&](const char* name, std::optional<OwnLimit>& own) {
+    const auto take = [&](const char* name, const char* what, std::string (*text)(std::uint64_t)) {
+        constexpr std::uint64_t most_int32 = 2147483647;
         const ConfigLine* line = find_line(computed.lines, name);
-        if (line == nullptr) {
-            return;
+        if (line != nullptr && line->limit < most_int32) {
+            return std::optional(
+                OwnLimit{line->barrier, line->limit,
+                         std::string(what) + ": " + text(line->barrier) + ", at most " +
+                             text(line->limit) + "; " + name + ", times " +
+                             decimal_of(static_cast<double>(options_.scales.disk)).text() +
+                             ", a tenth in reserve"});
         }
-        if (line->limit >= most_int32) {  // clamped, or negative and so a number of twenty digits
+        if (line != nullptr) {  // clamped, or negative and so a number of twenty digits
             complain("left out: " + std::string(name) +
                      " (it did not fit into 32 bits: set it by hand)");
-            return;
         }
-        own = OwnLimit{line->barrier, line->limit, std::string(name) + factor};
+        return std::optional<OwnLimit>();
     };
-    take("DISKSPACE", sheet_.disk_kib);
-    take("DISKINODES", sheet_.inodes);
+    sheet_.disk_kib = take("DISKSPACE", "disk", kib_text);
+    sheet_.inodes = take("DISKINODES", "inodes", count_text);
     for (const MissingLine& line : computed.missing) {
         for (const char* const used : {"DISKSPACE", "DISKINODES", "HOSTNAME", "#IP_ADDRESS",
                                        "SEARCHDOMAIN", "NAMESERVER", "FEATURES"}) {
@@ -275,12 +270,10 @@ void LimitWork::add_findings() {
         std::none_of(scan_.failures.begin(), scan_.failures.end(), [](const StepFailure& failure) {
             return failure.step == OneShotStep::mounts;
         });
-    const std::string contents = "/*";
     for (const TarnAExcludePath& exclude : sheet_.excludes) {
-        const std::string& path = exclude.path;
-        if (exclude.flag && path.size() > contents.size() &&
-            path.compare(path.size() - contents.size(), contents.size(), contents) == 0) {
-            sheet_.mounts.push_back(path.substr(0, path.size() - contents.size()));
+        const std::optional<std::string> directory = directory_of_contents(exclude.path);
+        if (exclude.flag && directory) {
+            sheet_.mounts.push_back(*directory);
         }
     }
 }

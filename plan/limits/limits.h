@@ -23,9 +23,6 @@ enum class LimitKind {
 };
 constexpr std::size_t limit_kind_count = 8;
 
-// The hard limit of descriptors where one process needs no more.
-constexpr std::int64_t hard_descriptors = 524288;
-
 struct LimitOptions {
     ConfigScales scales;  // of memory and counts; and of the calculator's own lines
     double cpu_scale = 1.2;
@@ -42,7 +39,8 @@ struct Limit {
 struct OwnLimit {
     std::uint64_t barrier = 0;
     std::uint64_t limit = 0;
-    std::string source;
+    std::string
+        text;  // "inodes: 300,000, at most 330,000; DISKINODES, times 1.5, a tenth in reserve"
 };
 
 // Everything that the writers say. Texts of the host are as it gave them: any bytes.

@@ -1,7 +1,6 @@
 // Lines for the configuration of a container.
+#include "plan/limits/commented_text.h"
 #include "plan/limits/host_text.h"
-#include "plan/limits/unit_limits.h"
-#include "plan/limits/writers.h"
 
 namespace {
 

@@ -1,9 +1,8 @@
 // Options of `podman run`, as an array for a shell. Docker takes the same ones.
 #include <algorithm>
 
+#include "plan/limits/commented_text.h"
 #include "plan/limits/host_text.h"
-#include "plan/limits/unit_limits.h"
-#include "plan/limits/writers.h"
 #include "plan/text/printable.h"
 
 namespace {

@@ -1,19 +1,12 @@
 // The paths to leave out, for --exclude-from.
 #include "plan/limits/commented_text.h"
 #include "plan/limits/host_text.h"
-#include "plan/limits/writers.h"
 
 namespace {
 
-// The calculator writes a directory whose contents are left out with "/*" behind it. A path whose
-// own last component is called "*" looks the same; that is taken for the former, too.
 std::string pattern_of(const std::string& path) {
-    const std::string contents = "/*";
-    const std::size_t size = path.size();
-    const bool is_contents = size > contents.size() &&
-                             path.compare(size - contents.size(), contents.size(), contents) == 0;
-    return is_contents ? rsync_pattern(path.substr(0, size - contents.size()), contents)
-                       : rsync_pattern(path, "");
+    const std::optional<std::string> directory = directory_of_contents(path);
+    return directory ? rsync_pattern(*directory, "/*") : rsync_pattern(path, "");
 }
 
 // A line ends at either of the two.

@@ -12,7 +12,6 @@
 
 #include "plan/limits/decimal.h"
 #include "plan/limits/engines.h"
-#include "plan/limits/equivalents.h"
 #include "plan/limits/host_text.h"
 #include "tests/plan/recordings.h"
 
