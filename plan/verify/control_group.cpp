@@ -15,6 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Amount = GroupValues::Amount;
 
 // Every group has it, the root as well; none of version 1 does.
 constexpr const char* of_version_2 = "cgroup.controllers";
@@ -139,72 +140,44 @@ std::string limited_group_below(const std::string& folder) {
     return {};
 }
 
-class Parser {
-public:
-    explicit Parser(const GroupFiles& files) : files_(files) {}
+std::string text_of(const GroupFiles& files, const std::string& name) {
+    const auto found = files.texts.find(name);
+    return found == files.texts.end() ? std::string() : found->second;
+}
 
-    // Of the files "memory.max", "memory.current", "memory.peak" and "memory.events".
-    GroupValues::Resource resource(const std::string& name, const char* limit) const {
-        return {amount(name + "." + limit), amount(name + ".current"), amount(name + ".peak"),
-                event(name + ".events", limit)};
+std::vector<std::string> words_of(const GroupFiles& files, const std::string& name) {
+    std::string line = text_of(files, name);
+    Kiln::strip(line);
+    return Kiln::split(" ", line, 0);
+}
+
+// "9437184" or "max"
+Amount amount_of(const std::string& word) {
+    if (word == "max") {
+        return {true, true, 0};
     }
+    const std::optional<std::int64_t> number = whole_number(word);
+    return {number.has_value(), false, number.value_or(0)};
+}
 
-    // "200000 100000", the quota and its period
-    GroupValues::Amount quota(std::int64_t& period_us) const {
-        const std::vector<std::string> found = words("cpu.max");
-        period_us = found.size() == 2 ? whole_number(found[1]).value_or(0) : 0;
-        return period_us > 0 ? amount_of(found[0]) : GroupValues::Amount();
-    }
+Amount amount(const GroupFiles& files, const std::string& name) {
+    const std::vector<std::string> words = words_of(files, name);
+    return words.size() == 1 ? amount_of(words[0]) : Amount();
+}
 
-    std::optional<std::int64_t> event(const std::string& file, const char* name) const {
-        return keyed(text(file), name);
-    }
-
-    std::optional<std::int64_t> number(const char* name) const {
-        return whole_number(first_word(name));
-    }
-
-    std::optional<Pressure> pressure(const char* name) const;
-
-private:
-    // "9437184" or "max"
-    GroupValues::Amount amount(const std::string& name) const {
-        return amount_of(first_word(name));
-    }
-
-    std::string text(const std::string& name) const {
-        const auto found = files_.texts.find(name);
-        return found == files_.texts.end() ? std::string() : found->second;
-    }
-
-    std::vector<std::string> words(const std::string& name) const {
-        std::string line = text(name);
-        Kiln::strip(line);
-        return Kiln::split(" ", line, 0);
-    }
-
-    std::string first_word(const std::string& name) const {
-        const std::vector<std::string> found = words(name);
-        return found.size() == 1 ? found[0] : std::string();
-    }
-
-    static GroupValues::Amount amount_of(const std::string& word) {
-        if (word == "max") {
-            return {true, true, 0};
-        }
-        const std::optional<std::int64_t> number = whole_number(word);
-        return {number.has_value(), false, number.value_or(0)};
-    }
-
-    const GroupFiles& files_;
-};
+// Of the files "memory.max", "memory.current", "memory.peak" and "memory.events".
+GroupValues::Resource resource(const GroupFiles& files, const std::string& name,
+                               const std::string& limit) {
+    return {amount(files, name + "." + limit), amount(files, name + ".current"),
+            amount(files, name + ".peak"), keyed(text_of(files, name + ".events"), limit)};
+}
 
 // some avg10=0.00 avg60=0.12 avg300=0.05 total=1234567
 // full avg10=0.00 avg60=0.00 avg300=0.00 total=234567
-std::optional<Pressure> Parser::pressure(const char* name) const {
+std::optional<Pressure> pressure(const GroupFiles& files, const std::string& name) {
     const std::string average = "avg300=";
     const std::string total = "total=";
-    for (const std::string& line : Kiln::split("\n", text(name), 0)) {
+    for (const std::string& line : Kiln::split("\n", text_of(files, name), 0)) {
         const std::vector<std::string> fields = Kiln::split(" ", line, 0);
         if (fields.size() == 5 && fields[0] == "some" && fields[3].rfind(average, 0) == 0 &&
             fields[4].rfind(total, 0) == 0) {
@@ -239,27 +212,29 @@ Kiln::Result<GroupFiles> read_control_group(const std::string& group, const std:
 }
 
 GroupValues parse_control_group(const GroupFiles& files) {
-    const Parser parser(files);
     GroupValues values;
-    values.path = files.path;
-    values.memory = parser.resource("memory", "max");
-    values.memory_high = parser.resource("memory", "high");
-    values.swap = parser.resource("memory.swap", "max");
-    values.tasks = parser.resource("pids", "max");
-    values.cpu_quota_us = parser.quota(values.cpu_period_us);
-    values.cpu_weight = parser.number("cpu.weight");
-    values.cpu_usage_us = parser.event("cpu.stat", "usage_usec");
-    values.memory_oom = parser.event("memory.events", "oom");
-    values.memory_oom_kill = parser.event("memory.events", "oom_kill");
-    values.swap_failed = parser.event("memory.swap.events", "fail");
-    values.cpu_periods = parser.event("cpu.stat", "nr_periods");
-    values.cpu_throttled = parser.event("cpu.stat", "nr_throttled");
-    values.cpu_throttled_us = parser.event("cpu.stat", "throttled_usec");
-    values.cpu_pressure = parser.pressure("cpu.pressure");
-    values.memory_pressure = parser.pressure("memory.pressure");
-    values.io_pressure = parser.pressure("io.pressure");
-    values.forks_refused_below = files.forks_refused_below;
-    values.limited_below = files.limited_below;
-    values.unreadable = files.unreadable;
+    static_cast<GroupFacts&>(values) = files;
+    values.memory = resource(files, "memory", "max");
+    values.memory_high = resource(files, "memory", "high");
+    values.swap = resource(files, "memory.swap", "max");
+    values.tasks = resource(files, "pids", "max");
+    // "200000 100000", the quota and its period
+    const std::vector<std::string> quota = words_of(files, "cpu.max");
+    values.cpu_period_us = quota.size() == 2 ? whole_number(quota[1]).value_or(0) : 0;
+    values.cpu_quota_us = values.cpu_period_us > 0 ? amount_of(quota[0]) : Amount();
+    if (const Amount weight = amount(files, "cpu.weight"); weight.there && !weight.unlimited) {
+        values.cpu_weight = weight.value;
+    }
+    const std::string cpu = text_of(files, "cpu.stat");
+    values.cpu_usage_us = keyed(cpu, "usage_usec");
+    values.cpu_periods = keyed(cpu, "nr_periods");
+    values.cpu_throttled = keyed(cpu, "nr_throttled");
+    values.cpu_throttled_us = keyed(cpu, "throttled_usec");
+    values.memory_oom = keyed(text_of(files, "memory.events"), "oom");
+    values.memory_oom_kill = keyed(text_of(files, "memory.events"), "oom_kill");
+    values.swap_failed = keyed(text_of(files, "memory.swap.events"), "fail");
+    values.cpu_pressure = pressure(files, "cpu.pressure");
+    values.memory_pressure = pressure(files, "memory.pressure");
+    values.io_pressure = pressure(files, "io.pressure");
     return values;
 }

@@ -13,14 +13,18 @@
 // Where control groups are on the host; tests hand in another place.
 constexpr const char* control_groups_root = "/sys/fs/cgroup";
 
-// The texts of those files of a group that are there, by their names ("memory.max").
-struct GroupFiles {
-    std::string path;  // of the group
-    std::map<std::string, std::string> texts;
+// What is known of a group beside its files.
+struct GroupFacts {
+    std::string path;
     std::vector<std::string> unreadable;  // "memory.max: Permission denied"
     // Forks that were refused in the groups below, each counted where it was tried.
     std::int64_t forks_refused_below = 0;
     std::string limited_below;  // the path of the only group below, if it has limits of its own
+};
+
+// The texts of those files of a group that are there, by their names ("memory.max").
+struct GroupFiles : GroupFacts {
+    std::map<std::string, std::string> texts;
 };
 
 // Reads a group. `group` is a path below `root`, with or without "/" before it, or one that begins
@@ -35,7 +39,7 @@ struct Pressure {
     std::int64_t total_us = 0;
 };
 
-struct GroupValues {
+struct GroupValues : GroupFacts {
     // A limit that is "max" is not limited: `unlimited`.
     struct Amount {
         bool there = false;  // the file is, and says a number or "max"
@@ -49,7 +53,6 @@ struct GroupValues {
         std::optional<std::int64_t> met;  // how often; nothing where its file or line is not there
     };
 
-    std::string path;
     Resource memory, memory_high, swap;  // bytes; memory_high: what slows tasks down
     Resource tasks;
     Amount cpu_quota_us;  // in each cpu_period_us
@@ -59,9 +62,6 @@ struct GroupValues {
     std::optional<std::int64_t> memory_oom, memory_oom_kill, swap_failed;  // how often
     std::optional<std::int64_t> cpu_periods, cpu_throttled, cpu_throttled_us;
     std::optional<Pressure> cpu_pressure, memory_pressure, io_pressure;  // some task waited
-    std::int64_t forks_refused_below = 0;
-    std::string limited_below;
-    std::vector<std::string> unreadable;
 };
 
 // Pure. What is torn or no number is not there.

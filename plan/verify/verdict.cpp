@@ -1,7 +1,6 @@
 #include "plan/verify/verdict.h"
 
 #include <algorithm>
-#include <array>
 
 #include "plan/text/printable.h"
 
@@ -192,8 +191,7 @@ GroupVerdict Judge::run() {
 }  // namespace
 
 const char* name_of(LimitState state) {
-    constexpr std::array<const char*, 5> names = {"fits", "given back", "met", "no limit",
-                                                  "unknown"};
+    constexpr const char* names[] = {"fits", "given back", "met", "no limit", "unknown"};
     return names[static_cast<std::size_t>(state)];
 }
 
