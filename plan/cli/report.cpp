@@ -15,12 +15,10 @@
 
 namespace {
 
-struct ReportOptions : ReadingOptions {
+struct ReportOptions : RecordingOptions {
     bool csv = false;
     bool text = false;
     std::string title;
-    std::string out_path;
-    std::vector<std::string> paths;
 };
 
 std::string read_reason(const std::string& path) {
@@ -74,11 +72,7 @@ std::string written(const ReportFleet& fleet, const ReportOptions& options) {
 std::vector<std::string> files_of(const std::vector<ReportSource>& sources) {
     std::vector<std::string> files;
     for (const ReportSource& source : sources) {
-        for (const std::string* path : {&source.recording, &source.reason}) {
-            if (!path->empty()) {
-                files.push_back(*path);
-            }
-        }
+        files.insert(files.end(), {source.recording, source.reason});
     }
     return files;
 }
@@ -103,10 +97,6 @@ int run_report(const ReportOptions& options) {
     const Kiln::Result<std::vector<ReportSource>> sources = find_report_sources(options.paths);
     if (!sources) {
         return say_trouble(sources);
-    }
-    if (sources->empty()) {
-        return say_trouble(
-            Kiln::Done(Kiln::Reason{"there is neither a NAME.jsonl nor a NAME.failed"}));
     }
     const ReportFleet fleet = read_fleet(*sources, options);
     return finish({options.out_path, files_of(*sources)}, written(fleet, options), flaws_of(fleet));

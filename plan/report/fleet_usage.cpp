@@ -24,11 +24,11 @@ void add_changes(const UsageTrack& track, std::vector<Change>& changes) {
     changes.push_back({std::max(track.end_ms, track.values.back().time_ms), true, -before});
 }
 
-std::int64_t peak_of(const UsageTrack& track) {
-    return std::max_element(
-               track.values.begin(), track.values.end(),
-               [](const TrackValue& a, const TrackValue& b) { return a.value < b.value; })
-        ->value;
+// The first of the largest.
+TrackValue peak_of(const std::vector<TrackValue>& values) {
+    return *std::max_element(
+        values.begin(), values.end(),
+        [](const TrackValue& a, const TrackValue& b) { return a.value < b.value; });
 }
 
 // The sum after all changes of a moment, before its ends and after them: there it falls at once.
@@ -56,7 +56,7 @@ std::optional<FleetUsage> sum_usage(const std::vector<const UsageTrack*>& tracks
     for (const UsageTrack* track : tracks) {
         if (!track->values.empty()) {
             ++fleet.servers;
-            fleet.sum_of_peaks += peak_of(*track);
+            fleet.sum_of_peaks += peak_of(track->values).value;
             add_changes(*track, changes);
         }
     }
@@ -65,8 +65,6 @@ std::optional<FleetUsage> sum_usage(const std::vector<const UsageTrack*>& tracks
     }
     std::sort(changes.begin(), changes.end(), is_earlier);
     fleet.sums = sums_of(changes);
-    fleet.peak = *std::max_element(
-        fleet.sums.begin(), fleet.sums.end(),
-        [](const TrackValue& a, const TrackValue& b) { return a.value < b.value; });
+    fleet.peak = peak_of(fleet.sums);
     return fleet;
 }

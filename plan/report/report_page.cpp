@@ -1,35 +1,35 @@
 #include "plan/report/report_page.h"
 
+#include <cstdint>
+#include <new>
 #include <nlohmann/json.hpp>
 
+#ifdef TARN_ZLIB
+#include <zlib.h>
+#endif
+
+#include "kiln/strings.h"
 #include "plan/explain/explanation_json.h"
 #include "plan/explain/usage_summary.h"
 #include "plan/recording/json_text.h"
 #include "plan/report/fleet_usage.h"
 #include "plan/report/page/page_text.h"
-#include "plan/report/page_data.h"
-#include "plan/report/thinning.h"
 #include "plan/text/utc.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-const UsageSummary* summary_of(const ReportServer& s, UsageQuantity quantity) {
-    const auto place = static_cast<std::size_t>(quantity);
-    return s.explanation && s.explanation->usage[place].peak ? &s.explanation->usage[place]
-                                                             : nullptr;
-}
+constexpr std::string_view data_place = "@data@";
 
 // Of a quantity of the server, in the unit of base_unit_of(); nothing where it is not known.
-Json percentile_of(const ReportServer& s, UsageQuantity quantity) {
-    const UsageSummary* summary = summary_of(s, quantity);
-    return summary != nullptr ? Json(base_value(quantity, summary->percentile)) : Json();
-}
-
-Json peak_of(const ReportServer& s, UsageQuantity quantity) {
-    const UsageSummary* summary = summary_of(s, quantity);
-    return summary != nullptr ? Json(base_value(quantity, summary->peak->value)) : Json();
+template <class Statistic>
+Json in_use(const ReportServer& s, UsageQuantity quantity, Statistic statistic) {
+    const auto place = static_cast<std::size_t>(quantity);
+    if (!s.explanation || !s.explanation->usage[place].peak) {
+        return {};
+    }
+    return base_value(quantity, statistic(s.explanation->usage[place]));
 }
 
 // What the table of all servers shows. The rest of a server is a text of its own, which the page
@@ -39,8 +39,10 @@ Json row_json(const ReportServer& s) {
             {"host", s.host},
             {"state", name_of(s.state)},
             {"reason", s.reason},
-            {"cores", percentile_of(s, UsageQuantity::cores)},
-            {"memory_used", peak_of(s, UsageQuantity::memory)},
+            {"cores",
+             in_use(s, UsageQuantity::cores, [](const UsageSummary& u) { return u.percentile; })},
+            {"memory_used",
+             in_use(s, UsageQuantity::memory, [](const UsageSummary& u) { return u.peak->value; })},
             {"memory", optional_json(s.memory_limit)},
             {"disk", optional_json(s.disk)},
             {"processes", optional_json(s.processes)},
@@ -151,18 +153,84 @@ Json details_json(const ReportServer& s) {
     return details;
 }
 
+// Everything beyond ASCII is written as an escape, and bytes that are no UTF-8 are replaced.
+std::string text_of(const Json& json) {
+    return json.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
+void append_element(const std::string& id, const char* type, const std::string& content,
+                    std::string& page) {
+    page +=
+        std::string("<script type=\"") + type + "\" id=\"" + id + "\">" + content + "</script>\n";
+}
+
+#ifdef TARN_ZLIB
+
+std::string deflated(const std::string& text) {
+    uLongf size = compressBound(static_cast<uLong>(text.size()));
+    std::string packed(size, '\0');
+    // Only a lack of memory can fail, and of that the string above has made sure.
+    if (compress2(reinterpret_cast<Bytef*>(&packed[0]), &size,
+                  reinterpret_cast<const Bytef*>(text.data()), static_cast<uLong>(text.size()),
+                  Z_BEST_COMPRESSION) != Z_OK) {
+        throw std::bad_alloc();
+    }
+    packed.resize(size);
+    return packed;
+}
+
+std::string base64(const std::string& bytes) {
+    constexpr const char* alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t three = 0;
+        for (std::size_t j = i; j < i + 3; ++j) {
+            three = three << 8 | (j < bytes.size() ? static_cast<unsigned char>(bytes[j]) : 0U);
+        }
+        for (unsigned shift = 24; shift > 0;) {
+            shift -= 6;
+            text += alphabet[three >> shift & 63U];
+        }
+    }
+    for (std::size_t i = bytes.size(); i % 3 != 0; ++i) {
+        text[text.size() - (3 - i % 3)] = '=';
+    }
+    return text;
+}
+
+#endif
+
+// The data as script elements that no text in it can leave. This one is readable at once.
+void append_data(const std::string& id, const Json& json, std::string& page) {
+    // Only strings can hold a "<", and there it may be written as an escape.
+    append_element(id, "application/json",
+                   Kiln::join("\\u003c", Kiln::split("<", text_of(json), -1)), page);
+}
+
+// Compressed and in base64; as it is where this program was built without zlib.
+void append_packed_data(const std::string& id, const Json& json, std::string& page) {
+#ifdef TARN_ZLIB
+    append_element(id, "application/zlib", base64(deflated(text_of(json))), page);
+#else
+    append_data(id, json, page);
+#endif
+}
+
 }  // namespace
 
 bool has_page() {
-    return !page_head().empty();
+    return page_text() != data_place;
 }
 
 std::string report_page(const ReportFleet& fleet) {
-    std::string page(page_head());
+    const std::size_t at = page_text().find(data_place);
+    std::string page(page_text().substr(0, at));
     append_data("fleet", fleet_json(fleet), page);
     for (std::size_t i = 0; i < fleet.servers.size(); ++i) {
         append_packed_data("data-" + std::to_string(i), details_json(fleet.servers[i]), page);
     }
-    page += page_tail();
+    page += page_text().substr(at + data_place.size());
     return page;
 }

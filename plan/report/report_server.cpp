@@ -5,7 +5,6 @@
 
 #include "kiln/strings.h"
 #include "plan/explain/explanation.h"
-#include "plan/report/thinning.h"
 #include "plan/report/usage_points.h"
 
 namespace {

@@ -48,5 +48,8 @@ Kiln::Result<std::vector<ReportSource>> find_report_sources(const std::vector<st
             return Kiln::Reason{done.reason()};
         }
     }
+    if (sources.empty()) {
+        return Kiln::Reason{"there is neither a NAME.jsonl nor a NAME.failed"};
+    }
     return Kiln::Result<std::vector<ReportSource>>(std::move(sources));
 }

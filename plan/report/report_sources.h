@@ -15,5 +15,6 @@ struct ReportSource {
 
 // The sources behind the paths. A folder gives one for every name that has a file NAME.jsonl (its
 // recording) or NAME.failed (the reason), in the order of the names; any other path is a recording,
-// whether or not it is there. The reason says what is wrong with a folder.
+// whether or not it is there. The reason says what is wrong with a folder, or that there is
+// nothing in it.
 Kiln::Result<std::vector<ReportSource>> find_report_sources(const std::vector<std::string>& paths);

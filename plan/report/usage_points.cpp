@@ -1,11 +1,28 @@
 #include "plan/report/usage_points.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
 #include "plan/explain/usage_section.h"
 
 namespace {
+
+using Iterator = std::vector<ReportPoint>::const_iterator;
+
+bool less_value(const ReportPoint& a, const ReportPoint& b) {
+    return a.value < b.value;
+}
+
+void append_extremes(Iterator first, Iterator last, std::vector<ReportPoint>& kept) {
+    const Iterator least = std::min_element(first, last, less_value);
+    const Iterator greatest = std::max_element(first, last, less_value);
+    // In their own order: the line of a chart never runs back in time.
+    kept.push_back(*std::min(least, greatest));
+    if (least != greatest) {
+        kept.push_back(*std::max(least, greatest));
+    }
+}
 
 // Far more than any host has; what a recording says may be anything.
 constexpr double largest = 1e15;
@@ -44,6 +61,23 @@ UsageTrack track_of(UsageQuantity quantity, const std::vector<UsageValue>& value
 }
 
 }  // namespace
+
+std::vector<ReportPoint> thinned(const std::vector<ReportPoint>& points, std::size_t most) {
+    if (points.size() <= most) {
+        return points;
+    }
+    std::vector<ReportPoint> kept{points.front()};
+    const std::size_t between = points.size() - 2;
+    const std::size_t slices = (most - 2) / 2;
+    const auto edge = [&](std::size_t slice) {
+        return points.begin() + 1 + static_cast<std::ptrdiff_t>(between * slice / slices);
+    };
+    for (std::size_t slice = 0; slice < slices; ++slice) {
+        append_extremes(edge(slice), edge(slice + 1), kept);
+    }
+    kept.push_back(points.back());
+    return kept;
+}
 
 double points_per_unit(UsageQuantity quantity) {
     const std::string unit = base_unit_of(quantity);

@@ -1,14 +1,28 @@
-// What the report shows of a server's usage: points for the charts, and what goes into the sums of
-// all servers. Pure.
+// What the report shows over time: points for the charts, no more than the picture needs, and what
+// goes into the sums of all servers. Pure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "plan/explain/usage_summary.h"
 #include "plan/report/fleet_usage.h"
-#include "plan/report/thinning.h"
+
+// One value of a series, at a moment of the recording.
+struct ReportPoint {
+    std::int64_t seconds = 0;  // since the recording's start
+    std::int64_t value = 0;    // in the series' own unit
+};
+
+// Of every chart.
+constexpr std::size_t points_per_series = 200;
+
+// At most `most` of `points` (which are in the order of time; `most` is 4 or more), in their order:
+// the first and the last, and the least and the greatest of every slice of equal length between
+// them. So the least and the greatest value of all are always kept, each where it first appears.
+std::vector<ReportPoint> thinned(const std::vector<ReportPoint>& points, std::size_t most);
 
 // Values of points and tracks are whole numbers: thousandths of a core, KiB where there are bytes.
 // So many are one of base_unit_of().

@@ -1,5 +1,5 @@
 # Puts the page together and writes it as a C++ source: cmake -D SOURCE=... -D SCRIPTS=a.js;b.js -D CHART=...
-# -D VERSION=... -D LICENCE=... -D OUTPUT=... -P embed_page.cmake. An empty CHART gives an empty page.
+# -D VERSION=... -D LICENCE=... -D OUTPUT=... -P embed_page.cmake. An empty CHART gives nothing but "@data@".
 cmake_minimum_required(VERSION 3.18)
 
 # The source expression by which a page's Content-Security-Policy allows one script or style: its SHA-256 in base64.
@@ -20,27 +20,14 @@ function(allow text result)
   set(${result} "'sha256-${base64}='" PARENT_SCOPE)
 endfunction()
 
-# A function that returns the text; its array holds characters, for which no compiler has a limit.
-function(define name text result)
-  string(HEX "${text}" hex)
-  string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," characters "${hex}")
-  set(${result} "static const char ${name}_characters[] = {${characters}'\\0'};
-std::string_view ${name}() { return {${name}_characters, sizeof ${name}_characters - 1}; }
-" PARENT_SCOPE)
-endfunction()
-
-set(head "")
-set(tail "")
+set(html "@data@")
 if(CHART)
-  foreach(part page.html page.css)
-    file(READ ${SOURCE}/${part} ${part})
-  endforeach()
+  file(READ ${SOURCE}/page.html html)
+  file(READ ${SOURCE}/page.css css)
   foreach(part ${SCRIPTS}) # one script, one scope
     file(READ ${SOURCE}/${part} text)
     string(APPEND scripts "\n${text}")
   endforeach()
-  set(html "${page.html}")
-  set(css "${page.css}")
   set(js "\"use strict\";\n(() => {${scripts}})();\n")
   file(READ ${CHART} chart)
   file(READ ${LICENCE} licence)
@@ -55,14 +42,13 @@ if(CHART)
   foreach(place css_hash js_hash chart_hash VERSION terms css js chart)
     string(REPLACE "@${place}@" "${${place}}" html "${html}")
   endforeach()
-  string(FIND "${html}" "@data@" at)
-  string(SUBSTRING "${html}" 0 ${at} head)
-  math(EXPR at "${at} + 6")
-  string(SUBSTRING "${html}" ${at} -1 tail)
 endif()
 
-define(page_head "${head}" head_source)
-define(page_tail "${tail}" tail_source)
+# An array of characters, for which no compiler has a limit.
+string(HEX "${html}" hex)
+string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," characters "${hex}")
 file(WRITE ${OUTPUT} "// Made by embed_page.cmake.
 #include \"plan/report/page/page_text.h\"
-${head_source}${tail_source}")
+static const char characters[] = {${characters}'\\0'};
+std::string_view page_text() { return {characters, sizeof characters - 1}; }
+")

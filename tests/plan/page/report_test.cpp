@@ -8,7 +8,7 @@
 #include "plan/report/report_server.h"
 #include "plan/report/report_sources.h"
 #include "plan/report/report_table.h"
-#include "plan/report/thinning.h"
+#include "plan/report/usage_points.h"
 #include "plan/text/printable.h"
 #include "tests/plan/recordings.h"
 
