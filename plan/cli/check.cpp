@@ -74,15 +74,13 @@ std::string check_text(const HostCheck& check) {
 }
 
 ordered_json step_json(const CheckedStep& step) {
-    ordered_json object;
-    object["what"] = step.what;
-    object["command"] = text_to_json(step.command);
-    object["succeeded"] = step.succeeded;
-    object["forgiven"] = step.forgiven;
-    object["result"] = text_to_json(step.result);
-    object["took_ms"] = step.took_ms;
-    object["lines"] = step.lines;
-    return object;
+    return {{"what", step.what},
+            {"command", text_to_json(step.command)},
+            {"succeeded", step.succeeded},
+            {"forgiven", step.forgiven},
+            {"result", text_to_json(step.result)},
+            {"took_ms", step.took_ms},
+            {"lines", step.lines}};
 }
 
 ordered_json finding_json(const CheckFinding& finding) {
@@ -92,10 +90,9 @@ ordered_json finding_json(const CheckFinding& finding) {
 }
 
 std::string check_json(const HostCheck& check) {
-    ordered_json object;
-    object["run_succeeds"] = check.run_succeeds();
-    object["steps"] = list_to_json(check.steps, step_json);
-    object["findings"] = list_to_json(check.findings, finding_json);
+    const ordered_json object = {{"run_succeeds", check.run_succeeds()},
+                                 {"steps", list_to_json(check.steps, step_json)},
+                                 {"findings", list_to_json(check.findings, finding_json)}};
     return printable_json(object.dump(2)) + "\n";
 }
 

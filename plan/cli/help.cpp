@@ -1,6 +1,5 @@
 #include "plan/cli/help.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "plan/cli/command_names.h"
@@ -24,11 +23,9 @@ public:
 };
 
 const CLI::App* command_called(const CLI::App& program, const std::string& name) {
-    const std::vector<const CLI::App*> commands = program.get_subcommands({});
-    const auto found = std::find_if(commands.begin(), commands.end(), [&](const CLI::App* command) {
-        return command->get_name() == name;
-    });
-    return found == commands.end() ? nullptr : *found;
+    const std::vector<const CLI::App*> found = program.get_subcommands(
+        [&](const CLI::App* command) { return command->get_name() == name; });
+    return found.empty() ? nullptr : found.front();
 }
 
 // CLI11's own help() turns to the command that was called, and that is `help`.

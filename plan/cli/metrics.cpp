@@ -25,10 +25,8 @@ std::string single(const std::string& name, const char* help, const std::string&
 
 // Seconds with three digits behind the point; before 1970 they are negative.
 std::string seconds_text(std::int64_t milliseconds) {
-    const std::int64_t size = milliseconds < 0 ? -milliseconds : milliseconds;
     char text[48];
-    std::snprintf(text, sizeof(text), "%s%lld.%03d", milliseconds < 0 ? "-" : "",
-                  static_cast<long long>(size / 1000), static_cast<int>(size % 1000));
+    std::snprintf(text, sizeof(text), "%.3f", static_cast<double>(milliseconds) / 1000);
     return text;
 }
 
