@@ -3,7 +3,7 @@
 const stateNames = {done: "done", partly: "partly done", failed: "failed"};
 const stateOrder = {failed: 0, partly: 1, done: 2};
 
-const columns = ["cores", "memory_used", "memory", "disk", "processes", "descriptors", "warnings"];
+// The columns of numbers.
 const shownAs = {
     cores: (value) => value.toFixed(2),
     memory_used: bytes,
@@ -28,15 +28,18 @@ function coverageCell(server) {
         small(count(server.taken) + " of " + count(server.planned) + " passes"));
 }
 
+function tableRow(heading, state, numbers, coverage) {
+    const row = make("tr", "", heading, state, ...numbers.slice(0, -1), coverage, numbers.at(-1));
+    return labelled(row, byId("servers").tHead.rows[0].cells);
+}
+
 function fleetRow(server, index) {
     const link = make("a", "", visible(server.name));
     link.href = "#server-" + index;
-    const cells = columns.map((key) =>
-        numberCell(server[key] === null ? null : shownAs[key](server[key])));
-    cells.splice(-1, 0, coverageCell(server));
+    const numbers = Object.entries(shownAs).map(([key, text]) =>
+        numberCell(server[key] === null ? null : text(server[key])));
     const host = server.host && server.host !== server.name ? [small(server.host)] : [];
-    const row = labelled(make("tr", "", rowHeading(link, ...host), stateCell(server), ...cells),
-        byId("servers").tHead.rows[0].cells);
+    const row = tableRow(rowHeading(link, ...host), stateCell(server), numbers, coverageCell(server));
     const text = [server.name, server.host ?? "", server.reason, stateNames[server.state], server.coverage]
         .map(visible).join("\n").toLowerCase();
     return {server, index, row, text};
@@ -59,9 +62,9 @@ function order(a, b, key, sign) {
 
 function sortBy(button) {
     const heading = button.closest("th");
-    const before = heading.getAttribute("aria-sort");
     const opposite = {ascending: "descending", descending: "ascending"};
-    const direction = opposite[before] || button.dataset.first || "ascending";
+    const direction = opposite[heading.getAttribute("aria-sort")] ??
+        (heading.className === "number" ? "descending" : "ascending");
     for (const other of document.querySelectorAll("#servers [aria-sort]")) {
         other.removeAttribute("aria-sort");
     }
@@ -98,19 +101,23 @@ function statesOf(entries) {
 }
 
 // A total is that of the servers that have the number; it says so where others have not.
+function totalCell(entries, key, text) {
+    const known = entries.map((entry) => entry.server[key]).filter((value) => value !== null);
+    const sum = known.reduce((one, other) => one + other, 0);
+    const total = numberCell(known.length > 0 ? text(sum) : null);
+    if (known.length > 0 && known.length < entries.length) {
+        total.append(small("of " + count(known.length)));
+    }
+    return total;
+}
+
 function showTotals() {
     const entries = shown();
-    for (const key of columns) {
-        const known = entries.map((entry) => entry.server[key]).filter((value) => value !== null);
-        const total = byId("total-" + key);
-        total.textContent = known.length > 0
-            ? shownAs[key](known.reduce((sum, value) => sum + value, 0)) : "–";
-        if (known.length > 0 && known.length < entries.length) {
-            total.append(small("of " + count(known.length)));
-        }
-    }
-    byId("total-name").textContent = "Total of " + count(entries.length);
-    byId("total-state").textContent = statesOf(entries);
+    const heading = rowHeading("Total of " + count(entries.length));
+    heading.id = "total-name";
+    const totals = Object.entries(shownAs).map(([key, text]) => totalCell(entries, key, text));
+    const row = tableRow(heading, cell(statesOf(entries), "wide"), totals, cell(""));
+    byId("servers").tFoot.replaceChildren(row);
 }
 
 // ---- All servers together ----

@@ -4,7 +4,6 @@ document.title = visible(fleet.title);
 setText(document, "#title", fleet.title);
 setText(document, "#about", "Written " + clock(fleet.generated, 0) + " UTC");
 setText(document, "#program", "tarnhwplan " + fleet.version);
-labelled(byId("servers").tFoot.rows[0], byId("servers").tHead.rows[0].cells);
 sortBy(document.querySelector("[data-key=name]"));
 filter();
 showTogether();

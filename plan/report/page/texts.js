@@ -33,19 +33,9 @@ const kib = (value) => bytes(value * 1024);
 const cores = (value) => count(Number(value.toFixed(2))) + (value === 1 ? " core" : " cores");
 
 function span(seconds) {
-    if (seconds === 0) {
-        return "0s";
-    }
-    const parts = [["d", 86400], ["h", 3600], ["m", 60], ["s", 1]];
-    const texts = [];
-    for (const [letter, size] of parts) {
-        const whole = Math.floor(seconds / size);
-        if (whole > 0 && texts.length < 2) {
-            texts.push(whole + letter);
-            seconds -= whole * size;
-        }
-    }
-    return texts.join(" ");
+    const parts = [["d", 86400, Infinity], ["h", 3600, 24], ["m", 60, 60], ["s", 1, 60]];
+    return parts.map(([letter, size, most]) => [Math.floor(seconds / size) % most, letter])
+        .filter(([whole]) => whole > 0).slice(0, 2).map((part) => part.join("")).join(" ") || "0s";
 }
 
 // "2026-03-12 14:05:00"; the time since the start where the start is not known.
