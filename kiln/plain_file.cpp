@@ -29,81 +29,71 @@ const char* kind_of(mode_t mode) {
     }
 }
 
-PlainFile failed(int error) {
-    PlainFile file;
-    file.error = error;
-    file.trouble = std::strerror(error);
-    return file;
-}
-
-// The trouble with what was looked at.
-PlainFile judged(const struct stat& info, const struct statfs& system) {
+// Of what the system has told, or not.
+Result<PlainFile> judged(bool told, const struct stat& info, const struct statfs& system) {
+    if (!told) {
+        return Reason{std::strerror(errno)};
+    }
     PlainFile file;
     file.is_pipe = S_ISFIFO(info.st_mode) && system.f_type == PIPEFS_MAGIC;
     file.size = static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0));
     if (!S_ISREG(info.st_mode) && !file.is_pipe) {
-        file.trouble = kind_of(info.st_mode);
+        errno = 0;
+        return Reason{kind_of(info.st_mode)};
     }
     return file;
 }
 
-PlainFile look_at(const std::string& path) {
+Result<PlainFile> look_at(const std::string& path) {
     struct stat info = {};
     struct statfs system = {};
-    const bool seen = stat(path.c_str(), &info) == 0 && statfs(path.c_str(), &system) == 0;
-    return seen ? judged(info, system) : failed(errno);
+    const bool told = stat(path.c_str(), &info) == 0 && statfs(path.c_str(), &system) == 0;
+    return judged(told, info, system);
 }
 
-PlainFile look_at(const Descriptor& fd) {
+Result<PlainFile> look_at(int fd) {
     struct stat info = {};
     struct statfs system = {};
-    const bool seen = fstat(fd.get(), &info) == 0 && fstatfs(fd.get(), &system) == 0;
-    return seen ? judged(info, system) : failed(errno);
+    return judged(fstat(fd, &info) == 0 && fstatfs(fd, &system) == 0, info, system);
 }
 
 }  // namespace
 
 // Looked at before, because to open some devices is to change them; and once more behind it, for
 // somebody may have exchanged the file.
-PlainFile open_plain_file(const std::string& path) {
-    PlainFile file = look_at(path);
-    if (!file.trouble.empty()) {
+Result<PlainFile> open_plain_file(const std::string& path) {
+    Result<PlainFile> file = look_at(path);
+    if (!file) {
         return file;
     }
     Descriptor fd = open_at_once(path, O_RDONLY);
     if (!fd) {
-        return failed(errno);
+        return Reason{std::strerror(errno)};
     }
-    file = look_at(fd);
-    if (!file.trouble.empty()) {
-        return file;
-    }
+    file = look_at(fd.get());
     // Who writes into a pipe may take their time.
-    if (file.is_pipe && fcntl(fd.get(), F_SETFL, 0) != 0) {
-        return failed(errno);
+    if (file && file->is_pipe && fcntl(fd.get(), F_SETFL, 0) != 0) {
+        return Reason{std::strerror(errno)};
     }
-    file.fd = std::move(fd);
+    if (file) {
+        file->fd = std::move(fd);
+    }
     return file;
 }
 
-PlainText read_plain_file(const std::string& path, std::size_t most_bytes) {
-    PlainFile file = open_plain_file(path);
-    PlainText read;
-    read.error = file.error;
-    read.trouble = std::move(file.trouble);
-    if (!file.fd) {
-        return read;
+Result<PlainText> read_plain_file(const std::string& path, std::size_t most_bytes) {
+    const Result<PlainFile> file = open_plain_file(path);
+    if (!file) {
+        return Reason{file.reason()};
     }
+    PlainText read;
     read.text.resize(most_bytes + 1);
     std::size_t size = 0;
-    while (size <= most_bytes) {
-        const ssize_t count = read_some(file.fd.get(), &read.text[size], read.text.size() - size);
+    ssize_t count = 1;
+    while (size <= most_bytes && count > 0) {
+        count = read_some(file->fd.get(), &read.text[size], read.text.size() - size);
         if (count < 0) {
-            const int error = errno;
-            return {{}, false, error, std::strerror(error)};
-        }
-        if (count == 0) {
-            break;
+            return Reason{std::strerror(errno)};
         }
         size += static_cast<std::size_t>(count);
     }

@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
 #include "calc/sample.h"
 #include "kiln/strings.h"
@@ -169,7 +167,6 @@ private:
 
     int limit_seconds() const;
     bool is_over(const std::string& what);
-    BoundedTask run(const std::function<std::string()>& task, int limit) const;
     void check_search_path();
     void check_sample_step(const SampleStep& step);
     void judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked);
@@ -205,24 +202,14 @@ bool Checker::is_over(const std::string& what) {
     return over;
 }
 
-// One that there can be no child for has died, with the reason as its message.
-BoundedTask Checker::run(const std::function<std::string()>& task, int limit) const {
-    try {
-        return run_bounded(task, limit, wake_fd_);
-    } catch (const std::system_error& error) {
-        BoundedTask never_begun;
-        never_begun.messages = error.what();
-        return never_begun;
-    }
-}
-
 std::string why_not(const BoundedTask& task, int limit) {
     return why_not_finished(task, limit) + (task.messages.empty() ? "" : ": " + task.messages);
 }
 
 void Checker::check_search_path() {
     const int limit = limit_seconds();
-    const BoundedTask task = run([&] { return look_at_search_path(host_.paths); }, limit);
+    const BoundedTask task =
+        run_bounded([&] { return look_at_search_path(host_.paths); }, limit, wake_fd_);
     if (task.end != BoundedTask::End::finished) {
         check_.findings.push_back(
             {"the folders of PATH cannot be looked at: " + why_not(task, limit),
@@ -231,7 +218,7 @@ void Checker::check_search_path() {
     }
     const std::size_t end = task.text.find('\n');
     missing_programs_ = Kiln::split(" ", task.text.substr(0, end), 0);
-    append(check_.findings, parse_check(task.text.substr(end + 1))->findings);
+    append(check_.findings, parse_part<CheckResult>(task.text.substr(end + 1))->findings);
 }
 
 bool Checker::has_programs(const SampleStep& step) const {
@@ -250,7 +237,8 @@ void Checker::check_sample_step(const SampleStep& step) {
     checked.result = left_out_text;
     if (!is_over(checked.what)) {
         const int limit = limit_seconds();
-        const BoundedTask task = run([&] { return take_watched_step(host_, step); }, limit);
+        const BoundedTask task =
+            run_bounded([&] { return take_watched_step(host_, step); }, limit, wake_fd_);
         checked.took_ms = task.took_ms;
         if (task.end == BoundedTask::End::finished) {
             judge_sample_step(json::parse(task.text), step, checked);
@@ -326,7 +314,7 @@ void Checker::check_descriptors() {
             .dump();
     };
     const int limit = limit_seconds();
-    const BoundedTask task = run(list, limit);
+    const BoundedTask task = run_bounded(list, limit, wake_fd_);
     if (task.end != BoundedTask::End::finished) {
         check_.findings.push_back(
             {"the open descriptors cannot be looked at: " + why_not(task, limit),
@@ -350,7 +338,7 @@ void Checker::check_mounts() {
         }
         const int limit = std::min(limit_seconds(), mount_limit_seconds);
         const BoundedTask task =
-            run([&] { return check_mount(mount.mount_point).reason(); }, limit);
+            run_bounded([&] { return check_mount(mount.mount_point).reason(); }, limit, wake_fd_);
         const std::string trouble =
             task.end == BoundedTask::End::too_long ? why_not(task, limit) : task.text;
         if (!trouble.empty()) {

@@ -43,7 +43,8 @@ Kiln::Done check_no_input(int fd, const Output& output, const std::string& name)
 
 bool is_recording(const std::string& path) {
     constexpr std::size_t enough = 4096;
-    return begins_like_recording(Kiln::read_plain_file(path, enough).text);
+    const Kiln::Result<Kiln::PlainText> read = Kiln::read_plain_file(path, enough);
+    return read && begins_like_recording(read->text);
 }
 
 // Empties what was opened for the result. Nothing of a device or a pipe can be.

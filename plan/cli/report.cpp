@@ -23,13 +23,13 @@ struct ReportOptions : RecordingOptions {
 
 std::string read_reason(const std::string& path) {
     constexpr std::size_t most_bytes = 65536;
-    Kiln::PlainText read = Kiln::read_plain_file(path, most_bytes);
-    if (!read.trouble.empty()) {
-        return path + " cannot be read: " + read.trouble;
+    Kiln::Result<Kiln::PlainText> read = Kiln::read_plain_file(path, most_bytes);
+    if (!read) {
+        return path + " cannot be read: " + read.reason();
     }
-    std::string& reason = read.text;
+    std::string& reason = read->text;
     reason.erase(reason.find_last_not_of(" \t\r\n") + 1);
-    return reason.empty() ? "no reason was given" : reason + (read.cut ? " ..." : "");
+    return reason.empty() ? "no reason was given" : reason + (read->cut ? " ..." : "");
 }
 
 // One server at a time: its recording is given up before the next is read.

@@ -11,8 +11,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -29,22 +29,18 @@ constexpr std::int64_t longest_wait_ms = 1000;
 // Of what is written to standard error. A task that complains for ever must not fill our memory.
 constexpr std::size_t most_message_bytes = 65536;
 
-[[noreturn]] void fail(const char* call) {
-    throw std::system_error(errno, std::generic_category(), call);
-}
-
 struct Pipe {
-    Pipe() {
-        int ends[2] = {-1, -1};
-        if (pipe2(ends, O_CLOEXEC) != 0) {
-            fail("pipe");
-        }
-        reader.reset(ends[0]);
-        writer.reset(ends[1]);
-    }
     Kiln::Descriptor reader;
     Kiln::Descriptor writer;
 };
+
+bool open_pipe(Pipe& pipe) {
+    int ends[2] = {-1, -1};
+    const bool opened = pipe2(ends, O_CLOEXEC) == 0;
+    pipe.reader.reset(ends[0]);
+    pipe.writer.reset(ends[1]);
+    return opened;
+}
 
 using Task = std::function<void(const TakePiece&)>;
 
@@ -193,15 +189,18 @@ BoundedTask run_bounded(const std::function<std::string()>& task, int limit_seco
 }
 
 BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
+    BoundedTask outcome;
     Pipe result;
     Pipe messages;
     reap_left_children();
     std::fflush(nullptr);
     const auto start = SteadyClock::now();
     const pid_t parent = getpid();
-    const pid_t child = fork();
+    const bool has_pipes = open_pipe(result) && open_pipe(messages);
+    const pid_t child = has_pipes ? fork() : -1;
     if (child < 0) {
-        fail("fork");
+        outcome.messages = std::string(has_pipes ? "fork: " : "pipe: ") + std::strerror(errno);
+        return outcome;
     }
     if (child == 0) {
         be_child(task, result, messages, parent);
@@ -210,7 +209,6 @@ BoundedTask run_bounded(const Task& task, int limit_seconds, int wake_fd) {
     result.writer.reset();
     messages.writer.reset();
 
-    BoundedTask outcome;
     outcome.end = collect(result, messages, std::chrono::seconds(limit_seconds), wake_fd, outcome);
     outcome.took_ms = std::chrono::duration_cast<milliseconds>(SteadyClock::now() - start).count();
     const bool finished = outcome.end == BoundedTask::End::finished;

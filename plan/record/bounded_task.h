@@ -8,10 +8,11 @@
 #include <string_view>
 
 struct BoundedTask {
-    enum class End { finished, too_long, stopped, died };
-    End end = End::died;
-    std::string text;      // what the task handed over
-    std::string messages;  // what was written to standard error meanwhile, 64 KiB at most
+    enum class End { finished, too_long, stopped, died, not_begun };
+    End end = End::not_begun;
+    std::string text;  // what the task handed over
+    // What was written to standard error meanwhile, 64 KiB at most; or why there could be no child.
+    std::string messages;
     std::int64_t took_ms = 0;
 };
 
@@ -27,7 +28,7 @@ using TakePiece = std::function<void(std::string_view piece)>;
 // Does the task in a child until it is silent for so many seconds, or until `wake_fd` can be read.
 // The child, with the commands that it runs, does not outlive us either.
 // A child that cannot be killed (it waits for a dead disk) is left behind, and reaped by a later
-// task once it is gone. Throws std::system_error when there can be no child.
+// task once it is gone.
 BoundedTask run_bounded(const std::function<void(const TakePiece& take_piece)>& task,
                         int limit_seconds, int wake_fd);
 

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <system_error>
 #include <utility>
 
 #include "inspect/distribution.h"
@@ -86,21 +85,19 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
     const auto take_here = [&] {
         Findings findings;
         take(host, step, findings);
-        return findings_text(findings);
+        return part_text(findings);
     };
+    const BoundedTask task = run_bounded(take_here, limit_seconds, wake_fd);
     StepOutcome outcome;
-    BoundedTask task;
-    try {
-        task = run_bounded(take_here, limit_seconds, wake_fd);
-    } catch (const std::system_error& error) {
-        outcome.findings.failures.push_back({step, error.what()});
+    if (task.end == BoundedTask::End::not_begun) {
+        outcome.findings.failures.push_back({step, task.messages});
         return outcome;
     }
     outcome.took_ms = task.took_ms;
     outcome.stopped = task.end == BoundedTask::End::stopped;
     outcome.ended = task.end == BoundedTask::End::finished;
     Kiln::Result<Findings> findings = outcome.ended
-                                          ? parse_findings(task.text)
+                                          ? parse_part<Findings>(task.text)
                                           : Kiln::Reason{why_not_finished(task, limit_seconds)};
     if (findings) {
         outcome.findings = std::move(*findings);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -61,7 +60,7 @@ void take_steps(const Host& host, const UsageSources& sources, const TakePiece& 
 RecordedPass last_pass(const std::string& text) {
     const std::vector<std::string> lines = Kiln::split("\n", text, 0);
     for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        if (const Kiln::Result<RecordedPass> pass = parse_pass(*line)) {
+        if (const Kiln::Result<RecordedPass> pass = parse_part<RecordedPass>(*line)) {
             return *pass;
         }
     }
@@ -79,6 +78,9 @@ std::string name_of_last_step(const std::string& text) {
 }
 
 std::string why_not_whole(const BoundedTask& task, int limit_seconds) {
+    if (task.end == BoundedTask::End::not_begun) {
+        return task.messages;
+    }
     const std::string why = task.end == BoundedTask::End::too_long
                                 ? "it took longer than " + std::to_string(limit_seconds) + " s"
                                 : why_not_finished(task, limit_seconds);
@@ -90,15 +92,9 @@ std::string why_not_whole(const BoundedTask& task, int limit_seconds) {
 std::optional<TakenPass> take_bounded_pass(const Host& host, const UsageSources& sources,
                                            int limit_seconds, int wake_fd) {
     TakenPass taken;
-    BoundedTask task;
-    try {
-        task =
-            run_bounded([&](const TakePiece& take_piece) { take_steps(host, sources, take_piece); },
-                        limit_seconds, wake_fd);
-    } catch (const std::system_error& error) {
-        taken.pass.failure = error.what();
-        return taken;
-    }
+    BoundedTask task =
+        run_bounded([&](const TakePiece& take_piece) { take_steps(host, sources, take_piece); },
+                    limit_seconds, wake_fd);
     if (task.end == BoundedTask::End::stopped) {
         return {};
     }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <system_error>
 
 #include "calc/scan_clock.h"
 #include "kiln/strings.h"
@@ -36,14 +35,10 @@ constexpr std::int64_t last_second = 253402300799;
 Hardware look_at_hardware(const UsageSources& sources, int wake_fd) {
     Hardware unknown;
     unknown.boot_id = read_boot_id(sources.paths);
-    try {
-        const BoundedTask task = run_bounded([&] { return hardware_text(read_hardware(sources)); },
-                                             interrupted_limit_seconds, wake_fd);
-        const Kiln::Result<Hardware> hardware = parse_hardware(task.text);
-        return hardware ? *hardware : unknown;
-    } catch (const std::system_error&) {
-        return unknown;
-    }
+    const BoundedTask task = run_bounded([&] { return part_text(read_hardware(sources)); },
+                                         interrupted_limit_seconds, wake_fd);
+    const Kiln::Result<Hardware> hardware = parse_part<Hardware>(task.text);
+    return hardware ? *hardware : unknown;
 }
 
 RecordingHeader describe(const RecorderSources& sources, ScanSpans spans, int wake_fd) {

@@ -47,10 +47,6 @@ ordered_json json_of(const std::vector<Item>& items) {
     return list_to_json(items, [](const Item& item) { return json_of(item); });
 }
 
-ordered_json json_of(const NetIfaceList& ifaces) {
-    return json_of(static_cast<const std::vector<NetIface>&>(ifaces));
-}
-
 class Writer {
 public:
     static constexpr bool is_writer = true;
@@ -98,10 +94,6 @@ ordered_json object_of(const Part& part) {
     ordered_json object = ordered_json::object();
     add_members(part, object);
     return object;
-}
-
-std::string finished(const ordered_json& line) {
-    return line.dump() + "\n";
 }
 
 // ---- Reading ----
@@ -160,10 +152,6 @@ void read_value(const json& value, std::vector<Item>& into) {
     for (const json& entry : value) {
         read_value(entry, into.emplace_back());
     }
-}
-
-void read_value(const json& value, NetIfaceList& into) {
-    read_value(value, static_cast<std::vector<NetIface>&>(into));
 }
 
 // nlohmann's words behind its "[json.exception.type_error.302] ".
@@ -309,7 +297,13 @@ bool is_blank(std::string_view text) {
     return text.find_first_not_of(std::string_view("\0\n", 2)) == std::string_view::npos;
 }
 
-// Of what one of our own processes wrote.
+}  // namespace
+
+template <class Part>
+std::string part_text(const Part& part) {
+    return object_of(part).dump();
+}
+
 template <class Part>
 Kiln::Result<Part> parse_part(std::string_view text) {
     try {
@@ -319,61 +313,42 @@ Kiln::Result<Part> parse_part(std::string_view text) {
     }
 }
 
-}  // namespace
+template Kiln::Result<CheckResult> parse_part(std::string_view text);
+template Kiln::Result<RecordedPass> parse_part(std::string_view text);
+template std::string part_text(const Findings& findings);
+template Kiln::Result<Findings> parse_part(std::string_view text);
+template std::string part_text(const Hardware& hardware);
+template Kiln::Result<Hardware> parse_part(std::string_view text);
 
 // The format comes first: by that a file is known, and a first line that was torn as well.
 std::string header_line(const RecordingHeader& header) {
     ordered_json line;
     line[format_name] = recording_format;
     add_members(header, line);
-    return finished(line);
+    return line.dump() + "\n";
 }
 
 std::string continuation_line(const Continuation& continuation) {
     ordered_json line;
     line[continued_name] = true;
     add_members(continuation, line);
-    return finished(line);
+    return line.dump() + "\n";
 }
 
 std::string check_line(const CheckResult& check) {
-    return finished(object_of(check));
+    return part_text(check) + "\n";
 }
 
 std::string pass_line(const RecordedPass& pass) {
-    return finished(object_of(pass));
+    return part_text(pass) + "\n";
 }
 
 std::string summary_line(const Summary& summary) {
-    return finished(object_of(summary));
-}
-
-std::string findings_text(const Findings& findings) {
-    return object_of(findings).dump();
-}
-
-Kiln::Result<Findings> parse_findings(std::string_view text) {
-    return parse_part<Findings>(text);
-}
-
-std::string hardware_text(const Hardware& hardware) {
-    return object_of(hardware).dump();
-}
-
-Kiln::Result<Hardware> parse_hardware(std::string_view text) {
-    return parse_part<Hardware>(text);
-}
-
-Kiln::Result<CheckResult> parse_check(std::string_view line) {
-    return parse_part<CheckResult>(line);
-}
-
-Kiln::Result<RecordedPass> parse_pass(std::string_view line) {
-    return parse_part<RecordedPass>(line);
+    return part_text(summary) + "\n";
 }
 
 // A torn line is damage as soon as another one follows.
-void RecordingParser::take_next(std::string_view line) {
+void RecordingParser::take(std::string_view line) {
     is_blank_ = is_blank_ && is_blank(line);
     if (is_torn_ && !is_blank_) {
         throw JsonDamage("this is not JSON");
@@ -397,9 +372,17 @@ void RecordingParser::take_next(std::string_view line) {
     recording_.whole_size += is_torn_ ? 0 : line.size();
 }
 
-Kiln::Done RecordingParser::take(std::string_view line) {
+Kiln::Done RecordingParser::take_lines(std::string_view& text, bool is_end) {
     try {
-        take_next(line);
+        while (!text.empty()) {
+            const std::size_t end = text.find('\n');
+            if (end == std::string_view::npos && !is_end) {
+                break;
+            }
+            const std::size_t size = std::min(end, text.size() - 1) + 1;
+            take(text.substr(0, size));
+            text.remove_prefix(size);
+        }
         return {};
     } catch (const std::exception& damage) {
         return Kiln::Reason{"line " + std::to_string(number_) + ": " + words_of(damage)};
@@ -419,14 +402,8 @@ Kiln::Result<Recording> RecordingParser::finish() {
 
 Kiln::Result<Recording> parse_recording(std::string_view text) {
     RecordingParser parser;
-    while (!text.empty()) {
-        const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
-        if (const Kiln::Done taken = parser.take(text.substr(0, size)); !taken) {
-            return Kiln::Reason{taken.reason()};
-        }
-        text.remove_prefix(size);
-    }
-    return parser.finish();
+    const Kiln::Done taken = parser.take_lines(text, true);
+    return taken ? parser.finish() : Kiln::Reason{taken.reason()};
 }
 
 bool begins_like_recording(std::string_view text) {

@@ -17,15 +17,15 @@ constexpr std::int32_t recording_format = 1;
 // members that a later program may add are passed over.
 class RecordingParser {
 public:
-    // The next line with its newline, which the last one may lack; never empty. After a reason
-    // nothing is taken any more.
-    Kiln::Done take(std::string_view line);
+    // Takes the whole lines off the text, and at the end also a last one without its newline. After
+    // a reason nothing is taken any more.
+    Kiln::Done take_lines(std::string_view& text, bool is_end);
 
     // When there are no more lines.
     Kiln::Result<Recording> finish();
 
 private:
-    void take_next(std::string_view line);
+    void take(std::string_view line);
 
     Recording recording_;
     std::size_t number_ = 0;         // of the last line
@@ -51,10 +51,9 @@ std::string check_line(const CheckResult& check);
 std::string pass_line(const RecordedPass& pass);
 std::string summary_line(const Summary& summary);
 
-// The same for what a child process hands to its parent.
-Kiln::Result<CheckResult> parse_check(std::string_view line);
-Kiln::Result<RecordedPass> parse_pass(std::string_view line);
-std::string findings_text(const Findings& findings);
-Kiln::Result<Findings> parse_findings(std::string_view text);
-std::string hardware_text(const Hardware& hardware);
-Kiln::Result<Hardware> parse_hardware(std::string_view text);
+// The same of one part, for what a child process hands to its parent: CheckResult, RecordedPass,
+// Findings and Hardware.
+template <class Part>
+std::string part_text(const Part& part);
+template <class Part>
+Kiln::Result<Part> parse_part(std::string_view text);

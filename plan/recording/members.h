@@ -164,7 +164,7 @@ void visit(Visitor& member, Seen<Visitor, StepFailure>& failure) {
 template <class Visitor>
 void visit(Visitor& member, Seen<Visitor, Findings>& findings) {
     member("quotaugidlimit", findings.quotaugidlimit);
-    member("interfaces", findings.ifaces);
+    member("interfaces", static_cast<Seen<Visitor, std::vector<NetIface>>&>(findings.ifaces));
     member("distribution", findings.distribution);
     member("hostname", findings.hostname);
     member("nameservers", findings.ns_attrs.nameservers);

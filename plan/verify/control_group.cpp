@@ -65,19 +65,23 @@ Kiln::Done check_group(const std::string& folder, const std::string& root) {
 }
 
 // More than any file of a group has. The path is somebody's word: it may lead to what is no group.
-Kiln::PlainText read_some_of(const std::string& path) {
+Kiln::Result<Kiln::PlainText> read_some_of(const std::string& path) {
     return Kiln::read_plain_file(path, 65536);
 }
 
+std::string text_of(const std::string& path) {
+    const Kiln::Result<Kiln::PlainText> read = read_some_of(path);
+    return read ? read->text : "";
+}
+
 void read_file(const std::string& name, GroupFiles& files) {
-    const Kiln::PlainText read = read_some_of(files.path + "/" + name);
+    const Kiln::Result<Kiln::PlainText> read = read_some_of(files.path + "/" + name);
     // Pressure that is switched off is not supported; a group that goes away has no device.
-    const bool is_missing =
-        read.error == ENOENT || read.error == EOPNOTSUPP || read.error == ENODEV;
-    if (read.trouble.empty()) {
-        files.texts[name] = read.text;
+    const bool is_missing = errno == ENOENT || errno == EOPNOTSUPP || errno == ENODEV;
+    if (read) {
+        files.texts[name] = read->text;
     } else if (!is_missing) {
-        files.unreadable.push_back(name + ": " + read.trouble);
+        files.unreadable.push_back(name + ": " + read.reason());
     }
 }
 
@@ -109,7 +113,7 @@ std::int64_t forks_refused_below(const std::string& folder) {
     fs::recursive_directory_iterator entry(folder, fs::directory_options::none, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
         if (entry->is_directory(error)) {
-            const std::string events = read_some_of(entry->path().string() + "/pids.events").text;
+            const std::string events = text_of(entry->path().string() + "/pids.events");
             const std::int64_t more = keyed(events, "max").value_or(0);
             refused = more > INT64_MAX - refused ? INT64_MAX : refused + more;
         }
@@ -132,7 +136,7 @@ std::string limited_group_below(const std::string& folder) {
         }
     }
     for (const char* const limit : {"memory.max", "memory.swap.max", "pids.max", "cpu.max"}) {
-        const std::string text = read_some_of(below + "/" + limit).text;
+        const std::string text = text_of(below + "/" + limit);
         if (!below.empty() && !text.empty() && text.rfind("max", 0) != 0) {
             return below;
         }
