@@ -6,7 +6,6 @@
 #include "kiln/strings.h"
 #include "plan/check/host_check.h"
 #include "plan/cli/commands.h"
-#include "plan/recording/finding_text.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/printable.h"
 #include "plan/text/wrapped.h"

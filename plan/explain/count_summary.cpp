@@ -17,30 +17,13 @@ constexpr double rising_ratio = 1.05;       // of the last third's median to the
 constexpr double late_share = 0.9;          // of the time watched
 constexpr double late_ratio = 1.05;         // of a late peak to what was seen before it
 
-struct Observation {
-    std::int64_t time_ms;  // since the epoch
-    std::int64_t at_ms;
-    std::int32_t pass;
-    std::int32_t value;
-    std::size_t recording;
-};
-
-// In the order of time.
-std::vector<Observation> observations_of(const std::vector<NamedRecording>& recordings,
-                                         std::size_t place) {
+std::vector<Observation> observations_of(const std::vector<TimedPass>& passes, std::size_t place) {
     std::vector<Observation> observations;
-    for (std::size_t i = 0; i < recordings.size(); ++i) {
-        const Recording& recording = recordings[i].recording;
-        for (const RecordedPass& pass : recording.passes) {
-            if (pass.taken.test(place)) {
-                observations.push_back({recording.header.start * 1000 + pass.at_ms, pass.at_ms,
-                                        pass.number, pass.counts[place], i});
-            }
+    for (const TimedPass& timed : passes) {
+        if (timed.pass->taken.test(place)) {
+            observations.push_back({timed.moment, timed.pass->counts[place]});
         }
     }
-    std::stable_sort(
-        observations.begin(), observations.end(),
-        [](const Observation& a, const Observation& b) { return a.time_ms < b.time_ms; });
     return observations;
 }
 
@@ -78,7 +61,7 @@ bool is_rising(const std::vector<Observation>& observations) {
 }
 
 // Whether the last tenth of the time saw clearly more than all before it.
-bool is_late(const std::vector<Observation>& observations, const Peak& peak) {
+bool is_late(const std::vector<Observation>& observations, const Observation& peak) {
     const std::int64_t begin = observations.front().time_ms;
     const auto watched = static_cast<double>(observations.back().time_ms - begin);
     const auto late =
@@ -118,18 +101,17 @@ void add_flaws(CountSummary& summary) {
     }
 }
 
-CountSummary summarize(const std::vector<NamedRecording>& recordings, std::size_t place,
+CountSummary summarize(const std::vector<TimedPass>& passes, std::size_t place,
                        std::int32_t page_size) {
     const Count& count = sampled_counts[place];
     CountSummary summary;
     summary.count = &count;
     summary.unit_bytes = bytes_of(count.unit, page_size);
-    const std::vector<Observation> observations = observations_of(recordings, place);
+    const std::vector<Observation> observations = observations_of(passes, place);
     if (observations.empty()) {
         return summary;
     }
-    const Observation& most = *std::max_element(observations.begin(), observations.end(), is_less);
-    summary.peak = Peak{most.value, most.time_ms, most.at_ms, most.pass, most.recording};
+    summary.peak = *std::max_element(observations.begin(), observations.end(), is_less);
     summary.least = std::min_element(observations.begin(), observations.end(), is_less)->value;
     summary.median = median_of(observations.begin(), observations.end());
     for (const Observation& observation : observations) {
@@ -151,9 +133,10 @@ std::string amount_text(const CountSummary& summary, std::int32_t value) {
 
 std::vector<CountSummary> summarize_counts(const std::vector<NamedRecording>& recordings,
                                            std::int32_t page_size) {
+    const std::vector<TimedPass> passes = passes_by_time(recordings);
     std::vector<CountSummary> summaries;
     for (std::size_t place = 0; place < sampled_count_number; ++place) {
-        summaries.push_back(summarize(recordings, place, page_size));
+        summaries.push_back(summarize(passes, place, page_size));
     }
     return summaries;
 }

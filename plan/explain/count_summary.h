@@ -8,19 +8,15 @@
 
 #include "plan/recording/combined_scan.h"
 
-// The largest value of a count, where it was seen first.
-struct Peak {
+// A value of a count, and where it was seen.
+struct Observation : Moment {
     std::int32_t value = 0;
-    std::int64_t time_ms = 0;   // since the epoch
-    std::int64_t at_ms = 0;     // since the start of its recording
-    std::int32_t pass = 0;      // its number there
-    std::size_t recording = 0;  // which one of those that were given
 };
 
 struct CountSummary {
     const Count* count = nullptr;
-    std::int64_t unit_bytes = 0;  // what one of it is in bytes; 0 for things
-    std::optional<Peak> peak;     // none when no pass has it
+    std::int64_t unit_bytes = 0;      // what one of it is in bytes; 0 for things
+    std::optional<Observation> peak;  // the first of the largest; none when no pass has it
     std::int32_t least = 0;
     std::int32_t median = 0;
     double mean = 0;

@@ -35,48 +35,47 @@ std::int64_t mean_took_ms(const Recording& recording) {
 // A part of a recording's time in which the same spans were in force.
 struct Part {
     ScanSpans spans;
+    std::int64_t interval_ms;  // from the beginning of one pass to that of the next
     std::int64_t from_ms;
     std::int64_t to_ms;
 };
 
-// From the beginning of one pass to that of the next.
-std::int64_t interval_ms(ScanSpans spans, std::int64_t took_ms) {
-    return std::int64_t{std::min(spans.time, spans.period)} * 1000 + took_ms;
-}
-
 // The last one ends with the scan time, each other where a recorder went on with other spans.
 std::vector<Part> parts_of(const Recording& recording) {
+    const std::int64_t took_ms = mean_took_ms(recording);
     const std::int64_t end_ms = std::int64_t{recording.spans().time} * 1000;
-    std::vector<Part> parts = {{recording.header.spans, 0, end_ms}};
+    std::vector<Part> parts;
+    const auto add_part = [&](ScanSpans spans, std::int64_t from_ms) {
+        const std::int64_t pause_ms = std::int64_t{std::min(spans.time, spans.period)} * 1000;
+        parts.push_back({spans, pause_ms + took_ms, from_ms, end_ms});
+    };
+    add_part(recording.header.spans, 0);
     for (const Continuation& continuation : recording.continuations) {
-        const std::int64_t at_ms = std::clamp(continuation.at_ms, parts.back().from_ms, end_ms);
-        const ScanSpans before = parts.back().spans;
-        if (continuation.spans.time == before.time && continuation.spans.period == before.period) {
-            continue;
+        Part& last = parts.back();
+        if (continuation.spans.time != last.spans.time ||
+            continuation.spans.period != last.spans.period) {
+            last.to_ms = std::clamp(continuation.at_ms, last.from_ms, end_ms);
+            add_part(continuation.spans, last.to_ms);
         }
-        parts.back().to_ms = at_ms;
-        parts.push_back({continuation.spans, at_ms, end_ms});
     }
     return parts;
 }
 
 // One at the start, one after each interval, and at the very end one where that is a while after. A
 // scan counts whole seconds, so within a second of the end there may be none.
-std::int64_t planned_passes(const Part& part, std::int64_t took_ms, bool is_last) {
+std::int64_t planned_passes(const Part& part, bool is_last) {
     const std::int64_t time_ms = part.to_ms - part.from_ms;
-    const std::int64_t interval = interval_ms(part.spans, took_ms);
-    if (time_ms == 0 || interval == 0) {
+    if (time_ms == 0 || part.interval_ms == 0) {
         return is_last || part.from_ms == 0 ? 1 : 0;
     }
-    return time_ms / interval + (time_ms % interval >= 1000 ? 1 : 0) + (is_last ? 1 : 0);
+    return time_ms / part.interval_ms + (time_ms % part.interval_ms >= 1000 ? 1 : 0) +
+           (is_last ? 1 : 0);
 }
 
-std::int64_t planned_passes(const Recording& recording) {
-    const std::int64_t took_ms = mean_took_ms(recording);
-    const std::vector<Part> parts = parts_of(recording);
+std::int64_t planned_passes(const Recording& recording, const std::vector<Part>& parts) {
     std::int64_t planned = 0;
     for (const Part& part : parts) {
-        planned += planned_passes(part, took_ms, &part == &parts.back());
+        planned += planned_passes(part, &part == &parts.back());
     }
     // What was taken was planned: passes may become quicker.
     return std::max(planned, static_cast<std::int64_t>(recording.passes.size()));
@@ -91,78 +90,63 @@ std::string duration_text(std::int64_t milliseconds) {
     return std::to_string(seconds / 3600) + ":" + two(seconds / 60 % 60) + ":" + two(seconds % 60);
 }
 
-class Measurement {
-public:
-    void add(const Recording& recording, std::size_t index);
-    Coverage finish();
-
-private:
-    void add_stretch(std::size_t index, std::int64_t from_ms, std::int64_t to_ms);
-
-    Coverage coverage_;
-    std::int64_t time_ms_ = 0;
-    std::vector<Part> parts_;  // of the recording that is being added
-    std::int64_t took_ms_ = 0;
-};
-
 // A stretch of one interval is none of the gaps.
-void Measurement::add_stretch(std::size_t index, std::int64_t from_ms, std::int64_t to_ms) {
-    const std::int64_t stretch = to_ms - from_ms;
-    coverage_.longest_gap_ms = std::max(coverage_.longest_gap_ms, stretch);
+void add_stretch(const std::vector<Part>& parts, const Gap& stretch, Coverage& coverage) {
+    const std::int64_t time_ms = stretch.to_ms - stretch.from_ms;
+    coverage.longest_gap_ms = std::max(coverage.longest_gap_ms, time_ms);
     std::int64_t interval = 0;  // the longest of those in force
-    for (const Part& part : parts_) {
-        if (part.from_ms <= to_ms && from_ms <= part.to_ms) {
-            interval = std::max(interval, interval_ms(part.spans, took_ms_));
+    for (const Part& part : parts) {
+        if (part.from_ms <= stretch.to_ms && stretch.from_ms <= part.to_ms) {
+            interval = std::max(interval, part.interval_ms);
         }
     }
-    if (stretch > interval + interval / 2 + 1000) {
-        coverage_.gaps.push_back({index, from_ms, to_ms});
+    if (time_ms > interval + interval / 2 + 1000) {
+        coverage.gaps.push_back(stretch);
     }
 }
 
-void Measurement::add(const Recording& recording, std::size_t index) {
-    const std::int64_t end_ms = std::int64_t{recording.spans().time} * 1000;
-    parts_ = parts_of(recording);
-    took_ms_ = mean_took_ms(recording);
-    coverage_.planned += planned_passes(recording);
-    time_ms_ += end_ms;
+void add_recording(const Recording& recording, std::size_t index, Coverage& coverage) {
+    const std::vector<Part> parts = parts_of(recording);
+    coverage.planned += planned_passes(recording, parts);
     std::int64_t last_ms = 0;
     for (const RecordedPass& pass : recording.passes) {
         if (pass.failure) {
-            ++coverage_.failed;
+            ++coverage.failed;
         } else {
-            ++coverage_.taken;
-            add_stretch(index, last_ms, pass.at_ms);
+            ++coverage.taken;
+            add_stretch(parts, {index, last_ms, pass.at_ms}, coverage);
             last_ms = pass.at_ms;
         }
     }
-    add_stretch(index, last_ms, std::max(last_ms, end_ms));
+    add_stretch(parts, {index, last_ms, std::max(last_ms, parts.back().to_ms)}, coverage);
 }
 
-Coverage Measurement::finish() {
-    const auto planned = static_cast<double>(std::max<std::int64_t>(coverage_.planned, 1));
-    const double share = static_cast<double>(coverage_.taken) / planned;
+int grade_of(const Coverage& coverage, std::int64_t time_ms) {
+    const auto planned = static_cast<double>(std::max<std::int64_t>(coverage.planned, 1));
+    const double share = static_cast<double>(coverage.taken) / planned;
     std::int64_t longest_ms = 0;
-    for (const Gap& gap : coverage_.gaps) {
+    for (const Gap& gap : coverage.gaps) {
         longest_ms = std::max(longest_ms, gap.to_ms - gap.from_ms);
     }
     const double gap =
-        time_ms_ > 0 ? static_cast<double>(longest_ms) / static_cast<double>(time_ms_) : 0.0;
+        time_ms > 0 ? static_cast<double>(longest_ms) / static_cast<double>(time_ms) : 0.0;
     const auto met = std::find_if(std::begin(grades), std::end(grades), [&](const Grade& grade) {
         return share >= grade.least_share && gap <= grade.largest_gap;
     });
-    coverage_.grade = std::max(1, complete - static_cast<int>(met - std::begin(grades)));
-    return coverage_;
+    return std::max(1, complete - static_cast<int>(met - std::begin(grades)));
 }
 
 }  // namespace
 
 Coverage measure_coverage(const std::vector<NamedRecording>& recordings) {
-    Measurement measurement;
+    Coverage coverage;
+    std::int64_t time_ms = 0;
     for (std::size_t i = 0; i < recordings.size(); ++i) {
-        measurement.add(recordings[i].recording, i);
+        add_recording(recordings[i].recording, i, coverage);
+        time_ms += std::int64_t{recordings[i].recording.spans().time} * 1000;
     }
-    return measurement.finish();
+    coverage.grade = grade_of(coverage, time_ms);
+    return coverage;
 }
 
 const char* grade_name(int grade) {

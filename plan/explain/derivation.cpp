@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 
 #include "calc/unit_costs.h"
 #include "kiln/numbers.h"
@@ -40,70 +39,56 @@ std::string number_text(std::uint64_t number) {
     return grouped(static_cast<std::int64_t>(number));
 }
 
-}  // namespace
-
-std::vector<std::string> Derivations::parts_of(const std::string& line) {
-    for (const Made& row : made()) {
-        if (line == row.line) {
-            return row.parts;
-        }
-    }
-    return {};
-}
-
-std::uint64_t Derivations::barrier_of(const std::string& line) const {
-    const ConfigLine* found = find_line(lines_, line);
-    return found == nullptr ? 0 : found->barrier;
-}
-
-std::uint64_t Derivations::limit_of(const std::string& line) const {
-    const ConfigLine* found = find_line(lines_, line);
-    return found == nullptr ? 0 : found->limit;
+// The number of the line of that name; 0 without one.
+std::uint64_t number_of(const std::vector<ConfigLine>& lines, const std::string& name,
+                        std::uint64_t ConfigLine::*number) {
+    const ConfigLine* found = find_line(lines, name);
+    return found == nullptr ? 0 : found->*number;
 }
 
 // What was opened itself has been beaten, or the line would not be a derived one.
-std::string Derivations::open_files() const {
-    const Count& count = count_of(&PhysParams::numfile);
-    const std::int32_t seen = scan_.profile.numfile;
-    const bool is_floor = seen < count.floor.value;
-    const std::string own = (is_floor ? "the floor of " : "") +
-                            grouped(is_floor ? count.floor.value : seen) + " x " +
-                            factor_text(static_cast<double>(scales_.memory));
+std::string open_files(const ConfigLine& line, const std::vector<ConfigLine>& lines,
+                       std::int32_t seen, ConfigScales scales) {
+    const auto barrier_of = [&](const char* name) {
+        return number_of(lines, name, &ConfigLine::barrier);
+    };
+    const std::int32_t floor = count_of(&PhysParams::numfile).floor.value;
+    const std::string own = (seen < floor ? "the floor of " : "") + grouped(std::max(seen, floor)) +
+                            " x " + factor_text(static_cast<double>(scales.memory));
     const std::uint64_t for_sockets =
         barrier_of("NUMTCPSOCK") + barrier_of("NUMOTHERSOCK") + barrier_of("NUMPTY");
-    const std::uint64_t processes = barrier_of("AVNUMPROC");
     const std::string of_sockets =
         "NUMTCPSOCK + NUMOTHERSOCK + NUMPTY = " + number_text(for_sockets);
     const std::string of_processes = factor_text(static_cast<double>(files_per_process)) +
-                                     " for each of " + number_text(processes) + " processes";
-    const bool sockets_decide = for_sockets == barrier_of("NUMFILE");
-    return sockets_decide
+                                     " for each of " + number_text(barrier_of("AVNUMPROC")) +
+                                     " processes";
+    return for_sockets == line.barrier
                ? of_sockets + "; " + of_processes + " and " + own + " were less"
                : of_processes + " (AVNUMPROC); " + own + " and " + of_sockets + " were less";
 }
 
-std::string Derivations::each_costs(std::int64_t cost, const std::string& line) const {
-    return size_text(static_cast<double>(cost)) + " for each of " + number_text(barrier_of(line)) +
-           " (" + line + ")";
-}
-
 // The largest of what is added up comes first.
-std::string Derivations::memory_limit() const {
+std::string memory_limit(const std::vector<ConfigLine>& lines, double page, ConfigScales scales) {
     struct Term {
         std::string name;
         double bytes;
     };
     // As the sum takes them: a number that wrapped around is negative, and is doubled in 32 bits.
-    const auto number = [](std::uint64_t written) { return static_cast<std::int32_t>(written); };
-    const auto bytes = [&](std::uint64_t written) { return static_cast<double>(number(written)); };
-    const double page = scan_.page_size;
+    const auto number = [&](const char* name, std::uint64_t ConfigLine::*which) {
+        return static_cast<std::int32_t>(number_of(lines, name, which));
+    };
+    const auto barrier = [&](const char* name) -> double {
+        return number(name, &ConfigLine::barrier);
+    };
+    const auto limit = [&](const char* name) -> double { return number(name, &ConfigLine::limit); };
+    const double twice = Kiln::wrap_mul(number("TCPRCVBUF", &ConfigLine::limit), 2);
     std::vector<Term> terms = {
-        {"PRIVVMPAGES' limit", page * bytes(limit_of("PRIVVMPAGES"))},
-        {"LOCKEDPAGES", page * bytes(barrier_of("LOCKEDPAGES"))},
-        {"KMEMSIZE", bytes(barrier_of("KMEMSIZE"))},
-        {"twice TCPRCVBUF", static_cast<double>(Kiln::wrap_mul(number(limit_of("TCPRCVBUF")), 2))},
-        {"OTHERSOCKBUF", bytes(limit_of("OTHERSOCKBUF"))},
-        {"DGRAMRCVBUF", bytes(limit_of("DGRAMRCVBUF"))},
+        {"PRIVVMPAGES' limit", page * limit("PRIVVMPAGES")},
+        {"LOCKEDPAGES", page * barrier("LOCKEDPAGES")},
+        {"KMEMSIZE", barrier("KMEMSIZE")},
+        {"twice TCPRCVBUF", twice},
+        {"OTHERSOCKBUF", limit("OTHERSOCKBUF")},
+        {"DGRAMRCVBUF", limit("DGRAMRCVBUF")},
     };
     std::stable_sort(terms.begin(), terms.end(),
                      [](const Term& a, const Term& b) { return a.bytes > b.bytes; });
@@ -112,25 +97,42 @@ std::string Derivations::memory_limit() const {
         texts.push_back(term.name + " " + size_text(term.bytes));
     }
     return "the sum of " + Kiln::join(", ", texts) + "; times " +
-           factor_text(static_cast<double>(scales_.memory));
+           factor_text(static_cast<double>(scales.memory));
 }
 
-std::string Derivations::words_of(const ConfigLine& line) const {
+const Made* find_made(const std::string& line) {
+    const auto row = std::find_if(made().begin(), made().end(),
+                                  [&](const Made& candidate) { return line == candidate.line; });
+    return row == made().end() ? nullptr : &*row;
+}
+
+}  // namespace
+
+std::string derivation_of(const ConfigLine& line, const std::vector<ConfigLine>& lines,
+                          const CombinedScan& scan, ConfigScales scales) {
     const std::string name = line.name;
+    const Made* row = find_made(name);
+    if (row == nullptr) {
+        return {};
+    }
     if (name == "NUMFILE") {
-        return open_files();
+        return open_files(line, lines, scan.profile.numfile, scales);
     }
     if (name == "SLMMEMORYLIMIT") {
-        return memory_limit();
+        return memory_limit(lines, scan.page_size, scales);
     }
-    for (const Made& row : made()) {
-        if (name == row.line) {
-            return row.cost == 0 ? "as many as " + row.parts[0]
-                                 : each_costs(row.cost, row.parts[0]) +
-                                       (row.parts.size() > 1 ? ", and " + row.parts[1] : "");
-        }
+    const std::string& part = row->parts[0];
+    if (row->cost == 0) {
+        return "as many as " + part;
     }
-    return {};
+    return size_text(static_cast<double>(row->cost)) + " for each of " +
+           number_text(number_of(lines, part, &ConfigLine::barrier)) + " (" + part + ")" +
+           (row->parts.size() > 1 ? ", and " + row->parts[1] : "");
+}
+
+std::vector<std::string> parts_of(const std::string& line) {
+    const Made* row = find_made(line);
+    return row == nullptr ? std::vector<std::string>() : row->parts;
 }
 
 std::string factor_text(double factor) {

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <map>
 
 #include "plan/explain/derivation.h"
 #include "plan/explain/usage_section.h"
@@ -94,84 +93,62 @@ const char* misfit_of(const ConfigLine& line) {
     return is_clamped ? "the number was clamped to the largest of 32 bits" : nullptr;
 }
 
-class Explainer {
-public:
-    Explainer(const CombinedScan& scan, ConfigScales scales,
-              const std::vector<CountSummary>& counts, const std::vector<ConfigLine>& lines)
-        : scan_(scan), scales_(scales), counts_(counts), derivations_(lines, scan, scales) {
-        for (const ConfigLine& line : lines) {
-            if (const char* misfit = misfit_of(line)) {
-                misfits_[line.name] = misfit;
-            }
-        }
-    }
-
-    LineExplanation explain(const ConfigLine& line) const;
-
-private:
-    void explain_own_count(const ConfigLine& line, LineExplanation& explanation) const;
-    void explain_sampled_count(const CountSummary& summary, const ConfigLine& line,
-                               LineExplanation& explanation) const;
-    void explain_average(LineExplanation& explanation) const;
-    void explain_quotas(LineExplanation& explanation) const;
-    void explain_from_others(const ConfigLine& line, LineExplanation& explanation) const;
-    void add_misfit_remarks(LineExplanation& explanation) const;
-
-    const CombinedScan& scan_;
-    const ConfigScales scales_;
-    const std::vector<CountSummary>& counts_;
-    const Derivations derivations_;
-    std::map<std::string, std::string> misfits_;  // by the lines, what became of their numbers
+// What every line is explained from.
+struct Known {
+    const CombinedScan& scan;
+    const ConfigScales scales;
+    const std::vector<CountSummary>& counts;
+    const std::vector<ConfigLine>& lines;
 };
 
-void Explainer::explain_from_others(const ConfigLine& line, LineExplanation& explanation) const {
+void explain_from_others(const Known& known, const ConfigLine& line, LineExplanation& explanation) {
     explanation.basis = Basis::derived;
     for (const Count* source : line.sources) {
         if (source->line != explanation.name) {
             explanation.made_from.emplace_back(source->line);
         }
     }
-    explanation.derivation = derivations_.words_of(line);
+    explanation.derivation = derivation_of(line, known.lines, known.scan, known.scales);
 }
 
-void Explainer::explain_average(LineExplanation& explanation) const {
+void explain_average(const Known& known, LineExplanation& explanation) {
     explanation.count = average_count.name;
-    const bool is_floor =
-        scales_.memory * scan_.profile.avnumproc <= static_cast<float>(*explanation.floor);
+    const bool is_floor = known.scales.memory * known.scan.profile.avnumproc <=
+                          static_cast<float>(*explanation.floor);
     explanation.basis = is_floor ? Basis::floor : Basis::measurement;
     explanation.seen =
-        one_decimal(static_cast<double>(scan_.profile.avnumproc)) + " " + average_count.label;
+        one_decimal(static_cast<double>(known.scan.profile.avnumproc)) + " " + average_count.label;
     explanation.notes.push_back(
         "this is the mean of the largest number up to each pass; the mean of the passes is " +
-        one_decimal(counts_[place_of(&PhysParams::numproc)].mean));
+        one_decimal(known.counts[place_of(&PhysParams::numproc)].mean));
 }
 
-void Explainer::explain_quotas(LineExplanation& explanation) const {
+void explain_quotas(const Known& known, LineExplanation& explanation) {
     explanation.basis = Basis::finding;
-    if (scan_.profile.quotaugidlimit == 0) {
+    if (known.scan.profile.quotaugidlimit == 0) {
         explanation.floor.reset();
         explanation.factor.reset();
     }
 }
 
-void Explainer::explain_sampled_count(const CountSummary& summary, const ConfigLine& line,
-                                      LineExplanation& explanation) const {
+void explain_sampled_count(const Known& known, const CountSummary& summary, const ConfigLine& line,
+                           LineExplanation& explanation) {
     const Count& count = *summary.count;
     explanation.count = count.name;
     explanation.peak = summary.peak;
     explanation.seen = summary.peak ? amount_text(summary, summary.peak->value) : "";
     explanation.remarks = summary.flaws;
-    if (count.field == &PhysParams::diskinodes && scan_.reiserfs_found) {
+    if (count.field == &PhysParams::diskinodes && known.scan.reiserfs_found) {
         explanation.basis = Basis::finding;
         explanation.remarks.emplace_back("reiserfs counts no inodes: the number is a guess");
         return;
     }
     // What the count alone would come to: where the line has more, others have raised it.
-    const std::int32_t own = apply_rule(count, scan_.profile.*count.field, scales_);
+    const std::int32_t own = apply_rule(count, known.scan.profile.*count.field, known.scales);
     if (own < static_cast<std::int64_t>(line.barrier)) {
         // More open files than were seen: for sockets and terminals, or for the processes.
-        explain_from_others(line, explanation);
-    } else if (explanation.floor && own == apply_rule(count, 0, scales_)) {
+        explain_from_others(known, line, explanation);
+    } else if (explanation.floor && own == apply_rule(count, 0, known.scales)) {
         explanation.basis = Basis::floor;
     } else {
         explanation.basis = Basis::measurement;
@@ -182,37 +159,36 @@ void Explainer::explain_sampled_count(const CountSummary& summary, const ConfigL
 }
 
 // A line that a count gives its size.
-void Explainer::explain_own_count(const ConfigLine& line, LineExplanation& explanation) const {
+void explain_own_count(const Known& known, const ConfigLine& line, LineExplanation& explanation) {
     const Count& count = line.sources.front();
-    explanation.factor = factor_of(count, scales_);
+    explanation.factor = factor_of(count, known.scales);
     explanation.floor = floor_of(count);
     const std::size_t place = place_of(count.field);
     if (&count == &average_count) {
-        explain_average(explanation);
+        explain_average(known, explanation);
     } else if (&count == &quota_count) {
-        explain_quotas(explanation);
-    } else if (place < counts_.size()) {
-        explain_sampled_count(counts_[place], line, explanation);
-    } else {  // never counted
-        explanation.basis = Basis::fixed;
-    }
+        explain_quotas(known, explanation);
+    } else if (place < known.counts.size()) {
+        explain_sampled_count(known, known.counts[place], line, explanation);
+    }  // else it is never counted, and fixed
 }
 
 // Its own number, or else one that it is made from.
-void Explainer::add_misfit_remarks(LineExplanation& explanation) const {
-    if (const auto own = misfits_.find(explanation.name); own != misfits_.end()) {
-        explanation.remarks.push_back(own->second);
+void add_misfit_remarks(const Known& known, const ConfigLine& line, LineExplanation& explanation) {
+    if (const char* own = misfit_of(line)) {
+        explanation.remarks.emplace_back(own);
         return;
     }
-    for (const std::string& part : Derivations::parts_of(explanation.name)) {
-        if (misfits_.count(part) != 0 && explanation.basis == Basis::derived) {
-            explanation.remarks.push_back("it is made from " + part + ": there " +
-                                          misfits_.at(part));
+    for (const std::string& part : parts_of(explanation.name)) {
+        const ConfigLine* found = find_line(known.lines, part);
+        const char* misfit = found == nullptr ? nullptr : misfit_of(*found);
+        if (misfit != nullptr && explanation.basis == Basis::derived) {
+            explanation.remarks.push_back("it is made from " + part + ": there " + misfit);
         }
     }
 }
 
-LineExplanation Explainer::explain(const ConfigLine& line) const {
+LineExplanation explain_line(const Known& known, const ConfigLine& line) {
     LineExplanation explanation;
     explanation.name = line.name;
     explanation.value = value_of(line);
@@ -222,7 +198,7 @@ LineExplanation Explainer::explain(const ConfigLine& line) const {
     if (line.kind != LineFacts::Kind::text) {
         explanation.limit = line.limit;
     }
-    explanation.meaning = meaning_of(line, scan_.page_size);
+    explanation.meaning = meaning_of(line, known.scan.page_size);
     if (line.margin > 1.0) {
         explanation.margin = line.margin;
     }
@@ -230,9 +206,9 @@ LineExplanation Explainer::explain(const ConfigLine& line) const {
         explanation.basis = line.step ? Basis::finding : Basis::fixed;
     } else if (!line.sources.empty()) {
         if (line.sources.front().line == explanation.name) {
-            explain_own_count(line, explanation);
+            explain_own_count(known, line, explanation);
         } else {
-            explain_from_others(line, explanation);
+            explain_from_others(known, line, explanation);
         }
     }
     if (explanation.basis == Basis::floor &&
@@ -242,7 +218,7 @@ LineExplanation Explainer::explain(const ConfigLine& line) const {
     if (is_odd_for_a_shell(line)) {
         explanation.remarks.emplace_back("a shell that reads the configuration acts on this text");
     }
-    add_misfit_remarks(explanation);
+    add_misfit_remarks(known, line, explanation);
     return explanation;
 }
 
@@ -314,10 +290,10 @@ Explanation explain(const std::vector<NamedRecording>& recordings, const Combine
     explanation.usage = summarize_usage(usage_series(recordings));
     const ComputedConfig computed = compute_known_lines(scan, scales);
     const std::optional<Hardware> hardware = newest_hardware(recordings);
-    const Explainer explainer(scan, scales, explanation.counts, computed.lines);
+    const Known known = {scan, scales, explanation.counts, computed.lines};
     for (const ConfigLine& line : computed.lines) {
         if (line.kind != LineFacts::Kind::text || !line.text.empty()) {
-            explanation.lines.push_back(explainer.explain(line));
+            explanation.lines.push_back(explain_line(known, line));
             if (const auto remark = larger_than_machine(line, hardware, scan.page_size)) {
                 explanation.lines.back().remarks.push_back(*remark);
             }

@@ -28,9 +28,9 @@ const char* name_of(Basis basis);
 struct LineExplanation {
     std::string name;
     Basis basis = Basis::fixed;
-    std::string count;         // the count that gives it its size, empty without one
-    std::optional<Peak> peak;  // of that count
-    std::string seen;          // the peak in human terms, or what was seen instead of one
+    std::string count;                // the count that gives it its size, empty without one
+    std::optional<Observation> peak;  // of that count
+    std::string seen;                 // the peak in human terms, or what was seen instead of one
     std::optional<std::int32_t> floor;
     std::optional<float> factor;   // what the basis is multiplied with
     std::optional<double> margin;  // what is kept in reserve, as a factor

@@ -1,10 +1,9 @@
 #include "plan/explain/explanation_json.h"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "plan/explain/derivation.h"
 #include "plan/recording/json_text.h"
 #include "plan/text/utc.h"
 
@@ -13,19 +12,14 @@ namespace {
 using nlohmann::ordered_json;
 
 // 1.2, where the float that is nearest to it is meant.
-ordered_json factor_json(double factor) {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.6g", factor);
-    return std::strtod(text, nullptr);
-}
-
 template <class Value>
 ordered_json optional_factor(const std::optional<Value>& factor) {
-    return factor ? factor_json(static_cast<double>(*factor)) : ordered_json();
+    return factor ? ordered_json(std::stod(factor_text(static_cast<double>(*factor))))
+                  : ordered_json();
 }
 
 // Where the largest was seen, with its value.
-template <class Value, class Moment>
+template <class Value>
 ordered_json peak_json(Value value, const Moment& moment) {
     return {{"value", value},
             {"time", utc_text(moment.time_ms / 1000)},
@@ -34,52 +28,44 @@ ordered_json peak_json(Value value, const Moment& moment) {
             {"recording", moment.recording + 1}};
 }
 
-ordered_json peak_json(const std::optional<Peak>& peak) {
+ordered_json peak_json(const std::optional<Observation>& peak) {
     return peak ? peak_json(peak->value, *peak) : ordered_json();
 }
 
 ordered_json line_json(const LineExplanation& line) {
-    ordered_json object;
-    object["name"] = line.name;
-    object["value"] = text_to_json(line.value);
-    object["barrier"] = optional_json(line.barrier);
-    object["limit"] = optional_json(line.limit);
-    object["meaning"] = line.meaning;
-    object["basis"] = name_of(line.basis);
-    object["count"] = line.count;
-    object["seen"] = line.seen;
-    object["peak"] = peak_json(line.peak);
-    object["floor"] = optional_json(line.floor);
-    object["factor"] = optional_factor(line.factor);
-    object["margin"] = optional_factor(line.margin);
-    object["made_from"] = texts_to_json(line.made_from);
-    object["derivation"] = line.derivation;
-    object["remarks"] = texts_to_json(line.remarks);
-    object["notes"] = texts_to_json(line.notes);
-    return object;
-}
-
-std::vector<std::string> all_remarks(const CountSummary& summary) {
-    std::vector<std::string> remarks = summary.flaws;
-    remarks.insert(remarks.end(), summary.remarks.begin(), summary.remarks.end());
-    return remarks;
+    return {{"name", line.name},
+            {"value", text_to_json(line.value)},
+            {"barrier", optional_json(line.barrier)},
+            {"limit", optional_json(line.limit)},
+            {"meaning", line.meaning},
+            {"basis", name_of(line.basis)},
+            {"count", line.count},
+            {"seen", line.seen},
+            {"peak", peak_json(line.peak)},
+            {"floor", optional_json(line.floor)},
+            {"factor", optional_factor(line.factor)},
+            {"margin", optional_factor(line.margin)},
+            {"made_from", texts_to_json(line.made_from)},
+            {"derivation", line.derivation},
+            {"remarks", texts_to_json(line.remarks)},
+            {"notes", texts_to_json(line.notes)}};
 }
 
 ordered_json count_json(const CountSummary& summary) {
     const Count& count = *summary.count;
-    ordered_json object;
-    object["name"] = count.name;
-    object["label"] = count.label;
-    object["unit_bytes"] = summary.unit_bytes;
-    object["line"] = count.line;
-    object["floor"] = optional_json(floor_of(count));
-    object["peak"] = peak_json(summary.peak);
-    object["least"] = summary.least;
-    object["median"] = summary.median;
-    object["mean"] = summary.mean;
-    object["remarks"] = texts_to_json(all_remarks(summary));
-    object["notes"] = texts_to_json(summary.notes);
-    return object;
+    std::vector<std::string> remarks = summary.flaws;
+    remarks.insert(remarks.end(), summary.remarks.begin(), summary.remarks.end());
+    return {{"name", count.name},
+            {"label", count.label},
+            {"unit_bytes", summary.unit_bytes},
+            {"line", count.line},
+            {"floor", optional_json(floor_of(count))},
+            {"peak", peak_json(summary.peak)},
+            {"least", summary.least},
+            {"median", summary.median},
+            {"mean", summary.mean},
+            {"remarks", texts_to_json(remarks)},
+            {"notes", texts_to_json(summary.notes)}};
 }
 
 ordered_json gap_json(const Gap& gap) {
@@ -128,14 +114,12 @@ ordered_json usage_json(const UsageSummaries& usage) {
 }  // namespace
 
 ordered_json explanation_json(const Explanation& explanation) {
-    ordered_json object;
-    object["host"] = text_to_json(explanation.host);
-    object["state"] = name_of(explanation.verdict.state);
-    object["reasons"] = texts_to_json(explanation.verdict.reasons);
-    object["coverage"] = coverage_json(explanation.coverage);
-    object["remarks"] = texts_to_json(explanation.remarks);
-    object["lines"] = list_to_json(explanation.lines, line_json);
-    object["counts"] = list_to_json(explanation.counts, count_json);
-    object["usage"] = usage_json(explanation.usage);
-    return object;
+    return {{"host", text_to_json(explanation.host)},
+            {"state", name_of(explanation.verdict.state)},
+            {"reasons", texts_to_json(explanation.verdict.reasons)},
+            {"coverage", coverage_json(explanation.coverage)},
+            {"remarks", texts_to_json(explanation.remarks)},
+            {"lines", list_to_json(explanation.lines, line_json)},
+            {"counts", list_to_json(explanation.counts, count_json)},
+            {"usage", usage_json(explanation.usage)}};
 }

@@ -59,10 +59,9 @@ std::optional<Hardware> newest_hardware(const std::vector<NamedRecording>& recor
         }
     };
     for (const NamedRecording& named : recordings) {
-        const std::int64_t start_ms = named.recording.header.start * 1000;
-        take(named.recording.header.hardware, start_ms);
+        take(named.recording.header.hardware, named.recording.time_ms(0));
         for (const Continuation& continuation : named.recording.continuations) {
-            take(continuation.hardware, start_ms + continuation.at_ms);
+            take(continuation.hardware, named.recording.time_ms(continuation.at_ms));
         }
     }
     return newest;

@@ -10,15 +10,47 @@ namespace {
 using Level = std::optional<std::int64_t> Usage::*;
 using Figure = std::optional<ProcessFigure> Usage::*;
 
-enum class Measure { kib, things, cores, bytes_per_second, things_per_second, share };
-
 constexpr double kib = 1024.0;
+
+// "3.14"
+std::string decimal_text(double value, int places) {
+    char text[512];  // the largest double has 309 digits
+    std::snprintf(text, sizeof text, "%.*f", places, value);
+    return text;
+}
+
+// What the numbers of a quantity are.
+struct Measure {
+    const char* base_unit;   // for programs
+    double in_base_units;    // one of them
+    double per_millisecond;  // a counter's growth by one in each millisecond; 0 for what grows not
+    std::string (*text)(double value, const char* things);  // for a person
+};
+
+constexpr Measure in_kib = {
+    "bytes", kib, 0, [](double value, const char* /*things*/) { return size_text(value * kib); }};
+constexpr Measure in_things = {"number", 1, 0, [](double value, const char* things) {
+                                   return grouped(static_cast<std::int64_t>(value)) + " " + things;
+                               }};
+constexpr Measure in_cores = {"cores", 1, 1, [](double value, const char* /*things*/) {
+                                  return decimal_text(value, 2) + " cores";
+                              }};
+constexpr Measure in_bytes_per_second = {
+    "bytes_per_second", 1, 1000,
+    [](double value, const char* /*things*/) { return size_text(value) + "/s"; }};
+constexpr Measure in_things_per_second = {
+    "per_second", 1, 1000,
+    [](double value, const char* things) { return decimal_text(value, 1) + " " + things; }};
+// The counters are microseconds.
+constexpr Measure as_share = {"ratio", 1, 0.001, [](double value, const char* /*things*/) {
+                                  return decimal_text(value * 100, 1) + " %";
+                              }};
 
 struct Quantity {
     const char* name;
     const char* label;
-    Measure unit;
-    const char* things;       // what is counted, where the unit is none
+    const Measure& measure;
+    const char* things;       // what is counted, where the measure does not say
     Level source;             // what it is at the moment; of a rate, the counter that grows
     Level other = nullptr;    // a counter whose growth is added
     Figure of_one = nullptr;  // instead of a source: the figure of one process
@@ -26,46 +58,32 @@ struct Quantity {
 
 // In the order of UsageQuantity.
 constexpr Quantity quantities[] = {
-    {"memory", "memory in use", Measure::kib, "", &Usage::memory_kib},
-    {"swap", "swap in use", Measure::kib, "", &Usage::swap_kib},
-    {"tasks", "tasks", Measure::things, "tasks", &Usage::tasks},
-    {"shm", "/dev/shm in use", Measure::kib, "", &Usage::shm_kib},
-    {"cores", "cores in use", Measure::cores, "", &Usage::cpu_ms},
-    {"runnable", "runnable processes", Measure::things, "processes", &Usage::runnable},
-    {"disk_bytes", "disk traffic", Measure::bytes_per_second, "", &Usage::disk_read_bytes,
+    {"memory", "memory in use", in_kib, "", &Usage::memory_kib},
+    {"swap", "swap in use", in_kib, "", &Usage::swap_kib},
+    {"tasks", "tasks", in_things, "tasks", &Usage::tasks},
+    {"shm", "/dev/shm in use", in_kib, "", &Usage::shm_kib},
+    {"cores", "cores in use", in_cores, "", &Usage::cpu_ms},
+    {"runnable", "runnable processes", in_things, "processes", &Usage::runnable},
+    {"disk_bytes", "disk traffic", in_bytes_per_second, "", &Usage::disk_read_bytes,
      &Usage::disk_written_bytes},
-    {"disk_operations", "disk operations", Measure::things_per_second, "operations/s",
+    {"disk_operations", "disk operations", in_things_per_second, "operations/s",
      &Usage::disk_operations},
-    {"network_bytes", "network traffic", Measure::bytes_per_second, "", &Usage::net_received_bytes,
+    {"network_bytes", "network traffic", in_bytes_per_second, "", &Usage::net_received_bytes,
      &Usage::net_sent_bytes},
-    {"descriptors", "descriptors of one process", Measure::things, "descriptors", nullptr, nullptr,
+    {"descriptors", "descriptors of one process", in_things, "descriptors", nullptr, nullptr,
      &Usage::descriptors},
-    {"locked", "locked memory of one process", Measure::kib, "", nullptr, nullptr,
-     &Usage::locked_kib},
-    {"cpu_pressure", "time in which some task waited for a processor", Measure::share, "",
+    {"locked", "locked memory of one process", in_kib, "", nullptr, nullptr, &Usage::locked_kib},
+    {"cpu_pressure", "time in which some task waited for a processor", as_share, "",
      &Usage::cpu_pressure_us},
-    {"memory_pressure", "time in which some task waited for memory", Measure::share, "",
+    {"memory_pressure", "time in which some task waited for memory", as_share, "",
      &Usage::memory_pressure_us},
-    {"io_pressure", "time in which some task waited for a disk", Measure::share, "",
+    {"io_pressure", "time in which some task waited for a disk", as_share, "",
      &Usage::io_pressure_us},
 };
 static_assert(std::size(quantities) == usage_quantity_count, "a row for each");
 
 bool is_rate(const Quantity& row) {
-    return row.unit != Measure::kib && row.unit != Measure::things;
-}
-
-// What the growth of a counter by one in each millisecond is in the unit.
-double per_millisecond(Measure unit) {
-    switch (unit) {
-        case Measure::share:
-            return 0.001;  // one microsecond of it
-        case Measure::bytes_per_second:
-        case Measure::things_per_second:
-            return 1000;
-        default:
-            return 1;
-    }
+    return row.measure.per_millisecond > 0;
 }
 
 const Quantity& row_of(UsageQuantity quantity) {
@@ -76,7 +94,7 @@ const Quantity& row_of(UsageQuantity quantity) {
 struct Reading {
     const Usage* usage;
     const std::string* boot_id;  // empty where it is not known
-    UsageValue moment;           // without a value
+    Moment moment;
 };
 
 const std::string& boot_id_of(const std::optional<Hardware>& hardware) {
@@ -97,29 +115,19 @@ const std::string& boot_id_at(const Recording& recording, std::int64_t at_ms) {
 
 std::vector<Reading> readings_by_time(const std::vector<NamedRecording>& recordings) {
     std::vector<Reading> readings;
-    for (std::size_t i = 0; i < recordings.size(); ++i) {
-        const Recording& recording = recordings[i].recording;
-        const std::int64_t start_ms = recording.header.start * 1000;
-        for (const RecordedPass& pass : recording.passes) {
-            if (pass.usage) {
-                readings.push_back({&*pass.usage,
-                                    &boot_id_at(recording, pass.at_ms),
-                                    {0.0, start_ms + pass.at_ms, pass.at_ms, pass.number, i, {}}});
-            }
+    for (const auto& [moment, pass] : passes_by_time(recordings)) {
+        if (pass->usage) {
+            const Recording& recording = recordings[moment.recording].recording;
+            readings.push_back({&*pass->usage, &boot_id_at(recording, moment.at_ms), moment});
         }
     }
-    std::stable_sort(readings.begin(), readings.end(), [](const Reading& a, const Reading& b) {
-        return a.moment.time_ms < b.moment.time_ms;
-    });
     return readings;
 }
 
 void add_value(const Reading& reading, double value, const std::string& process,
                std::vector<UsageValue>& values) {
     if (value >= 0) {
-        values.push_back(reading.moment);
-        values.back().value = value;
-        values.back().process = process;
+        values.push_back({reading.moment, value, process});
     }
 }
 
@@ -162,7 +170,7 @@ std::optional<double> rate(const Quantity& row, const Reading& from, const Readi
             grown += static_cast<double>(*grew);
         }
     }
-    return grown / static_cast<double>(*passed) * per_millisecond(row.unit);
+    return grown / static_cast<double>(*passed) * row.measure.per_millisecond;
 }
 
 bool has_counters(const Quantity& row, const Usage& usage) {
@@ -193,12 +201,6 @@ double nearest_rank(const std::vector<double>& sorted, int percentile) {
     return sorted[rank - 1];
 }
 
-std::string decimal_text(double value, int places) {
-    char text[512];  // the largest double has 309 digits
-    std::snprintf(text, sizeof text, "%.*f", places, value);
-    return text;
-}
-
 }  // namespace
 
 const char* name_of(UsageQuantity quantity) {
@@ -210,45 +212,16 @@ const char* label_of(UsageQuantity quantity) {
 }
 
 double base_value(UsageQuantity quantity, double value) {
-    return row_of(quantity).unit == Measure::kib ? value * kib : value;
+    return value * row_of(quantity).measure.in_base_units;
 }
 
 const char* base_unit_of(UsageQuantity quantity) {
-    switch (row_of(quantity).unit) {
-        case Measure::kib:
-            return "bytes";
-        case Measure::things:
-            return "number";
-        case Measure::cores:
-            return "cores";
-        case Measure::bytes_per_second:
-            return "bytes_per_second";
-        case Measure::things_per_second:
-            return "per_second";
-        case Measure::share:
-            break;
-    }
-    return "ratio";
+    return row_of(quantity).measure.base_unit;
 }
 
 std::string usage_text(UsageQuantity quantity, double value) {
-    constexpr double percent = 100.0;
     const Quantity& row = row_of(quantity);
-    switch (row.unit) {
-        case Measure::kib:
-            return size_text(value * kib);
-        case Measure::things:
-            return grouped(static_cast<std::int64_t>(value)) + " " + row.things;
-        case Measure::cores:
-            return decimal_text(value, 2) + " cores";
-        case Measure::bytes_per_second:
-            return size_text(value) + "/s";
-        case Measure::things_per_second:
-            return decimal_text(value, 1) + " " + row.things;
-        case Measure::share:
-            break;
-    }
-    return decimal_text(value * percent, 1) + " %";
+    return row.measure.text(value, row.things);
 }
 
 UsageSeries usage_series(const std::vector<NamedRecording>& recordings) {

@@ -46,13 +46,9 @@ double base_value(UsageQuantity quantity, double value);
 const char* base_unit_of(UsageQuantity quantity);
 
 // A value at the moment of a pass.
-struct UsageValue {
-    double value = 0.0;         // never negative
-    std::int64_t time_ms = 0;   // since the epoch
-    std::int64_t at_ms = 0;     // since the start of its recording
-    std::int32_t pass = 0;      // its number there
-    std::size_t recording = 0;  // which one of those that were given
-    std::string process;        // that has it, of descriptors and locked memory; any bytes
+struct UsageValue : Moment {
+    double value = 0.0;   // never negative
+    std::string process;  // that has it, of descriptors and locked memory; any bytes
 };
 
 // The values of every quantity in the order of time, by the place of the quantity. An average since

@@ -28,28 +28,6 @@ Kiln::Done check_same_host(const NamedRecording& first, const NamedRecording& se
     return {};
 }
 
-std::int64_t since_epoch_ms(const Recording& recording, std::int64_t at_ms) {
-    return recording.header.start * 1000 + at_ms;
-}
-
-struct TimedPass {
-    std::int64_t time_ms;  // since the epoch
-    const RecordedPass* pass;
-};
-
-// Of passes of one moment, those of the recording that was named first come first.
-std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordings) {
-    std::vector<TimedPass> passes;
-    for (const NamedRecording& named : recordings) {
-        for (const RecordedPass& pass : named.recording.passes) {
-            passes.push_back({since_epoch_ms(named.recording, pass.at_ms), &pass});
-        }
-    }
-    std::stable_sort(passes.begin(), passes.end(),
-                     [](const TimedPass& a, const TimedPass& b) { return a.time_ms < b.time_ms; });
-    return passes;
-}
-
 // A pass that failed before it counted anything is none for the average.
 void keep_passes(const std::vector<TimedPass>& passes, CombinedScan& scan) {
     std::int32_t pass_no = 0;
@@ -68,7 +46,7 @@ void keep_passes(const std::vector<TimedPass>& passes, CombinedScan& scan) {
 const NamedRecording* newest_with_findings(const std::vector<NamedRecording>& recordings) {
     const NamedRecording* newest = nullptr;
     const auto time_of = [](const Recording& recording) {
-        return since_epoch_ms(recording, recording.summary->at_ms);
+        return recording.time_ms(recording.summary->at_ms);
     };
     for (const NamedRecording& named : recordings) {
         if (named.recording.summary &&
@@ -150,6 +128,20 @@ std::optional<std::string> failed_passes(const NamedRecording& named) {
 }
 
 }  // namespace
+
+std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordings) {
+    std::vector<TimedPass> passes;
+    for (std::size_t i = 0; i < recordings.size(); ++i) {
+        const Recording& recording = recordings[i].recording;
+        for (const RecordedPass& pass : recording.passes) {
+            passes.push_back({{recording.time_ms(pass.at_ms), pass.at_ms, pass.number, i}, &pass});
+        }
+    }
+    std::stable_sort(passes.begin(), passes.end(), [](const TimedPass& a, const TimedPass& b) {
+        return a.moment.time_ms < b.moment.time_ms;
+    });
+    return passes;
+}
 
 Kiln::Result<CombinedScan> combine(const std::vector<NamedRecording>& recordings) {
     CombinedScan scan;

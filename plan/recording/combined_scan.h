@@ -1,6 +1,7 @@
 // What recordings of one host come to, as if one long scan had taken all their passes. Pure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -15,6 +16,22 @@ struct NamedRecording {
     std::string name;
     Recording recording;
 };
+
+// When a pass of one of several recordings was taken.
+struct Moment {
+    std::int64_t time_ms = 0;   // since the epoch
+    std::int64_t at_ms = 0;     // since the start of its recording
+    std::int32_t pass = 0;      // its number there
+    std::size_t recording = 0;  // which one of those that were given
+};
+
+struct TimedPass {
+    Moment moment;
+    const RecordedPass* pass;  // the recording's
+};
+
+// Of passes of one moment, those of the recording that was named first come first.
+std::vector<TimedPass> passes_by_time(const std::vector<NamedRecording>& recordings);
 
 struct CombinedScan {
     PhysParams profile;

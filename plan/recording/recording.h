@@ -103,6 +103,8 @@ struct Recording {
 
     // Those in force last.
     ScanSpans spans() const;
+    // A moment since the start as one since the epoch.
+    std::int64_t time_ms(std::int64_t at_ms) const { return header.start * 1000 + at_ms; }
     // When the last line was written, as far as it says so; since the start.
     std::int64_t last_ms() const;
 };
