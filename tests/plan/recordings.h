@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "calc/sample.h"
+#include "kiln/files.h"
 #include "plan/explain/explanation.h"
 #include "plan/recording/format.h"
 #include "tests/support/made_up_host.h"
@@ -62,6 +63,17 @@ inline Recording parsed(const std::string& text) {
     const Kiln::Result<Recording> result = parse_recording(text);
     EXPECT_EQ(result.reason(), "");
     return result ? *result : Recording();
+}
+
+inline std::string text_of(const std::string& path) {
+    std::string text;
+    Kiln::get_file(path, text);
+    return text;
+}
+
+// The text with another one in the place of `old`, which is in it.
+inline std::string changed(std::string text, const std::string& old, const std::string& now) {
+    return text.replace(text.find(old), old.size(), now);
 }
 
 inline const std::string df_header = "Filesystem 1K-blocks Used Available Use% Mounted on\n";
