@@ -51,15 +51,25 @@ class Browser:
     def run(self, script, *arguments):
         return self.call("POST", "/execute/sync", {"script": script, "args": list(arguments)})
 
-    def element(self, selector):
-        found = self.call("POST", "/element", {"using": "css selector", "value": selector})
-        return "/element/" + found[ELEMENT]
+    def get(self, expression):
+        return self.run("return " + expression)
+
+    def all(self, selector, expression):
+        """What the expression makes of each element e."""
+        return self.run(f"return [...document.querySelectorAll(arguments[0])].map((e) => {expression})", selector)
+
+    def until(self, expression):
+        self.wait_for(lambda: self.get(expression))
 
     def click(self, selector):
-        self.call("POST", self.element(selector) + "/click", {})
+        self.act(selector, "click", {})
 
     def type(self, selector, text):
-        self.call("POST", self.element(selector) + "/value", {"text": text})
+        self.act(selector, "value", {"text": text})
+
+    def act(self, selector, action, body):
+        found = self.call("POST", "/element", {"using": "css selector", "value": selector})
+        self.call("POST", f"/element/{found[ELEMENT]}/{action}", body)
 
     def size(self, width, height):
         metrics = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500}

@@ -8,39 +8,37 @@
 
 namespace {
 
-using Sums = std::vector<std::pair<std::int64_t, std::int64_t>>;
-
-Sums sums_of(const FleetUsage& usage) {
-    Sums sums;
-    for (const TrackValue& sum : usage.sums) {
-        sums.emplace_back(sum.time_ms, sum.value);
+std::string sums_of(const std::vector<UsageTrack>& tracks) {
+    std::vector<const UsageTrack*> pointers;
+    for (const UsageTrack& track : tracks) {
+        pointers.push_back(&track);
     }
-    return sums;
+    const std::optional<FleetUsage> usage = sum_usage(pointers);
+    if (!usage) {
+        return "none";
+    }
+    std::string text = std::to_string(usage->servers) + " servers:";
+    for (const TrackValue& sum : usage->sums) {
+        text += " " + std::to_string(sum.value) + " at " + std::to_string(sum.time_ms) + ",";
+    }
+    return text + " at most " + std::to_string(usage->peak.value) + " at " +
+           std::to_string(usage->peak.time_ms) + ", each " + std::to_string(usage->sum_of_peaks);
 }
 
 TEST(FleetUsage, AValueHoldsUntilTheNextOneAndToTheEnd) {
+    const UsageTrack silent;
+    EXPECT_EQ(sums_of({}), "none");
+    EXPECT_EQ(sums_of({silent}), "none");
     const UsageTrack early{{{0, 10}, {100, 30}, {200, 20}}, 250};
     const UsageTrack late{{{150, 5}, {260, 50}}, 260};
-    const UsageTrack silent;
-    const FleetUsage usage = *sum_usage({&early, &late, &silent});
-    EXPECT_EQ(usage.servers, 2U);
-    EXPECT_EQ(usage.sum_of_peaks, 80);
-    EXPECT_EQ(sums_of(usage),
-              (Sums{{0, 10}, {100, 30}, {150, 35}, {200, 25}, {250, 25}, {250, 5}, {260, 50}}));
-    EXPECT_EQ(usage.peak.value, 50);
-    EXPECT_EQ(usage.peak.time_ms, 260);
-}
-
-TEST(FleetUsage, WhatEndsAtAMomentIsStillThere) {
+    EXPECT_EQ(sums_of({early, late, silent}),
+              "2 servers: 10 at 0, 30 at 100, 35 at 150, 25 at 200, 25 at 250, 5 at 250, 50 at 260,"
+              " at most 50 at 260, each 80");
+    // What ends at a moment is still there in it, and the first of the largest counts.
     const UsageTrack one{{{0, 7}}, 100};
     const UsageTrack other{{{100, 7}, {200, 14}}, 150};  // said to end before its last value
-    const FleetUsage usage = *sum_usage({&one, &other});
-    EXPECT_EQ(sums_of(usage), (Sums{{0, 7}, {100, 14}, {100, 7}, {200, 14}}));
-    EXPECT_EQ(usage.peak.time_ms, 100) << "the first of the largest";
-    EXPECT_EQ(usage.sum_of_peaks, 21);
-    EXPECT_FALSE(sum_usage({}));
-    const UsageTrack silent;
-    EXPECT_FALSE(sum_usage({&silent}));
+    EXPECT_EQ(sums_of({one, other}),
+              "2 servers: 7 at 0, 14 at 100, 7 at 100, 14 at 200, at most 14 at 100, each 21");
 }
 
 TEST(FleetUsage, AServersTrackGoesByTheClockThatWasSetLast) {
@@ -48,8 +46,8 @@ TEST(FleetUsage, AServersTrackGoesByTheClockThatWasSetLast) {
     for (std::size_t i = 0; i < 2; ++i) {
         Usage& usage = named.recording.passes[i].usage.emplace();
         usage.memory_kib = 2048;
-        usage.uptime_ms = 10000 * static_cast<std::int64_t>(i);
-        usage.cpu_ms = 12345 * static_cast<std::int64_t>(i);
+        usage.uptime_ms = 10000 * i;
+        usage.cpu_ms = 12345 * i;
     }
     named.recording.passes[1].took_ms = 300;
     ServerUsage usage = server_usage(named);
