@@ -89,6 +89,12 @@ std::int32_t scaled(std::int32_t value, Factor factor, ConfigScales scales) {
     return value;
 }
 
+void store(ConfigLine& line, Pair pair) {
+    line.barrier = extended(pair.barrier);
+    line.limit = extended(pair.limit);
+    line.wrapped = pair.wrapped;
+}
+
 // One computation. `kmem_total_` gathers the bytes of kernel and user memory that the container may
 // need, in single precision and in the order of the lines.
 class Computation {
@@ -97,33 +103,117 @@ public:
         : p_(profile), scales_(scales), page_size_(page_size) {}
 
     // Raises and multiplies what was measured. The lines are made from that, each in its turn.
-    void adjust();
+    void adjust() {
+        for (const Count& count : sampled_counts) {
+            adjust_count(count);
+        }
+        adjust_count(terminal_count);
+        if (p_.quotaugidlimit != 0) {
+            quota_wrapped_ = cut(std::int64_t{p_.quotaugidlimit} * 2).wrapped;
+            adjust_count(quota_count);
+        }
+        p_.avnumproc = scales_.memory * p_.avnumproc;
+        const auto average_floor = static_cast<float>(average_count.floor.value);
+        if (average_floor > p_.avnumproc) {  // a NaN stays
+            p_.avnumproc = average_floor;
+        }
+    }
 
-    void take_count(ConfigLine& line);
-    void average(ConfigLine& line);
-    void open_files(ConfigLine& line);
-    void dentry_cache(ConfigLine& line);
-    void kernel_memory(ConfigLine& line);
-    void tcp_send_buffers(ConfigLine& line);
-    void tcp_receive_buffers(ConfigLine& line);
-    void other_buffers(ConfigLine& line);
-    void datagram_buffers(ConfigLine& line);
-    void private_pages(ConfigLine& line);
-    void guaranteed_pages(ConfigLine& line);
-    void locked_pages(ConfigLine& line);
-    void shared_pages(ConfigLine& line);
-    void quota_ids(ConfigLine& line);
-    void memory_limit(ConfigLine& line);
-    void memory_mode(ConfigLine& line);
-    void distribution(ConfigLine& line);
-    void host_name(ConfigLine& line);
-    void addresses(ConfigLine& line);
-    void search_domains(ConfigLine& line);
-    void name_servers(ConfigLine& line);
-    void features(ConfigLine& line);
+    // A line that is its first source and no more, or that with a margin.
+    void take_count(ConfigLine& line) {
+        const std::int32_t value = p_.*line.sources.front().field;
+        store(line, {value, line.margin > no_margin ? with_margin(value) : value});
+    }
+
+    void average(ConfigLine& line) {
+        const std::int32_t average = truncate_to_int32(p_.avnumproc);
+        store(line, {average, average});
+    }
+
+    // Every socket and terminal is an open file, and every process has some.
+    void open_files(ConfigLine& line) {
+        const Cut descriptors = cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty);
+        raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors.value)));
+        raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
+        store(line, {p_.numfile, p_.numfile, descriptors.wrapped});
+    }
+
+    void dentry_cache(ConfigLine& line) {
+        const Cut dentries = cut(p_.numfile * dentry_bytes_per_file);
+        p_.dcachesize = with_margin(dentries.value);
+        store(line, alike({p_.dcachesize, dentries.wrapped}));
+    }
+
+    void kernel_memory(ConfigLine& line) {
+        const Cut bytes = cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize);
+        const std::int32_t kmemsize = truncate_to_int32(static_cast<float>(bytes.value));
+        store(line, alike({kmemsize, bytes.wrapped}));
+        kmem_total_ = static_cast<float>(kmemsize);
+    }
+
+    void tcp_send_buffers(ConfigLine& line) { store(line, socket_buffers(p_.numtcpsock)); }
+
+    // The need is told once, for both directions.
+    void tcp_receive_buffers(ConfigLine& line) {
+        const Pair tcp = socket_buffers(p_.numtcpsock);
+        store(line, tcp);
+        const Cut twice = cut(std::int64_t{2} * tcp.limit);
+        need(static_cast<float>(twice.value));
+        kmem_wrapped_ = twice.wrapped;
+    }
+
+    void other_buffers(ConfigLine& line) {
+        const Pair other = socket_buffers(p_.numothersock);
+        store(line, other);
+        need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
+    }
+
+    void datagram_buffers(ConfigLine& line) {
+        store(line, {dgramrcvbuf_bytes, dgramrcvbuf_bytes});
+        need(static_cast<float>(dgramrcvbuf_bytes));
+    }
+
+    void private_pages(ConfigLine& line) {
+        const std::int32_t limit =
+            truncate_to_int32(static_cast<float>(p_.privvmpages) * memory_margin);
+        store(line, {p_.privvmpages, limit});
+        need_pages(limit);
+    }
+
+    void guaranteed_pages(ConfigLine& line) {
+        store(line, {p_.privvmpages & 0x7FFFFFFF, no_limit});
+    }
+
+    void locked_pages(ConfigLine& line) {
+        take_count(line);
+        need_pages(p_.lockedpages);
+    }
+
+    void shared_pages(ConfigLine& line) {
+        raise_to(p_.shmpages, shmpages_written_floor);
+        take_count(line);
+    }
+
+    void quota_ids(ConfigLine& line) {
+        store(line, {p_.quotaugidlimit, p_.quotaugidlimit, quota_wrapped_});
+    }
+
+    void memory_limit(ConfigLine& line) {
+        kmem_total_ = scales_.memory * kmem_total_;
+        // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one
+        // page below 2^64.
+        const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
+        const bool below_cap = static_cast<float>(cap) > kmem_total_;
+        const std::uint64_t limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
+        line.barrier = line.limit = limit;
+        line.wrapped = kmem_wrapped_;
+    }
 
 private:
-    void adjust_count(const Count& count);
+    void adjust_count(const Count& count) {
+        std::int32_t& value = p_.*count.field;
+        value = apply_rule(count, value, scales_);
+    }
 
     void need(float bytes) { kmem_total_ += bytes; }
     void need_pages(std::int32_t pages) {
@@ -138,159 +228,13 @@ private:
     bool quota_wrapped_ = false;
 };
 
-void store(ConfigLine& line, Pair pair) {
-    line.barrier = extended(pair.barrier);
-    line.limit = extended(pair.limit);
-    line.wrapped = pair.wrapped;
-}
-
-void Computation::adjust_count(const Count& count) {
-    std::int32_t& value = p_.*count.field;
-    value = apply_rule(count, value, scales_);
-}
-
-void Computation::adjust() {
-    for (const Count& count : sampled_counts) {
-        adjust_count(count);
-    }
-    adjust_count(terminal_count);
-    if (p_.quotaugidlimit != 0) {
-        quota_wrapped_ = cut(std::int64_t{p_.quotaugidlimit} * 2).wrapped;
-        adjust_count(quota_count);
-    }
-    p_.avnumproc = scales_.memory * p_.avnumproc;
-    const auto average_floor = static_cast<float>(average_count.floor.value);
-    if (average_floor > p_.avnumproc) {  // a NaN stays
-        p_.avnumproc = average_floor;
-    }
-}
-
-// A line that is its first source and no more, or that with a margin.
-void Computation::take_count(ConfigLine& line) {
-    const std::int32_t value = p_.*line.sources.front().field;
-    store(line, {value, line.margin > no_margin ? with_margin(value) : value});
-}
-
-void Computation::average(ConfigLine& line) {
-    const std::int32_t average = truncate_to_int32(p_.avnumproc);
-    store(line, {average, average});
-}
-
-// Every socket and terminal is an open file, and every process has some.
-void Computation::open_files(ConfigLine& line) {
-    const Cut descriptors = cut(std::int64_t{p_.numtcpsock} + p_.numothersock + p_.numpty);
-    raise_to(p_.numfile, truncate_to_int32(static_cast<float>(descriptors.value)));
-    raise_to(p_.numfile, truncate_to_int32(files_per_process * p_.avnumproc));
-    store(line, {p_.numfile, p_.numfile, descriptors.wrapped});
-}
-
-void Computation::dentry_cache(ConfigLine& line) {
-    const Cut dentries = cut(p_.numfile * dentry_bytes_per_file);
-    p_.dcachesize = with_margin(dentries.value);
-    store(line, alike({p_.dcachesize, dentries.wrapped}));
-}
-
-void Computation::kernel_memory(ConfigLine& line) {
-    const Cut bytes = cut(p_.numproc * kernel_bytes_per_process + p_.dcachesize);
-    const std::int32_t kmemsize = truncate_to_int32(static_cast<float>(bytes.value));
-    store(line, alike({kmemsize, bytes.wrapped}));
-    kmem_total_ = static_cast<float>(kmemsize);
-}
-
-void Computation::tcp_send_buffers(ConfigLine& line) {
-    store(line, socket_buffers(p_.numtcpsock));
-}
-
-// The need is told once, for both directions.
-void Computation::tcp_receive_buffers(ConfigLine& line) {
-    const Pair tcp = socket_buffers(p_.numtcpsock);
-    store(line, tcp);
-    const Cut twice = cut(std::int64_t{2} * tcp.limit);
-    need(static_cast<float>(twice.value));
-    kmem_wrapped_ = twice.wrapped;
-}
-
-void Computation::other_buffers(ConfigLine& line) {
-    const Pair other = socket_buffers(p_.numothersock);
-    store(line, other);
-    need(static_cast<float>(other.limit));  // once, unlike the TCP buffers
-}
-
-void Computation::datagram_buffers(ConfigLine& line) {
-    store(line, {dgramrcvbuf_bytes, dgramrcvbuf_bytes});
-    need(static_cast<float>(dgramrcvbuf_bytes));
-}
-
-void Computation::private_pages(ConfigLine& line) {
-    const std::int32_t limit =
-        truncate_to_int32(static_cast<float>(p_.privvmpages) * memory_margin);
-    store(line, {p_.privvmpages, limit});
-    need_pages(limit);
-}
-
-void Computation::guaranteed_pages(ConfigLine& line) {
-    store(line, {p_.privvmpages & 0x7FFFFFFF, no_limit});
-}
-
-void Computation::locked_pages(ConfigLine& line) {
-    take_count(line);
-    need_pages(p_.lockedpages);
-}
-
-void Computation::shared_pages(ConfigLine& line) {
-    raise_to(p_.shmpages, shmpages_written_floor);
-    take_count(line);
-}
-
-void Computation::quota_ids(ConfigLine& line) {
-    store(line, {p_.quotaugidlimit, p_.quotaugidlimit, quota_wrapped_});
-}
-
-void Computation::memory_limit(ConfigLine& line) {
-    kmem_total_ = scales_.memory * kmem_total_;
-    // The product wraps in 32 bits, as the rule wants it: with pages of 4 KiB the cap lies one page
-    // below 2^64.
-    const std::uint64_t cap = extended(Kiln::wrap_mul(page_size_, max_memory_pages));
-    const bool below_cap = static_cast<float>(cap) > kmem_total_;
-    const std::uint64_t limit = below_cap ? Kiln::truncate_to_uint64(kmem_total_) : cap;
-    line.barrier = line.limit = limit;
-    line.wrapped = kmem_wrapped_;
-}
-
-void Computation::memory_mode(ConfigLine& line) {
-    line.text = "all";
-}
-
-void Computation::distribution(ConfigLine& line) {
-    line.text = p_.distribution;
-}
-
-void Computation::host_name(ConfigLine& line) {
-    line.text = p_.hostname;
-}
-
-void Computation::addresses(ConfigLine& line) {
-    line.text = p_.ifaces.get_ip();
-}
-
-void Computation::search_domains(ConfigLine& line) {
-    line.text = Kiln::join(" ", p_.ns_attrs.search_domains);
-}
-
-void Computation::name_servers(ConfigLine& line) {
-    line.text = Kiln::join(" ", p_.ns_attrs.nameservers);
-}
-
-void Computation::features(ConfigLine& line) {
-    line.text = p_.nfs_used ? "nfs:on" : "";
-}
-
 // A line: what it is, and how its value is found, or what it always is.
 struct LineRule {
     LineFacts facts;
     void (Computation::*compute)(ConfigLine&);
     std::uint64_t barrier = 0;
     std::uint64_t limit = 0;
+    std::string (*text)(const PhysParams& profile) = nullptr;
 };
 
 constexpr const Count& numproc = count_of(&PhysParams::numproc);
@@ -326,8 +270,13 @@ constexpr LineFacts fixed(const char* name, LineFacts::Kind kind, Unit unit, con
     return {name, kind, unit, label, Sources(), no_margin, no_step};
 }
 
-constexpr LineFacts of_text(const char* name, std::optional<OneShotStep> step) {
-    return {name, LineFacts::Kind::text, Unit::thing, "", Sources(), no_margin, step};
+constexpr LineRule of_text(const char* name, std::optional<OneShotStep> step,
+                           std::string (*text)(const PhysParams& profile)) {
+    return {{name, LineFacts::Kind::text, Unit::thing, "", Sources(), no_margin, step},
+            nullptr,
+            0,
+            0,
+            text};
 }
 
 constexpr LineFacts::Kind pair_kind = LineFacts::Kind::pair;
@@ -374,14 +323,19 @@ constexpr LineRule line_rules[] = {
     {of_bytes("SLMMEMORYLIMIT",
               Sources::of(privvmpages, lockedpages, numproc, numfile, numtcpsock, numothersock)),
      &Computation::memory_limit},
-    {of_text("SLMMODE", no_step), &Computation::memory_mode},
-    {of_text("DISTRIBUTION", OneShotStep::distribution), &Computation::distribution},
-    {of_text("HOSTNAME", OneShotStep::host_name), &Computation::host_name},
+    of_text("SLMMODE", no_step, [](const PhysParams& /*profile*/) { return std::string("all"); }),
+    of_text("DISTRIBUTION", OneShotStep::distribution,
+            [](const PhysParams& p) { return p.distribution; }),
+    of_text("HOSTNAME", OneShotStep::host_name, [](const PhysParams& p) { return p.hostname; }),
     // The "#" makes it a comment in the configuration; that is the rule.
-    {of_text("#IP_ADDRESS", OneShotStep::interfaces), &Computation::addresses},
-    {of_text("SEARCHDOMAIN", OneShotStep::resolver), &Computation::search_domains},
-    {of_text("NAMESERVER", OneShotStep::resolver), &Computation::name_servers},
-    {of_text("FEATURES", OneShotStep::mounts), &Computation::features},
+    of_text("#IP_ADDRESS", OneShotStep::interfaces,
+            [](const PhysParams& p) { return p.ifaces.get_ip(); }),
+    of_text("SEARCHDOMAIN", OneShotStep::resolver,
+            [](const PhysParams& p) { return Kiln::join(" ", p.ns_attrs.search_domains); }),
+    of_text("NAMESERVER", OneShotStep::resolver,
+            [](const PhysParams& p) { return Kiln::join(" ", p.ns_attrs.nameservers); }),
+    of_text("FEATURES", OneShotStep::mounts,
+            [](const PhysParams& p) { return std::string(p.nfs_used ? "nfs:on" : ""); }),
 };
 
 }  // namespace
@@ -418,6 +372,7 @@ std::vector<ConfigLine> compute_config(const PhysParams& profile, ConfigScales s
         if (rule.compute != nullptr) {
             (computation.*rule.compute)(line);
         }
+        line.text = rule.text != nullptr ? rule.text(profile) : "";
     }
     return lines;
 }

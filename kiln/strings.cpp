@@ -57,4 +57,19 @@ std::vector<std::string> split(const char* delims, const std::string& s, int max
     return fields;
 }
 
+std::string_view take_word(std::string_view& line) {
+    line.remove_prefix(std::min(line.find_first_not_of(blanks_in_line), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(blanks_in_line));
+    line.remove_prefix(word.size());
+    return word;
+}
+
+std::vector<std::string_view> words_of(std::string_view line) {
+    std::vector<std::string_view> words;
+    for (std::string_view word = take_word(line); !word.empty(); word = take_word(line)) {
+        words.push_back(word);
+    }
+    return words;
+}
+
 }  // namespace Kiln

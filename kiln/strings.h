@@ -28,6 +28,12 @@ void collapse(std::string& s);
 // Empty fields in the middle are always kept.
 std::vector<std::string> split(const char* delims, const std::string& s, int max);
 
+// Takes the first word off a line, and the blanks (blanks_in_line) before it; empty without one.
+std::string_view take_word(std::string_view& line);
+
+// All words of a line; into its text.
+std::vector<std::string_view> words_of(std::string_view line);
+
 // The strings of a range with `sep` between them.
 template <class It>
 std::string join(const char* sep, It first, It last) {

@@ -13,26 +13,34 @@ bool is_among(const Count& source, const TakenCounts& counts) {
     return place < sampled_count_number && counts.test(place);
 }
 
-}  // namespace
-
-std::vector<std::string> lines_on(const TakenCounts& counts) {
+template <class Lives>
+std::vector<std::string> lines_that(Lives lives) {
     std::vector<std::string> lines;
     for (const LineFacts& line : config_line_facts()) {
-        const Sources& sources = line.sources;
-        if (std::any_of(sources.begin(), sources.end(),
-                        [&](const Count* source) { return is_among(*source, counts); })) {
+        if (lives(line)) {
             lines.emplace_back(line.name);
         }
     }
     return lines;
 }
 
-std::vector<std::string> lines_on(OneShotStep step) {
-    std::vector<std::string> lines;
-    for (const LineFacts& line : config_line_facts()) {
-        if (line.step == step) {
-            lines.emplace_back(line.name);
-        }
+}  // namespace
+
+std::vector<std::string> lines_on(const TakenCounts& counts) {
+    return lines_that([&](const LineFacts& line) {
+        return std::any_of(line.sources.begin(), line.sources.end(),
+                           [&](const Count* source) { return is_among(*source, counts); });
+    });
+}
+
+std::vector<std::string> lines_on(std::initializer_list<CountField> counts) {
+    TakenCounts taken;
+    for (const CountField count : counts) {
+        taken.set(place_of(count));
     }
-    return lines;
+    return lines_on(taken);
+}
+
+std::vector<std::string> lines_on(OneShotStep step) {
+    return lines_that([&](const LineFacts& line) { return line.step == step; });
 }

@@ -1,6 +1,7 @@
 // Which lines of the configuration live on what a step finds.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -9,4 +10,5 @@
 
 // All in the order of the configuration.
 std::vector<std::string> lines_on(const TakenCounts& counts);
+std::vector<std::string> lines_on(std::initializer_list<CountField> counts);
 std::vector<std::string> lines_on(OneShotStep step);

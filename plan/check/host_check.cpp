@@ -49,12 +49,6 @@ struct CheckLimits {
     int total_seconds;
 };
 
-// Of the report that a child hands back.
-constexpr const char* failure_name = "failure";
-constexpr const char* found_name = "found";
-constexpr const char* objection_name = "objection";
-constexpr const char* was_run_name = "was_run";
-
 // What a step of a pass found, by the names of the profile.
 std::string counts_text(const SampleStep& step, const SampleCounts& counts) {
     std::vector<std::string> texts;
@@ -66,7 +60,8 @@ std::string counts_text(const SampleStep& step, const SampleCounts& counts) {
     return Kiln::join(", ", texts);
 }
 
-// In the child: takes the step and says what came of it.
+// In the child: takes the step. What came of it: the failure, what was found, the objection to the
+// command's output, and whether the command was run.
 std::string take_watched_step(const Host& host, const SampleStep& step) {
     std::string out;
     std::string err;
@@ -81,14 +76,11 @@ std::string take_watched_step(const Host& host, const SampleStep& step) {
     };
     SampleCounts counts;
     const std::optional<SampleFailure> failure = take_step(watched, step, counts);
-    const bool is_command = step.command != nullptr;
-    ordered_json report;
-    report[failure_name] = text_to_json(failure ? failure->text : "");
-    report[found_name] = counts_text(step, counts);
-    report[objection_name] =
-        text_to_json(failure || !is_command ? "" : check_shape(step, out, err).reason());
-    report[was_run_name] = was_run;
-    return report.dump();
+    const bool is_shaped = failure || step.command == nullptr;
+    const std::string objection = is_shaped ? "" : check_shape(step, out, err).reason();
+    return ordered_json{text_to_json(failure ? failure->text : ""), counts_text(step, counts),
+                        text_to_json(objection), was_run}
+        .dump();
 }
 
 // What a step that is taken once found.
@@ -251,14 +243,14 @@ void Checker::check_sample_step(const SampleStep& step) {
 }
 
 void Checker::judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked) {
-    const std::string failure = text_from_json(report.at(failure_name));
-    const std::string objection = text_from_json(report.at(objection_name));
+    const std::string failure = text_from_json(report[0]);
+    const std::string objection = text_from_json(report[2]);
     checked.succeeded = failure.empty();
     // What could not be run at all says nothing of how the command does.
-    const bool was_run = report.at(was_run_name);
+    const bool was_run = report[3];
     checked.forgiven = step.forgiven && was_run;
     df_fails_ = df_fails_ || (is_df(step) && !checked.succeeded && was_run);
-    checked.result = checked.succeeded ? text_from_json(report.at(found_name)) : failure;
+    checked.result = checked.succeeded ? text_from_json(report[1]) : failure;
     if (!objection.empty() && has_programs(step)) {
         check_.findings.push_back(
             {checked.command + ": " + objection, "see what it prints by hand", checked.lines});
@@ -319,7 +311,7 @@ void Checker::check_descriptors() {
         check_.findings.push_back(
             {"the open descriptors cannot be looked at: " + why_not(task, limit),
              "one may be of a file system that does not answer: find it among the mounts",
-             lines_on(TakenCounts().set(place_of(&PhysParams::numfile)))});
+             lines_on({&PhysParams::numfile})});
         return;
     }
     const json numbers = json::parse(task.text);

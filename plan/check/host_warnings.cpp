@@ -26,10 +26,6 @@ std::string joined(const std::vector<std::string>& words) {
     return Kiln::join(", ", words);
 }
 
-std::vector<std::string> lines_on_count(CountField count) {
-    return lines_on(TakenCounts().set(place_of(count)));
-}
-
 std::string number_text(std::uint64_t number) {
     return grouped(static_cast<std::int64_t>(number));
 }
@@ -140,7 +136,7 @@ void add_socket_warning(const Host& host, const SocketTables& tables, CheckFindi
     const std::uint64_t counted = rows_of(host, tables.counted);
     const std::uint64_t uncounted = rows_of(host, tables.uncounted);
     const auto floor = floor_of(tables.count);
-    const std::vector<std::string> lines = lines_on_count(tables.count);
+    const std::vector<std::string> lines = lines_on({tables.count});
     if (uncounted > counted / telling_part && counted + uncounted > floor) {
         findings.push_back({"nothing counts the " + number_text(uncounted) + " " + tables.kind +
                                 " of IPv6; only " + number_text(counted) + " are counted",
@@ -182,8 +178,7 @@ CheckFindings user_warnings(bool is_root) {
     if (is_root) {
         return {};
     }
-    std::vector<std::string> lines = lines_on(
-        TakenCounts().set(place_of(&PhysParams::numfile)).set(place_of(&PhysParams::numiptent)));
+    std::vector<std::string> lines = lines_on({&PhysParams::numfile, &PhysParams::numiptent});
     const std::vector<std::string> quota_lines = lines_on(OneShotStep::quotas);
     lines.insert(lines.end(), quota_lines.begin(), quota_lines.end());
     return {
@@ -305,7 +300,7 @@ DescriptorArguments list_descriptors(const Host& host) {
 
 CheckFindings descriptor_warnings(const DescriptorArguments& arguments, std::uint64_t limit_bytes) {
     CheckFindings findings;
-    const std::vector<std::string> lines = lines_on_count(&PhysParams::numfile);
+    const std::vector<std::string> lines = lines_on({&PhysParams::numfile});
     if (arguments.bytes > limit_bytes / 4 * 3) {
         findings.push_back({"the names of " + number_text(arguments.count) +
                                 " open descriptors take " + number_text(arguments.bytes) +
@@ -345,7 +340,5 @@ Kiln::Done check_mount(const std::string& mount_point) {
 CheckFinding mount_warning(const MountEntry& mount, const std::string& trouble) {
     return {"the mount at " + mount.mount_point + " (" + mount.type + ") makes df fail: " + trouble,
             "unmount it (umount -l), or bring back what it waits for",
-            lines_on(TakenCounts()
-                         .set(place_of(&PhysParams::diskspace))
-                         .set(place_of(&PhysParams::diskinodes)))};
+            lines_on({&PhysParams::diskspace, &PhysParams::diskinodes})};
 }

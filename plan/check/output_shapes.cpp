@@ -10,19 +10,8 @@
 
 namespace {
 
-bool is_number(const std::string& text) {
+bool is_number(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-std::vector<std::string> words_of(const std::string& line) {
-    std::vector<std::string> words;
-    std::size_t begin = line.find_first_not_of(" \t");
-    while (begin != std::string::npos) {
-        const std::size_t end = line.find_first_of(" \t", begin);
-        words.push_back(line.substr(begin, end - begin));
-        begin = line.find_first_not_of(" \t", end);
-    }
-    return words;
 }
 
 std::string quoted(const std::string& line) {
@@ -50,12 +39,12 @@ Kiln::Done check_columns(const std::string& out) {
     if (lines.empty()) {
         return Kiln::Reason{"it prints nothing"};
     }
-    const std::vector<std::string> names = words_of(lines.front());
+    const std::vector<std::string_view> names = Kiln::words_of(lines.front());
     if (names.size() < 6 || (names[2] != "Used" && names[2] != "IUsed")) {
         return Kiln::Reason{"its third column is not the one in use: " + quoted(lines.front())};
     }
     for (std::size_t i = 1; i < lines.size(); ++i) {
-        const std::vector<std::string> words = words_of(lines[i]);
+        const std::vector<std::string_view> words = Kiln::words_of(lines[i]);
         if (words.size() < 6 || !is_number(words[2])) {
             return Kiln::Reason{"the number in use is not the third word of " + quoted(lines[i])};
         }

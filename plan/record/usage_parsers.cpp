@@ -1,15 +1,17 @@
 #include "plan/record/usage_parsers.h"
 
-#include <algorithm>
 #include <charconv>
 #include <system_error>
 #include <vector>
 
+#include "kiln/strings.h"
+
 namespace {
 
+using Kiln::take_word;
+using Kiln::words_of;
 using Words = std::vector<std::string_view>;
 
-constexpr std::string_view blanks = " \t";
 constexpr std::size_t npos = std::string_view::npos;
 
 // A text that is digits and nothing else.
@@ -31,22 +33,6 @@ bool take_line(std::string_view& text, std::string_view& line) {
     line = text.substr(0, end);
     text.remove_prefix(end + 1);
     return true;
-}
-
-// Takes the first word off the line; empty when there is none.
-std::string_view take_word(std::string_view& line) {
-    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-    const std::string_view word = line.substr(0, line.find_first_of(blanks));
-    line.remove_prefix(word.size());
-    return word;
-}
-
-Words words_of(std::string_view line) {
-    Words words;
-    for (std::string_view word = take_word(line); !word.empty(); word = take_word(line)) {
-        words.push_back(word);
-    }
-    return words;
 }
 
 Figure number_at(const Words& words, std::size_t place) {
