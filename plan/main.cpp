@@ -23,7 +23,7 @@ int end_of_parsing(const CLI::App& program, const CLI::ParseError& error) {
     return write_result({}, answer.str()) ? status_done : status_io;
 }
 
-int run(int argc, char** argv) {
+int run_program(int argc, char** argv) {
     CLI::App program("Prepares, records, computes and explains what tarnhwcalc finds on a server.",
                      "tarnhwplan");
     program.set_version_flag("-v,--version", "tarnhwplan " TARN_VERSION);
@@ -61,7 +61,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         prepare_process();
-        return run(argc, argv);
+        return run_program(argc, argv);
     } catch (const std::exception& error) {
         say(error.what());
         return status_io;
