@@ -70,8 +70,8 @@ void CommentedText::host_text(const std::string& what, const std::string& before
 }
 
 void CommentedText::host_name(const std::string& before) {
-    if (!sheet_.host_name.empty()) {
-        host_text("HOSTNAME", before, sheet_.host_name, is_host_name(sheet_.host_name),
+    if (!sheet_.host.hostname.empty()) {
+        host_text("HOSTNAME", before, sheet_.host.hostname, is_host_name(sheet_.host.hostname),
                   "it is no host name");
     }
 }
@@ -102,24 +102,23 @@ void CommentedText::disk_comments() {
     }
 }
 
+void CommentedText::list(const std::string& what, const std::vector<std::string>& texts) {
+    if (!texts.empty()) {
+        comment(what + printable(Kiln::join(" ", texts)));
+    }
+}
+
 void CommentedText::resolver_comments() {
-    if (!sheet_.name_servers.empty()) {
-        comment("name servers: " + printable(Kiln::join(" ", sheet_.name_servers)));
-    }
-    if (!sheet_.search_domains.empty()) {
-        comment("search domains: " + printable(Kiln::join(" ", sheet_.search_domains)));
-    }
+    list("name servers: ", sheet_.host.ns_attrs.nameservers);
+    list("search domains: ", sheet_.host.ns_attrs.search_domains);
 }
 
 void CommentedText::address_comments() {
-    if (!sheet_.addresses.empty()) {
-        comment("addresses, decide yourself which of them move: " +
-                printable(Kiln::join(" ", sheet_.addresses)));
-    }
+    list("addresses, decide yourself which of them move: ", sheet_.addresses);
 }
 
 void CommentedText::bind_comments(BindText text) {
-    if (!sheet_.nfs_found) {
+    if (!sheet_.host.nfs_used) {
         return;
     }
     comment(

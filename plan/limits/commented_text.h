@@ -55,6 +55,9 @@ public:
     LimitsText finish() { return {std::move(text_), std::move(complaints_)}; }
 
 private:
+    // A comment with texts of the host, where there are any.
+    void list(const std::string& what, const std::vector<std::string>& texts);
+
     const LimitSheet& sheet_;
     std::string text_;
     std::vector<std::string> complaints_;

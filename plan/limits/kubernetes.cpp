@@ -107,14 +107,14 @@ private:
     }
 
     void add_host_name() {
-        const std::string label = first_label(sheet_.host_name);
-        if (is_host_name(sheet_.host_name) && is_dns_label(label)) {
+        const std::string label = first_label(sheet_.host.hostname);
+        if (is_host_name(sheet_.host.hostname) && is_dns_label(label)) {
             spec_["hostname"] = label;
             name_ = label;
-            note("hostname", "HOSTNAME: " + printable(sheet_.host_name) +
-                                 (label == sheet_.host_name ? "" : ", up to its first dot"));
-        } else if (!sheet_.host_name.empty()) {
-            refuse("HOSTNAME", sheet_.host_name,
+            note("hostname", "HOSTNAME: " + printable(sheet_.host.hostname) +
+                                 (label == sheet_.host.hostname ? "" : ", up to its first dot"));
+        } else if (!sheet_.host.hostname.empty()) {
+            refuse("HOSTNAME", sheet_.host.hostname,
                    "a Pod's has up to 63 small letters, digits and hyphens");
         }
     }
@@ -138,10 +138,11 @@ private:
     // With the policy "None" nothing else is added to the resolver's settings; it asks for a
     // server.
     void add_resolver() {
-        ordered_json servers = accepted("NAMESERVER", sheet_.name_servers, most_name_servers,
-                                        is_ip_address, "it is no IP address");
-        ordered_json domains = accepted("SEARCHDOMAIN", sheet_.search_domains, most_search_domains,
-                                        is_dns_name, "it is no domain of small letters");
+        ordered_json servers = accepted("NAMESERVER", sheet_.host.ns_attrs.nameservers,
+                                        most_name_servers, is_ip_address, "it is no IP address");
+        ordered_json domains =
+            accepted("SEARCHDOMAIN", sheet_.host.ns_attrs.search_domains, most_search_domains,
+                     is_dns_name, "it is no domain of small letters");
         if (!servers.empty()) {
             spec_["dnsPolicy"] = "None";
             spec_["dnsConfig"]["nameservers"] = std::move(servers);
@@ -160,7 +161,7 @@ private:
                     "");
         note_wanted("locked-memory", LimitKind::locked, "a Pod sets no limit, its node does",
                     " MiB");
-        if (sheet_.nfs_found) {
+        if (sheet_.host.nfs_used) {
             note("nfs",
                  "The server has NFS mounts. They are among these, which are not to be copied "
                  "(network, removable, loop and bind mounts); give the Pod volumes for those that "

@@ -23,6 +23,8 @@ enum class LimitKind {
 };
 constexpr std::size_t limit_kind_count = 8;
 
+constexpr std::int64_t most_mib = (std::int64_t{1} << 43) - 1;  // below 2^63 bytes
+
 struct LimitOptions {
     ConfigScales scales;  // of memory and counts; and of the calculator's own lines
     double cpu_scale = 1.2;
@@ -45,18 +47,14 @@ struct OwnLimit {
 
 // Everything that the writers say. Texts of the host are as it gave them: any bytes.
 struct LimitSheet {
-    std::string host_name;
+    PhysParams host;                   // what was found of it
     std::vector<std::string> heading;  // whose they are, and how far to be trusted: printable
     std::vector<std::string> notes;    // what is not in the limits: printable
     std::array<std::optional<Limit>, limit_kind_count> limits;
     std::optional<OwnLimit> disk_kib;
     std::optional<OwnLimit> inodes;
-    std::vector<std::string> name_servers;
-    std::vector<std::string> search_domains;
     std::vector<std::string> addresses;
-    std::vector<TarnAExcludePath> excludes;
     bool excludes_known = false;
-    bool nfs_found = false;
     std::vector<std::string> mounts;      // not copied: network, removable, loop and bind mounts
     std::vector<std::string> complaints;  // what is missing, and why: a line for each
 

@@ -13,7 +13,6 @@ void add_memory(const LimitSheet& sheet, CommentedText& text) {
     const std::optional<Limit>& memory = sheet[LimitKind::memory];
     const std::optional<Limit>& swap = sheet[LimitKind::swap];
     if (memory && swap) {
-        constexpr std::int64_t most_mib = (std::int64_t{1} << 43) - 1;
         const std::int64_t both = std::min(most_mib, memory->value + swap->value);
         text.setting("memory and " + grouped(swap->value) + " MiB of swap; " + swap->source,
                      "    --memory-swap=" + std::to_string(both) + "m");
@@ -43,11 +42,11 @@ void add_other_limits(CommentedText& text) {
 
 void add_identity(const LimitSheet& sheet, CommentedText& text) {
     text.host_name("    --hostname=");
-    for (const std::string& server : sheet.name_servers) {
+    for (const std::string& server : sheet.host.ns_attrs.nameservers) {
         text.host_text("NAMESERVER", "    --dns=", server, is_ip_address(server),
                        "it is no IP address");
     }
-    for (const std::string& domain : sheet.search_domains) {
+    for (const std::string& domain : sheet.host.ns_attrs.search_domains) {
         text.host_text("SEARCHDOMAIN", "    --dns-search=", domain, is_domain_name(domain),
                        "it is no domain");
     }

@@ -29,7 +29,7 @@ LimitsText write_rsync(const LimitSheet& sheet) {
     text.blank();
     text.comment("The patterns begin at the root, so copy from there:");
     text.line("#   rsync -aHAXS --numeric-ids --exclude-from=THIS_FILE / TARGET/");
-    for (const TarnAExcludePath& exclude : sheet.excludes) {
+    for (const TarnAExcludePath& exclude : sheet.host.notes.excludes) {
         if (fits_line(exclude.path)) {
             text.setting(exclude.flag
                              ? "network, removable, loop, bind or automount, or a login record"

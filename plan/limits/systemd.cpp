@@ -72,7 +72,7 @@ LimitsText write_systemd(const LimitSheet& sheet) {
 
 LimitsText write_nspawn(const LimitSheet& sheet) {
     const std::string machine =
-        is_host_name(sheet.host_name) ? first_label(sheet.host_name) : "server";
+        is_host_name(sheet.host.hostname) ? first_label(sheet.host.hostname) : "server";
     CommentedText text(sheet);
     text.comment("Two files, for a container in /var/lib/machines/" + machine +
                  "; this puts both in their places:");
