@@ -18,12 +18,6 @@ std::string cell(const std::string& text) {
     return padded(text, column);
 }
 
-std::string cores_text(double quota_us, std::int64_t period_us) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.2f cores", quota_us / static_cast<double>(period_us));
-    return text;
-}
-
 std::string amount_text(const Amount& amount, Unit unit, std::int64_t period_us) {
     if (!amount.there) {
         return "-";
@@ -39,7 +33,10 @@ std::string amount_text(const Amount& amount, Unit unit, std::int64_t period_us)
         case Unit::cpu_us:
             break;
     }
-    return cores_text(static_cast<double>(amount.value), period_us);
+    char cores[64];
+    std::snprintf(cores, sizeof cores, "%.2f cores",
+                  static_cast<double>(amount.value) / static_cast<double>(period_us));
+    return cores;
 }
 
 std::string row_text(const LimitVerdict& limit, std::int64_t period_us) {
