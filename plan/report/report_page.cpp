@@ -182,22 +182,19 @@ std::string deflated(const std::string& text) {
 std::string base64(const std::string& bytes) {
     constexpr const char* alphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t missing = (3 - bytes.size() % 3) % 3;
+    const std::string whole = bytes + std::string(missing, '\0');
     std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    for (std::size_t i = 0; i < whole.size(); i += 3) {
         std::uint32_t three = 0;
-        for (std::size_t j = i; j < i + 3; ++j) {
-            three = three << 8 | (j < bytes.size() ? static_cast<unsigned char>(bytes[j]) : 0U);
+        for (const char byte : whole.substr(i, 3)) {
+            three = three << 8 | static_cast<unsigned char>(byte);
         }
-        for (unsigned shift = 24; shift > 0;) {
-            shift -= 6;
+        for (const unsigned shift : {18U, 12U, 6U, 0U}) {
             text += alphabet[three >> shift & 63U];
         }
     }
-    for (std::size_t i = bytes.size(); i % 3 != 0; ++i) {
-        text[text.size() - (3 - i % 3)] = '=';
-    }
-    return text;
+    return text.replace(text.size() - missing, missing, missing, '=');
 }
 
 #endif

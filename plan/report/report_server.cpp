@@ -28,21 +28,17 @@ std::optional<std::uint64_t> limit_of(const Explanation& explanation, const std:
     return {};
 }
 
-void take_explanation(const Recording& recording, const Explanation& explanation,
-                      ReportServer& server) {
-    server.explanation = explanation;
+// What the table needs. Of what is wrong: that on the whole beside the reasons of the verdict, and
+// what deserves a look at a line. What is wrong with a text, or with a line that is missing, has
+// been said on the whole.
+void take_explanation(const Explanation& explanation, ReportServer& server) {
+    server.host = explanation.host;
+    server.state = explanation.verdict.state;
+    server.reason = Kiln::join("\n", explanation.verdict.reasons);
     server.memory_limit = limit_of(explanation, "SLMMEMORYLIMIT");
     server.disk = limit_of(explanation, "DISKSPACE");
     server.processes = limit_of(explanation, "NUMPROC");
     server.descriptors = limit_of(explanation, "NUMFILE");
-    for (std::size_t place = 0; place < sampled_count_number; ++place) {
-        server.points.push_back(points_of(recording, place));
-    }
-}
-
-// What is wrong on the whole beside the reasons of the verdict, and what deserves a look at a line.
-// What is wrong with a text, or with a line that is missing, has been said on the whole.
-void take_warnings(const Explanation& explanation, ReportServer& server) {
     server.warnings = explanation.remarks;
     for (const LineExplanation& line : explanation.lines) {
         for (const std::string& remark : line.remarks) {
@@ -92,15 +88,12 @@ ReportServer report_server(const std::string& name, NamedRecording named, Config
         server.reason = combined.reason();
         return server;
     }
-    const auto& scan = *combined;
-    const Explanation explanation = explain(only, scan, scales);
-    take_explanation(recording, explanation, server);
+    take_explanation(server.explanation.emplace(explain(only, *combined, scales)), server);
+    take_notes(combined->profile.notes, server);
+    for (std::size_t place = 0; place < sampled_count_number; ++place) {
+        server.points.push_back(points_of(recording, place));
+    }
     server.usage = server_usage(only.front());
-    take_warnings(explanation, server);
-    take_notes(scan.profile.notes, server);
-    server.host = explanation.host;
-    server.state = explanation.verdict.state;
-    server.reason = Kiln::join("\n", explanation.verdict.reasons);
     return server;
 }
 
