@@ -16,15 +16,11 @@ const shownAs = {
 
 function stateCell(server) {
     const badge = make("span", "badge " + server.state, stateNames[server.state]);
-    const reason = make("small", "reason", visible(server.reason));
-    return make("td", "wide", badge, ...(server.reason ? [reason] : []));
+    return make("td", "wide", badge, server.reason && make("small", "reason", visible(server.reason)));
 }
 
 function coverageCell(server) {
-    if (!server.grade) {
-        return cell("–");
-    }
-    return make("td", "", visible(server.coverage),
+    return cell(server.grade ? server.coverage : "–", "", server.grade &&
         small(count(server.taken) + " of " + count(server.planned) + " passes"));
 }
 
@@ -38,8 +34,8 @@ function fleetRow(server, index) {
     link.href = "#server-" + index;
     const numbers = Object.entries(shownAs).map(([key, text]) =>
         numberCell(server[key] === null ? null : text(server[key])));
-    const host = server.host && server.host !== server.name ? [small(server.host)] : [];
-    const row = tableRow(rowHeading(link, ...host), stateCell(server), numbers, coverageCell(server));
+    const heading = rowHeading(link, small(server.host !== server.name && server.host));
+    const row = tableRow(heading, stateCell(server), numbers, coverageCell(server));
     const text = [server.name, server.host ?? "", server.reason, stateNames[server.state], server.coverage]
         .map(visible).join("\n").toLowerCase();
     return {server, index, row, text};
@@ -104,11 +100,8 @@ function statesOf(entries) {
 function totalCell(entries, key, text) {
     const known = entries.map((entry) => entry.server[key]).filter((value) => value !== null);
     const sum = known.reduce((one, other) => one + other, 0);
-    const total = numberCell(known.length > 0 ? text(sum) : null);
-    if (known.length > 0 && known.length < entries.length) {
-        total.append(small("of " + count(known.length)));
-    }
-    return total;
+    return known.length === 0 ? numberCell(null)
+        : numberCell(text(sum), small(known.length < entries.length && "of " + count(known.length)));
 }
 
 function showTotals() {

@@ -73,11 +73,12 @@ function configurationOf(details) {
 function beforePrint() {
     const tooMany = document.querySelectorAll(".server").length > mostPrintedServers;
     document.body.classList.toggle("many", tooMany);
-    for (const [section, {details, isFilled}] of readSections()) {
-        if (tooMany) {
+    for (const [section, {details, isFilled}] of sections) {
+        // A printer waits for nobody: it gets what has been read by now.
+        if (details && tooMany) {
             fillFacts(section);
             section.append(configurationOf(details));
-        } else if (!isFilled) {
+        } else if (details && !isFilled) {
             fillBody(section);
         }
     }

@@ -1,7 +1,7 @@
 // The servers that are opened below the table. A section stands there at once; what is in it is read
 // then, and built when it comes into sight.
 
-const sections = new Map();  // section to {server, index, reading, details, isTold, isFilled}
+const sections = new Map();  // section to {server, index, reading, details, isFilled}
 const sectionsInSight = whenInSight((section) => fillWhenRead(section));
 
 // "8, at most 2.31 in use"
@@ -44,29 +44,20 @@ function valueCells(line) {
         text.colSpan = 2;
         return [text];
     }
-    const made = cell(grouped(first), "number");
-    if (limit && limit !== first) {
-        made.append(small("limit " + grouped(limit)));
-    }
-    return [made, cell(line.meaning, "number meaning")];
+    const more = limit && limit !== first && small("limit " + grouped(limit));
+    return [numberCell(grouped(first), more), cell(line.meaning, "number meaning")];
 }
 
 function seenCell(details, line) {
-    const made = cell(line.seen, "seen");
-    if (line.peak !== null) {
-        made.append(small(clock(details.start, seconds(line.peak.at_ms)) + peakPlace(line.peak)));
-    }
-    return made;
+    return cell(line.seen, "seen", line.peak &&
+        small(clock(details.start, seconds(line.peak.at_ms)) + peakPlace(line.peak)));
 }
 
 function basisCell(line) {
     const floor = line.basis === "floor" ? " of " + count(line.floor) : "";
     const scaling = line.derivation || (line.factor ? "× " + line.factor : "");
     const margin = line.margin ? "+ " + Math.round((line.margin - 1) * 1000) / 10 + " %" : "";
-    const text = [scaling, margin].filter(Boolean).join(", ");
-    const made = cell(line.basis + floor, "basis");
-    made.append(...(text ? [small(text)] : []));
-    return made;
+    return cell(line.basis + floor, "basis", small([scaling, margin].filter(Boolean).join(", ")));
 }
 
 function lineRow(details, line) {
@@ -107,28 +98,25 @@ function fillCharts(section, server, details) {
 }
 
 function fillHead(section, server) {
-    const badge = section.querySelector(".badge");
-    badge.textContent = stateNames[server.state];
-    badge.classList.add(server.state);
+    setText(section, ".badge", stateNames[server.state]);
+    section.querySelector(".badge").classList.add(server.state);
     setText(section, "h2", server.name);
     setText(section, ".reason", server.reason);
-    const links = section.querySelector(".to-parts");
-    links.querySelector(".to-charts").href = "#" + section.id + "-charts";
-    links.querySelector(".to-lines").href = "#" + section.id + "-lines";
-    links.hidden = !server.grade;
+    section.querySelector(".to-charts").href = "#" + section.id + "-charts";
+    section.querySelector(".to-lines").href = "#" + section.id + "-lines";
+    section.querySelector(".to-parts").hidden = !server.grade;
 }
 
 // What stands above charts and lines.
 function fillFacts(section) {
-    const state = sections.get(section);
-    if (state.isTold) {
-        return;
+    const {server, details} = sections.get(section);
+    const waiting = section.querySelector(".waiting");
+    if (waiting) {
+        waiting.remove();
+        fillTerms(section.querySelector(".facts"), facts(server, details));
+        fillList(section.querySelector(".warnings"), details.warnings);
+        section.querySelector(".body").hidden = false;
     }
-    state.isTold = true;
-    section.querySelector(".waiting").remove();
-    fillTerms(section.querySelector(".facts"), facts(state.server, state.details));
-    fillList(section.querySelector(".warnings"), state.details.warnings);
-    section.querySelector(".body").hidden = false;
 }
 
 function fillBody(section) {
@@ -173,9 +161,6 @@ async function fillWhenRead(section) {
         fillBody(section);
     }
 }
-
-// For the printer, which waits for nobody: what has been read by now.
-const readSections = () => [...sections].filter(([, {details}]) => details);
 
 function open(index) {
     const section = byId("server-" + index) ?? build(index);

@@ -71,25 +71,23 @@ function unitOf(series) {
 }
 
 function exactly(series, value) {
-    const unit = unitOf(series);
-    if (!series.unit_bytes) {
-        return inUnit(series, value);
-    }
-    return count(value) + " " + unit + " (" + inUnit(series, value) + ")";
+    const text = inUnit(series, value);
+    return series.unit_bytes ? count(value) + " " + unitOf(series) + " (" + text + ")" : text;
 }
 
+// What is nothing is left out of the content.
 function make(tag, className, ...content) {
     const element = document.createElement(tag);
     if (className) {
         element.className = className;
     }
-    element.append(...content);
+    element.append(...content.filter(Boolean));
     return element;
 }
 
-const small = (text) => make("small", "", visible(text));
-const cell = (text, className) => make("td", className, visible(text ?? ""));
-const numberCell = (text) => cell(text ?? "–", "number");
+const small = (text) => text && make("small", "", visible(text));
+const cell = (text, className, ...more) => make("td", className, visible(text ?? ""), ...more);
+const numberCell = (text, ...more) => cell(text ?? "–", "number", ...more);
 
 function rowHeading(...content) {
     const heading = make("th", "", ...content);
@@ -120,5 +118,5 @@ function fillList(holder, texts) {
 // A description list's terms, each with its text and, where there is more to say, a smaller one.
 function fillTerms(list, terms) {
     list.append(...terms.map(([term, text, more]) => make("div", "", make("dt", "", term),
-        make("dd", "", visible(text), ...(more ? [small(more)] : [])))));
+        make("dd", "", visible(text), small(more)))));
 }
