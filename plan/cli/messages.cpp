@@ -59,26 +59,21 @@ Kiln::Done empty(int fd, const std::string& name) {
 }  // namespace
 
 Kiln::Done write_result(const Output& output, const std::string& text) {
-    if (output.path.empty()) {
-        const std::string name = "standard output";
-        const Kiln::Done done = check_no_input(STDOUT_FILENO, output, name);
-        return done ? write_to(STDOUT_FILENO, name, text) : done;
-    }
+    const bool is_file = !output.path.empty();
+    const std::string name = is_file ? output.path : "standard output";
     // Opened without emptying it: what must not be written over is still whole when that is seen.
-    const std::string& path = output.path;
-    const Kiln::Descriptor fd(
-        open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, output.mode));
-    if (!fd) {
-        return Kiln::Reason{path + " cannot be opened: " + std::strerror(errno)};
+    const Kiln::Descriptor file(
+        is_file ? open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, output.mode) : -1);
+    if (is_file && !file) {
+        return Kiln::Reason{name + " cannot be opened: " + std::strerror(errno)};
     }
-    Kiln::Done done = check_no_input(fd.get(), output, path);
-    if (done && is_recording(path)) {
-        done = Kiln::Reason{path + " is not written: it is a recording"};
+    const int fd = is_file ? file.get() : STDOUT_FILENO;
+    Kiln::Done done = check_no_input(fd, output, name);
+    if (done && is_file) {
+        done = is_recording(name) ? Kiln::Reason{name + " is not written: it is a recording"}
+                                  : empty(fd, name);
     }
-    if (done) {
-        done = empty(fd.get(), path);
-    }
-    return done ? write_to(fd.get(), path, text) : done;
+    return done ? write_to(fd, name, text) : done;
 }
 
 ExitStatus say_flaws(const std::vector<std::string>& flaws) {

@@ -105,17 +105,14 @@ std::string gauges_text(const UsageSummaries& usage) {
                : heading("tarnhwplan_usage", "What the host used over the time recorded.") + gauges;
 }
 
-std::string size_gauge(const char* name, const char* help, const std::optional<std::int64_t>& size,
-                       std::int64_t unit) {
-    return size ? single(name, help, std::to_string(*size * unit)) : "";
-}
-
 std::string machine_text(const Hardware& hardware) {
-    return size_gauge("tarnhwplan_host_cpus", "Processors of the host.", hardware.cpus, 1) +
-           size_gauge("tarnhwplan_host_memory_bytes", "Memory of the host.", hardware.memory_kib,
-                      1024) +
-           size_gauge("tarnhwplan_host_swap_bytes", "Swap space of the host.", hardware.swap_kib,
-                      1024);
+    const auto size = [](const char* name, const char* help,
+                         const std::optional<std::int64_t>& known, std::int64_t unit) {
+        return known ? single(name, help, std::to_string(*known * unit)) : "";
+    };
+    return size("tarnhwplan_host_cpus", "Processors of the host.", hardware.cpus, 1) +
+           size("tarnhwplan_host_memory_bytes", "Memory of the host.", hardware.memory_kib, 1024) +
+           size("tarnhwplan_host_swap_bytes", "Swap space of the host.", hardware.swap_kib, 1024);
 }
 
 int run_metrics(const RecordingOptions& options, const RecordedHost& host) {
