@@ -31,40 +31,31 @@ TEST(CombinedScan, APassThatFailedCountsAsFarAsItCame) {
 }
 
 TEST(CombinedScan, RecordingsOfTwoHostsAreRefused) {
-    const NamedRecording box = recording_of({1});
-    RecordingHeader other_host = box.recording.header;
-    RecordingHeader other_machine = other_host;
-    RecordingHeader other_pages = other_host;
-    other_host.host = "other";
-    other_machine.machine = "aarch64";
-    other_pages.page_size = 65536;
-    const std::pair<RecordingHeader, const char*> cases[] = {
-        {box.recording.header, ""},
-        {other_host, "a.rec and b.rec are of two hosts: box and other"},
-        {other_machine, "a.rec and b.rec are of two machines: x86_64 and aarch64"},
-        {other_pages, "a.rec and b.rec differ in the page size: 4096 and 65536"},
+    const std::string text = header_line(header_of("box")) + pass_line(pass_of(1, 0, 1));
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"", "", ""},
+        {"\"box\"", "\"other\"", "a and b are of two hosts: box and other"},
+        {"x86_64", "aarch64", "a and b are of two machines: x86_64 and aarch64"},
+        {"4096", "65536", "a and b differ in the page size: 4096 and 65536"},
     };
-    for (const auto& [header, reason] : cases) {
-        NamedRecording other = {"b.rec", box.recording};
-        other.recording.header = header;
-        EXPECT_EQ(combine({box, other}).reason(), reason);
+    for (const auto& [old, now, reason] : cases) {
+        const NamedRecording other = {"b", parsed(changed(text, old, now))};
+        EXPECT_EQ(combine({{"a", parsed(text)}, other}).reason(), reason);
     }
     EXPECT_EQ(combine({recording_of({})}).reason(), "there is no pass that counted anything");
 }
 
 TEST(CombinedScan, TheNewestFindingsCount) {
-    NamedRecording first = recording_of({1});
-    first.recording.summary = summary_of(70);
-    first.recording.summary->findings.distribution = "new";
-    first.recording.summary->findings.reiserfs_found = true;
-    NamedRecording second = recording_of({1});
-    second.recording.header.start += 10;
-    second.recording.summary = summary_of(50);
-    second.recording.summary->findings.distribution = "old";
-    for (const auto& recordings : {std::vector<NamedRecording>{first, second}, {second, first}}) {
-        const CombinedScan scan = combined(recordings);
-        EXPECT_EQ(scan.profile.distribution, "new");
-        EXPECT_EQ(scan.profile.diskinodes, 1000000);
+    NamedRecording newer = recording_of({1});
+    NamedRecording older = newer;
+    newer.recording.summary = summary_of(70);
+    newer.recording.summary->findings.distribution = "new";
+    newer.recording.summary->findings.reiserfs_found = true;
+    older.recording.header.start += 10;
+    older.recording.summary = summary_of(50);
+    for (const auto& recordings : {std::vector<NamedRecording>{newer, older}, {older, newer}}) {
+        EXPECT_EQ(combined(recordings).profile.distribution, "new");
+        EXPECT_EQ(combined(recordings).profile.diskinodes, 1000000);
     }
 }
 

@@ -222,9 +222,21 @@ TEST_F(CheckedHost, WhatPathLacks) {
     fs::create_symlink("bin", folder_ + "/again");
     made_up_.host.paths.program_folders = {folder_ + "/again", folder_ + "/sbin",
                                            folder_ + "/other", folder_ + "/none"};
+    fs::create_directories(folder_ + "/open/within");
+    chmod(made_up_.path("open").c_str(), 0777);
+    const std::string within = folder_ + "/open/within";
+    setenv("PATH", (folder_ + "/bin:" + within + ":/nonexistent:relative::").c_str(), 1);
     const std::string folder = "PATH lacks " + folder_ + "/sbin";
     const std::string remedy = "\n  export PATH=\"$PATH:" + folder_ + "/sbin\"\n";
-    EXPECT_EQ(told(check_host(host_).findings), folder + remedy);
+    const std::string why =
+        ": commands may come from the working directory\n  have only absolute folders in PATH\n";
+    const std::string strange =
+        "PATH has " + within + ": " + folder_ +
+        "/open may be written by everybody\n"
+        "  leave the folder out of PATH, or let nobody but root own and write it\n"
+        "PATH has relative" +
+        why + "PATH has an empty word" + why;
+    EXPECT_EQ(told(check_host(host_).findings), folder + remedy + strange);
     for (const char* program : {"iptables", "ps", "ip"}) {
         fs::remove(folder_ + "/bin/" + program);
     }
@@ -234,7 +246,8 @@ TEST_F(CheckedHost, WhatPathLacks) {
     EXPECT_EQ(told(check.findings),
               folder + ", and with it iptables: NUMIPTENT will be too low" + remedy +
                   "ps is missing: LINES will be too low\n  install ps (Debian: procps)\n"
-                  "ip is missing: NUMIPTENT will be too low\n  install ip (Debian: iproute2)\n");
+                  "ip is missing: NUMIPTENT will be too low\n  install ip (Debian: iproute2)\n" +
+                  strange);
     const auto of = [](CountField field) { return TakenCounts().set(place_of(field)); };
     EXPECT_EQ(told(missing_warnings({{"df", of(&PhysParams::diskspace)},
                                      {"/usr/bin/ipcs", of(&PhysParams::shmpages)}},
@@ -284,20 +297,6 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
               "LINES will be too high\n  end what holds them open (ls -l /proc/*/fd), or correct "
               "by hand\n");
     EXPECT_EQ(told(descriptor_warnings({1, 100001, 1, 10000}, 1000)), "") << "a tenth";
-}
-
-TEST_F(CheckedHost, FoldersThatOthersMayWrite) {
-    fs::create_directories(folder_ + "/open/within");
-    chmod(made_up_.path("open").c_str(), 0777);
-    const std::string path = folder_ + "/bin:" + folder_ + "/open/within:/nonexistent:relative::";
-    const std::string why =
-        ": commands may come from the working directory\n  have only absolute folders in PATH\n";
-    EXPECT_EQ(told(search_path_warnings(path, host_.paths)),
-              "PATH has " + folder_ + "/open/within: " + folder_ +
-                  "/open may be written by everybody\n"
-                  "  leave the folder out of PATH, or let nobody but root own and write it\n"
-                  "PATH has relative" +
-                  why + "PATH has an empty word" + why);
 }
 
 TEST(UserWarnings, AreForWhoIsNotRoot) {
