@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "calc/memory_scan.h"
 #include "calc/process_memory.h"
@@ -39,6 +40,14 @@ TEST(ProcessStatus, HasTheNameToo) {
     proc_info_t info;
     parse_process_status("Name:\tmy daemon\nNames:\tx\nName\n", info);
     EXPECT_EQ(info.name, "my daemon");
+}
+
+TEST(SumMemory, TakesTheFirstOfChildrenOfOneSize) {
+    ProcessTables tables;
+    add_process(tables, 101, "PPid:\t5\nVmSize:\t40000\nVmLck:\t8\n");
+    add_process(tables, 102, "PPid:\t5\nVmSize:\t40001\nVmLck:\t9\n");
+    const MemoryTotals totals = sum_memory(tables);
+    EXPECT_EQ(std::pair(totals.vm_kib, totals.lck_kib), std::pair(40000, 8));
 }
 
 TEST(MemoryScan, StopsAtTheMachinesPagesAndNeedsTheWholeDirectory) {

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <tuple>
+#include <utility>
 
 #include "tests/support/made_up_host.h"
 
@@ -87,13 +88,15 @@ TEST(Scan, TellsEverySecondAndTheEndOnce) {
 
     fake.profile.avnumproc = 1e30F;
     fake.made_up.answers["ps ax | wc -l"].out = "40";
-    fake.profile.numflock = fake.profile.diskspace = -5;  // they wrapped
+    fake.profile.numflock = fake.profile.diskspace = -5;                   // they wrapped
+    fake.made_up.answers["iptables -n -L -t filter | wc -l"].status = -1;  // forgiven
+    fake.made_up.answers["ip route list | wc -l"].out = "7";
     fake.made_up.answers["df -k -l"].status = 1;
     EXPECT_TRUE(fake.fails(5, 3, &listener));
     EXPECT_EQ(listener.ends, 2);
     EXPECT_EQ(fake.begun.size(), 4U) << "three, and the one that failed";
     EXPECT_EQ(fake.profile.avnumproc, 40.0F) << "begun anew";
-    EXPECT_EQ(fake.profile.numflock, 0);
+    EXPECT_EQ(std::pair(fake.profile.numflock, fake.profile.numiptent), std::pair(0, 7));
     EXPECT_EQ(fake.profile.diskspace, -5) << "a step that was not taken raises nothing";
 
     // Stopped for a minute in its first second of sleep: it does not make up for that.
