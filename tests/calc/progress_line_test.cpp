@@ -34,49 +34,16 @@ TEST(ProgressLine, FitsTheTerminal) {
     }
 }
 
-class Terminal : public testing::Test {
-protected:
-    Terminal() {
-        EXPECT_EQ(grantpt(screen) + unlockpt(screen), 0);
-        terminal = open(ptsname(screen), O_RDWR | O_NOCTTY);
-        resize(80);
-    }
-    ~Terminal() override { EXPECT_EQ(close(terminal) + close(screen), 0); }
-    void resize(unsigned short columns) const {
+// On one that becomes narrower, as on one that stays, a line takes one row at most. One that is
+// held would hold the scan as well; a job in the background must not draw over the shell's prompt.
+TEST(ProgressLine, IsOneRowThatIsWipedOfATerminalThatIsNeitherHeldNorAnothers) {
+    const int screen = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_EQ(grantpt(screen) + unlockpt(screen), 0);
+    const int terminal = open(ptsname(screen), O_RDWR | O_NOCTTY);
+    const auto resize = [terminal](unsigned short columns) {
         const winsize size = {24, columns, 0, 0};
-        EXPECT_EQ(ioctl(terminal, TIOCSWINSZ, &size), 0);
-    }
-    // What has been written so far. A mark of ours ends it, since a terminal hands on in pieces.
-    std::string seen() const {
-        EXPECT_EQ(write(terminal, "$", 1), 1);
-        std::string text;
-        char c = 0;
-        while (read(screen, &c, 1) == 1 && c != '$') {
-            text += c;
-        }
-        return text;
-    }
-
-    int screen = posix_openpt(O_RDWR | O_NOCTTY);
-    int terminal = -1;
-};
-
-// On one that becomes narrower, as on one that stays, a line takes one row at most.
-TEST_F(Terminal, ShowsOneRowThatIsWiped) {
-    ProgressLine line(terminal);
-    resize(0);  // says nothing of its width
-    line.progress(halfway);
-    resize(40);
-    line.progress(halfway);
-    resize(30);
-    line.finished();
-    EXPECT_EQ(seen(), "\r" + format_progress(halfway, 80) + "\r" + format_progress(halfway, 40) +
-                          "\r" + std::string(29, ' ') + "\r");
-}
-
-// One that is held would hold the scan as well; a job in the background must not draw over the
-// shell's prompt.
-TEST_F(Terminal, IsLeftAloneWhileItIsHeldAndFromTheBackground) {
+        return ioctl(terminal, TIOCSWINSZ, &size);
+    };
     const auto again = [](ProgressLine line) {
         line.progress(halfway);
         line.finished();
@@ -85,14 +52,27 @@ TEST_F(Terminal, IsLeftAloneWhileItIsHeldAndFromTheBackground) {
     const auto draw = [&] {
         const bool own = setsid() != -1 && ioctl(terminal, TIOCSCTTY, 0) == 0;
         ProgressLine line(terminal);
+        resize(0);  // says nothing of its width
+        line.progress(halfway);
+        resize(40);
         line.progress(halfway);
         tcflow(terminal, TCOOFF);
         again(line);
         tcflow(terminal, TCOON);
-        return own ? in_child([&] { return setpgid(0, 0) + again(line); }) : 1;
+        resize(30);
+        const int failed = own ? in_child([&] { return setpgid(0, 0) + again(line); }) : 1;
+        line.finished();
+        return failed;
     };
     EXPECT_EQ(in_child(draw), 0) << "waited for the terminal";
-    EXPECT_EQ(seen(), "\r" + format_progress(halfway, 80));
+    EXPECT_EQ(write(terminal, "$", 1), 1);  // ends it, since a terminal hands on in pieces
+    std::string seen;
+    for (char c = 0; read(screen, &c, 1) == 1 && c != '$';) {
+        seen += c;
+    }
+    EXPECT_EQ(seen, "\r" + format_progress(halfway, 80) + "\r" + format_progress(halfway, 40) +
+                        "\r" + std::string(29, ' ') + "\r");
+    EXPECT_EQ(close(terminal) + close(screen), 0);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "inspect/exclude_rules.h"
 #include "inspect/mount_table.h"
 #include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
@@ -27,9 +28,19 @@ TEST(MountTable, IsReadAsTheSystemReadsIt) {
                 std::to_string(entry.options.size()) + "\n";
     }
     EXPECT_EQ(text, "/dev/sda1|/|ext4|10\n/dev/sdb1|/a b|vfat|0\nnone|||0\na|/l|b|4088\nz|/z||0\n");
-    EXPECT_EQ(parse_filesystem_types(
-                  "nodev\tproc\n\text4\nnodev\tnfs4\textra\nNODEV\tfuse\nnodev\n\njunk"),
-              (FsTypeTable{{"proc", true}, {"ext4", false}, {"nfs4", true}, {"fuse", false}}));
+}
+
+// No rule makes such entries, but the rules know them.
+TEST(Excludes, KernelMountsThatAreRootsOrWholeCoverEverything) {
+    const MntFlags kernel(false, true), whole(false, false), network(true, true);
+    for (const char* root : {"/", ""}) {
+        for (const MntFlags& flags : {kernel, network}) {
+            ExcludeTable table = {{root, flags}};
+            add_exclude_dir(table, "/a", network);
+            EXPECT_EQ(table.size(), flags.flag ? 2U : 1U);
+        }
+    }
+    EXPECT_EQ(refactor_excludes({{"/p", whole}, {"/p/a/b", {true, false}}}).size(), 1U);
 }
 
 TEST(ShellWord, IsWhatTheShellHandsOn) {

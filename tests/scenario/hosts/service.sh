@@ -4,7 +4,7 @@ rows 700 /proc/net/tcp
 put "$out/ipcs" 'pages allocated 40000'
 seq -f 'rubbish %.0f' 100000 >>"$out/ipcs"
 put "$out/df-k" $'header\n/dev/sda1 9 777 9'
-put /etc/mtab '/tmp/gone /gone iso9660 usrquota 0 0'
+put /etc/mtab $'/tmp/gone /gone iso9660 usrquota 0 0\nbox:/x /x nfs4 rw'
 descriptors="for fd in 0 1 2 3 4 5 6 7 8 9; do [ ! -e $stage/proc/\$\$/fd/\$fd ] || printf \$fd; done"
 stub iptables "{ $descriptors; echo \" \$LC_ALL \$MARK\"; } >$stage/seen"
 # The words of the script are glued. A process that it leaves behind is waited for while it holds the output, and no
