@@ -154,8 +154,8 @@ Json details_json(const ReportServer& s) {
 }
 
 // Everything beyond ASCII is written as an escape, and bytes that are no UTF-8 are replaced.
-std::string text_of(const Json& json) {
-    return json.dump(-1, ' ', true, Json::error_handler_t::replace);
+std::string text_of(const Json& data) {
+    return data.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 void append_element(const std::string& id, const char* type, const std::string& content,
@@ -200,18 +200,18 @@ std::string base64(const std::string& bytes) {
 #endif
 
 // The data as script elements that no text in it can leave. This one is readable at once.
-void append_data(const std::string& id, const Json& json, std::string& page) {
+void append_data(const std::string& id, const Json& data, std::string& page) {
     // Only strings can hold a "<", and there it may be written as an escape.
     append_element(id, "application/json",
-                   Kiln::join("\\u003c", Kiln::split("<", text_of(json), -1)), page);
+                   Kiln::join("\\u003c", Kiln::split("<", text_of(data), -1)), page);
 }
 
 // Compressed and in base64; as it is where this program was built without zlib.
-void append_packed_data(const std::string& id, const Json& json, std::string& page) {
+void append_packed_data(const std::string& id, const Json& data, std::string& page) {
 #ifdef TARN_ZLIB
-    append_element(id, "application/zlib", base64(deflated(text_of(json))), page);
+    append_element(id, "application/zlib", base64(deflated(text_of(data))), page);
 #else
-    append_data(id, json, page);
+    append_data(id, data, page);
 #endif
 }
 
