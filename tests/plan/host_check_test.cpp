@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -17,7 +16,7 @@
 #include "plan/check/output_shapes.h"
 #include "plan/record/one_shot_steps.h"
 #include "plan/record/trusted_path.h"
-#include "plan/recording/finding_text.h"
+#include "plan/recording/finding.h"
 #include "plan/text/wrapped.h"
 #include "tests/plan/recordings.h"
 
@@ -60,18 +59,10 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
     }
 }
 
-TEST(Wrapped, LinesFitAndLongWordsStayWhole) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"", "* \n"},
-        {"six to", "* six to\n"},
-        {"seven to", "* seven\n  to\n"},
-        {"\u00e9\u00e9\u00e9\u00e9 b", "* \u00e9\u00e9\u00e9\u00e9 b\n"},
-        {"a  b  ccccccccccc d", "* a  b\n  ccccccccccc\n  d\n"},
-        {"a   ", "* a\n"},
-    };
-    for (const auto& [text, lines] : cases) {
-        EXPECT_EQ(wrapped(text, "* ", "  ", 8), lines);
-    }
+TEST(Wrapped, BlanksAndLongWordsStay) {
+    EXPECT_EQ(wrapped("a  b  ccccccccccc d  ", "* ", "  ", 8), "* a  b\n  ccccccccccc\n  d\n");
+    EXPECT_EQ(wrapped("\u00e9\u00e9\u00e9\u00e9 b", "* ", "  ", 8),
+              "* \u00e9\u00e9\u00e9\u00e9 b\n");
 }
 
 // What is said and what to do, without what comes from who runs the test, and where. Before it is
@@ -96,21 +87,16 @@ class CheckedHost : public testing::Test {
 protected:
     CheckedHost() {
         let_commands_answer(made_up_);
-        put("mtab", 0);
         made_up_.host.paths.program_folders.clear();
-        for (const char* program : {"ps", "wc", "cat", "ls", "iptables", "ip", "df"}) {
-            put_program(std::string("bin/") + program);
-        }
+        EXPECT_TRUE(
+            made_up_.shell("touch mtab && mkdir bin && cd bin && "
+                           "touch ps wc cat ls iptables ip df && chmod 755 *"));
         setenv("PATH", made_up_.path("bin").c_str(), 1);
     }
     ~CheckedHost() override { setenv("PATH", path_.c_str(), 1); }
 
     void put(const std::string& name, std::size_t lines) const {
         made_up_.put(name, std::string(lines, '\n'));
-    }
-    void put_program(const std::string& name) const {
-        put(name, 0);
-        chmod(made_up_.path(name).c_str(), 0755);
     }
     MadeUpHost::Answer& answer(std::size_t step) {
         return made_up_.answers[sample_steps[step].command];
@@ -217,13 +203,12 @@ TEST_F(CheckedHost, WhatCannotHaveAProcessHasFailed) {
 #endif
 
 TEST_F(CheckedHost, WhatPathLacks) {
-    put_program("sbin/iptables");
-    fs::create_symlink("sbin", folder_ + "/other");
-    fs::create_symlink("bin", folder_ + "/again");
+    ASSERT_TRUE(
+        made_up_.shell("cp -r bin sbin && cd sbin && rm ps wc cat ls ip df && cd .. && "
+                       "ln -s sbin other && ln -s bin again && mkdir -p open/within && "
+                       "chmod 777 open"));
     made_up_.host.paths.program_folders = {folder_ + "/again", folder_ + "/sbin",
                                            folder_ + "/other", folder_ + "/none"};
-    fs::create_directories(folder_ + "/open/within");
-    chmod(made_up_.path("open").c_str(), 0777);
     const std::string within = folder_ + "/open/within";
     setenv("PATH", (folder_ + "/bin:" + within + ":/nonexistent:relative::").c_str(), 1);
     const std::string folder = "PATH lacks " + folder_ + "/sbin";
@@ -237,9 +222,7 @@ TEST_F(CheckedHost, WhatPathLacks) {
         "PATH has relative" +
         why + "PATH has an empty word" + why;
     EXPECT_EQ(told(check_host(host_).findings), folder + remedy + strange);
-    for (const char* program : {"iptables", "ps", "ip"}) {
-        fs::remove(folder_ + "/bin/" + program);
-    }
+    ASSERT_TRUE(made_up_.shell("cd bin && rm iptables ps ip"));
     answer(ps_step).out = "many\n";
     const HostCheck check = check_host(host_);
     EXPECT_TRUE(check.run_succeeds());
@@ -271,16 +254,12 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
         told(socket_warnings(host_)),
         "NUMOTHERSOCK: nothing counts the 499 UDP and raw sockets of IPv6; only 0 are counted\n"
         "  raise LINES by hand, or use a larger --mem-scale\n");
-    fs::remove(folder_ + "/net/raw6");
-    ASSERT_EQ(mkfifo((folder_ + "/net/raw6").c_str(), 0600), 0);
+    ASSERT_TRUE(made_up_.shell("rm net/raw6 && mkfifo net/raw6"));
     EXPECT_EQ(told(socket_warnings(host_)), "") << "a FIFO is not waited for";
 }
 
 TEST_F(CheckedHost, DescriptorsAsArguments) {
-    put("1/fd/0", 0);
-    for (int i = 0; i < 5; ++i) {
-        put("1/fd/1/" + std::to_string(i), 0);
-    }
+    ASSERT_TRUE(made_up_.shell("mkdir -p 1/fd/1 && touch 1/fd/0 && cd 1/fd/1 && touch a b c d e"));
     const DescriptorArguments listed = list_descriptors(host_);
     EXPECT_EQ(listed.count, 2U);
     EXPECT_EQ(listed.bytes, 2 * (folder_.size() + sizeof("/1/fd/0") + sizeof(char*)));
@@ -318,39 +297,32 @@ protected:
         made_up_.put("groups", "mallory:x:4:\nstaff:x:50:\n");
         made_up_.host.paths.users = made_up_.path("users");
         made_up_.host.paths.groups = made_up_.path("groups");
-        made_up_.host.paths.detect_script = share_ + "/script";
+        made_up_.host.paths.detect_script = temporary_ + "usr/share/script";
         plant();
     }
 
     // Root's own, in a sticky folder.
     void plant() const {
-        for (const char* name : {"tmp", "usr", "second"}) {
-            fs::remove_all(made_up_.path(name));
-        }
-        fs::create_directories(share_);
-        chmod(temporary_.c_str(), 01777);
-        std::ofstream(share_ + "/script") << ": >" << mark_ << "; echo \"debian-12 $0 $#\"\n";
+        ASSERT_TRUE(made_up_.shell(
+            "rm -rf tmp usr second mark && mkdir -p tmp/usr/share && chmod 1777 tmp && "
+            "echo ': >'$PWD'/mark; echo \"debian-12 $0 $#\"' >tmp/usr/share/script"));
     }
 
     // The reason why it is not run, without the folder in front; what it says when it is.
     std::string outcome() const {
-        fs::remove(mark_);
         const Findings findings =
             take_one_shot_step(host_, OneShotStep::distribution, 10, -1).findings;
+        EXPECT_EQ(fs::exists(made_up_.path("mark")), !findings.distribution.empty());
         if (findings.failures.empty()) {
-            EXPECT_EQ(fs::exists(mark_), !findings.distribution.empty());
             return findings.distribution;
         }
-        EXPECT_FALSE(fs::exists(mark_));
-        const std::string begin = "the detection script is not run: " + temporary_ + "/";
+        const std::string begin = "the detection script is not run: " + temporary_;
         const std::string& text = findings.failures.at(0).text;
         return text.rfind(begin, 0) == 0 ? text.substr(begin.size()) : "? " + text;
     }
 
-    const std::string temporary_ = folder_ + "/tmp";
-    const std::string share_ = temporary_ + "/usr/share";
-    const std::string mark_ = folder_ + "/mark";
-    const std::string answer_ = "debian-12" + share_ + "/script0";
+    const std::string temporary_ = folder_ + "/tmp/";
+    const std::string answer_ = "debian-12" + temporary_ + "usr/share/script0";
 };
 
 TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
@@ -375,7 +347,7 @@ TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
     };
     for (const auto& [change, expected] : cases) {
         plant();
-        if (std::system(("cd " + temporary_ + " && " + change + " 2>/dev/null").c_str()) == 0) {
+        if (made_up_.shell("cd tmp && " + change)) {
             EXPECT_EQ(outcome(), expected) << change;
         } else {
             EXPECT_NE(geteuid(), 0U) << change;
@@ -387,11 +359,11 @@ TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
 }
 
 TEST_F(DetectionScript, WhatWasOpenedIsRunWhateverTakesItsPlace) {
-    const auto script = open_trusted(share_ + "/script", host_.paths);
+    const auto script = open_trusted(host_.paths.detect_script, host_.paths);
     ASSERT_TRUE(script);
-    fs::rename(share_, temporary_ + "/away");
-    fs::create_directories(share_);
-    std::ofstream(share_ + "/script") << "echo evil\n";
+    ASSERT_TRUE(
+        made_up_.shell("cd tmp/usr && mv share away && mkdir share && "
+                       "echo 'echo evil' >share/script"));
     EXPECT_EQ(detect_distribution(host_, script->get()).name, answer_);
 }
 
@@ -400,8 +372,7 @@ TEST_F(CheckedHost, WhatOneCheckFindsInItsOrder) {
     answer(df_step) = {1, "", "df: failed\n"};
     made_up_.put("mtab", "proc " + folder_ + " proc rw 0 0\nhost:/x " + folder_ +
                              "/gone fuse.sshfs rw 0 0\n");
-    put("detect", 0);
-    chmod(made_up_.path("detect").c_str(), 0602);
+    ASSERT_TRUE(made_up_.shell("touch detect && chmod 602 detect"));
     const HostCheck check = check_host(host_);
     EXPECT_TRUE(check.steps[13].forgiven) << "a run goes on without the script";
     EXPECT_EQ(

@@ -1,7 +1,5 @@
 // Recordings from files that anybody may have made: what is read, and what is said instead.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "plan/recording/recording_files.h"
 #include "tests/plan/recordings.h"
@@ -30,9 +28,7 @@ std::string reason_of(const MadeUpHost& files, const std::string& name,
 
 TEST(RecordingFiles, WhatCannotBeReadHasOneSentence) {
     const MadeUpHost files;
-    ASSERT_EQ(mkfifo(files.path("fifo").c_str(), 0600), 0);
-    ASSERT_EQ(symlink("/dev/zero", files.path("zero").c_str()), 0);
-    ASSERT_EQ(symlink("fifo", files.path("link").c_str()), 0);
+    ASSERT_TRUE(files.shell("mkfifo fifo && ln -s fifo link && ln -s /dev/zero zero"));
     EXPECT_EQ(reason_of(files, "gone"), " cannot be read: No such file or directory");
     EXPECT_EQ(reason_of(files, "link"), " cannot be read: it is a FIFO");
     EXPECT_EQ(reason_of(files, "zero"), " cannot be read: it is a device");
@@ -64,24 +60,6 @@ TEST(RecordingFiles, WhatCannotBeReadHasOneSentence) {
     EXPECT_EQ(reason_of(files, "x", 1024), "");
     EXPECT_EQ(reason_of(files, "x", 1023),
               " cannot be read: it is larger than 1023 bytes; --max-size allows more");
-}
-
-TEST(RecordingFiles, InPiecesAsInOne) {
-    const MadeUpHost files;
-    std::string text = header;
-    for (std::int32_t number = 1; text.size() < 200000; ++number) {
-        text += pass_line(pass_of(number, number, number % 1000));
-    }
-    for (const std::size_t size : {std::size_t{65535}, std::size_t{65536}, text.size()}) {
-        const std::string part = text.substr(0, size);
-        files.put("x", part);
-        const Recording whole = parsed(part);
-        const Kiln::Result<NamedRecording> read = read_recording(files.path("x"), text.size());
-        ASSERT_EQ(read.reason(), "");
-        EXPECT_EQ(read->recording.passes.size(), whole.passes.size());
-        EXPECT_EQ(read->recording.whole_size, whole.whole_size);
-        EXPECT_EQ(read->recording.torn, part.back() != '\n');
-    }
 }
 
 }  // namespace

@@ -39,6 +39,11 @@ struct MadeUpHost {
         std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
         std::ofstream(path(name), std::ios::binary) << text;
     }
+    // Whether the command of the shell, run in the root, succeeded.
+    bool shell(const std::string& command) const {
+        const std::string begin = "exec 2>/dev/null; PATH=/usr/bin:/bin; cd '" + root + "' && ";
+        return std::system((begin + command).c_str()) == 0;
+    }
 
     std::string root;                       // of /proc, and of the few files
     std::map<std::string, Answer> answers;  // a command that is not here prints nothing
