@@ -26,8 +26,10 @@ std::int32_t wrapped(Wide number) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
 }
 
-std::int32_t clamped(Wide number) {
-    return static_cast<std::int32_t>(std::clamp<Wide>(number, INT32_MIN, INT32_MAX));
+// What an int keeps of the number in a float, which is given in parts of a unit.
+std::int32_t clamped(Wide number, Wide parts = 1) {
+    return static_cast<std::int32_t>(
+        std::clamp<Wide>(rounded(number, 24) / parts, INT32_MIN, INT32_MAX));
 }
 
 std::int32_t truncated(double number) {
@@ -50,8 +52,7 @@ std::int32_t scaled(std::int32_t count, float factor) {
 
 // With 1.1 as a double, which is that many parts of 2^52.
 std::int32_t tenth_more(std::int32_t count) {
-    constexpr Wide one_and_a_tenth = 4953959590107546;
-    return clamped(rounded(rounded(count * one_and_a_tenth, 53), 24) / (Wide{1} << 52));
+    return clamped(rounded(Wide{4953959590107546} * count, 53), Wide{1} << 52);
 }
 
 std::string line(const std::string& name, const std::string& value) {
@@ -77,7 +78,7 @@ std::int32_t buffers(std::int32_t sockets) {
 
 std::string socket_buffers(const char* name, std::int32_t sockets) {
     const std::int32_t all = buffers(sockets);
-    return pair(name, clamped(rounded(all - Wide{sockets} * 2560, 24)), all);
+    return pair(name, clamped(all - Wide{sockets} * 2560), all);
 }
 
 std::string memory_limit(double bytes, std::int32_t page_size) {
@@ -109,11 +110,10 @@ std::string numbers(const PhysParams& p, ConfigScales scales, std::int32_t page_
     const std::int32_t ids = std::max(wrapped(Wide{2} * p.quotaugidlimit), 1024);
     double average = to_float(memory * static_cast<double>(p.avnumproc));
     average = average < 180 ? 180 : average;
-    const std::int32_t files =
-        std::max({count(p.numfile, 9312), clamped(rounded(wrapped(Wide{tcp} + other + ptys), 24)),
-                  truncated(32 * average)});
+    const std::int32_t files = std::max({count(p.numfile, 9312), truncated(32 * average),
+                                         clamped(wrapped(Wide{tcp} + other + ptys))});
     const std::int32_t dentries = tenth_more(wrapped(Wide{files} * 384));
-    const std::int32_t kernel = clamped(rounded(wrapped(Wide{numproc} * 61440 + dentries), 24));
+    const std::int32_t kernel = clamped(wrapped(Wide{numproc} * 61440 + dentries));
 
     // At most 62 bits: not every compiler can check a product of two wide numbers.
     const auto bytes = [page_size](std::int32_t page_count) {
@@ -133,7 +133,7 @@ std::string numbers(const PhysParams& p, ConfigScales scales, std::int32_t page_
            pair("OOMGUARPAGES", pages, INT32_MAX) + pair("LOCKEDPAGES", locked) +
            pair("SHMPAGES", std::max(count(p.shmpages, 21504), 1024)) +
            "PHYSPAGES=\"0:9223372036854775807\"\n" + pair("NUMFLOCK", flocks, tenth_more(flocks)) +
-           "NUMSIGINFO=\"256:256\"\n" + pair("NUMIPTENT", count(p.numiptent, 128)) +
+           pair("NUMSIGINFO", 256) + pair("NUMIPTENT", count(p.numiptent, 128)) +
            pair("DISKSPACE", space, tenth_more(space)) +
            pair("DISKINODES", inodes, tenth_more(inodes)) + "CPUUNITS=\"1000\"\nQUOTATIME=\"0\"\n" +
            line("QUOTAUGIDLIMIT", written(p.quotaugidlimit == 0 ? 0 : ids)) +
@@ -149,30 +149,24 @@ std::string texts(const std::string& text, bool nfs_used) {
 }  // namespace
 
 // Input: the factors, the page size, the counts, and the text that stands for every name.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Bytes bytes(data, size);
-    const auto memory = bytes.next<float>();
-    const ConfigScales scales = {memory, bytes.next<float>()};
-    const std::int32_t page_size = 4096 << bytes.next<std::uint8_t>() % 5;
+void try_input(fuzz::Input input) {
+    const auto memory = input.next<float>();
+    const ConfigScales scales = {memory, input.next<float>()};
+    const std::int32_t page_size = 4096 << input.next<std::uint8_t>() % 5;
     PhysParams p;
-    p.nfs_used = bytes.next<std::uint8_t>() % 2 != 0;
-    p.avnumproc = bytes.next<float>();
-    for (std::int32_t PhysParams::*count :
-         {&PhysParams::numproc, &PhysParams::numtcpsock, &PhysParams::numothersock,
-          &PhysParams::numfile, &PhysParams::numpty, &PhysParams::privvmpages,
-          &PhysParams::lockedpages, &PhysParams::shmpages, &PhysParams::numflock,
-          &PhysParams::numiptent, &PhysParams::diskspace, &PhysParams::diskinodes,
-          &PhysParams::quotaugidlimit}) {
-        p.*count = bytes.next<std::int32_t>();
+    p.nfs_used = input.next<std::uint8_t>() % 2 != 0;
+    p.avnumproc = input.next<float>();
+    for (std::int32_t* count : {&p.numproc, &p.numtcpsock, &p.numothersock, &p.numfile, &p.numpty,
+                                &p.privvmpages, &p.lockedpages, &p.shmpages, &p.numflock,
+                                &p.numiptent, &p.diskspace, &p.diskinodes, &p.quotaugidlimit}) {
+        *count = input.next<std::int32_t>();
     }
-    const std::string text = bytes.rest().c_str();
+    const std::string text = input.text().c_str();
     p.distribution = p.hostname = text;
     p.ifaces.push_back({2, "eth0", {text, text}, false});
     p.ns_attrs = {{text}, {text, text}};
 
     EnvConfig config;
     write_config(compute_config(p, scales, page_size), config);
-    fuzz::require(config.text() == numbers(p, scales, page_size) + texts(text, p.nfs_used),
-                  "both agree");
-    return 0;
+    require(config.text() == numbers(p, scales, page_size) + texts(text, p.nfs_used), "both agree");
 }

@@ -4,26 +4,24 @@
 #include "fuzz/support.h"
 #include "plan/verify/verdict.h"
 
-// Sections in the order of the names below.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::vector<std::string> names = {
-        "memory.max",         "memory.high",     "memory.current",
-        "memory.events",      "memory.swap.max", "memory.pressure",
-        "memory.swap.events", "pids.max",        "pids.current",
-        "pids.events",        "cpu.max",         "cpu.stat",
-        "memory.peak",        "cpu.weight"};
-    const std::vector<std::string> texts = fuzz::sections(data, size, names.size());
+// Sections in the order of these names.
+constexpr const char* names[] = {
+    "memory.max",      "memory.high",        "memory.current", "memory.events", "memory.swap.max",
+    "memory.pressure", "memory.swap.events", "pids.max",       "pids.current",  "pids.events",
+    "cpu.max",         "cpu.stat",           "memory.peak",    "cpu.weight"};
+
+void try_input(fuzz::Input input) {
     GroupFiles files;
     files.path = "/sys/fs/cgroup/a.slice";
-    for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::vector<std::string> texts = input.sections(std::size(names));
+    for (std::size_t i = 0; i < texts.size(); ++i) {
         if (!texts[i].empty()) {
             files.texts[names[i]] = texts[i];
         }
     }
     const GroupVerdict verdict = judge(parse_control_group(files));
-    fuzz::require(!verdict.all_fit || verdict.raise.empty(), "nothing to raise where all fit");
-    fuzz::require(nlohmann::json::accept(verdict_json(verdict)), "the verdict is JSON");
+    require(!verdict.all_fit || verdict.raise.empty(), "nothing to raise where all fit");
+    require(nlohmann::json::accept(verdict_json(verdict)), "the verdict is JSON");
     const std::string text = verdict_text(verdict);
-    fuzz::require(!text.empty() && text.back() == '\n', "lines have their end");
-    return 0;
+    require(!text.empty() && text.back() == '\n', "lines have their end");
 }

@@ -12,51 +12,47 @@ void go_on(const Recording& recording) {
         const TimeSources time = {[] { return 5000; }, [=] { return wall_ms; }};
         for (const char* const boot_id : {"", "9b0b7d13-c910-4f72-848b-fb91ccdfaad1"}) {
             const RecordingClock clock(time, recording, boot_id);
-            fuzz::require(clock.now_ms() >= recording.last_ms(), "time goes on");
+            require(clock.now_ms() >= recording.last_ms(), "time goes on");
         }
     }
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text = fuzz::text_of(data, size);
-    const Kiln::Result<Recording> result = parse_recording(text);
-    if (!result) {
-        fuzz::require(!result.reason().empty(), "what is refused has a reason");
-        return 0;
-    }
-    const auto& recording = *result;
-    fuzz::require(recording.whole_size <= size && text[recording.whole_size - 1] == '\n',
-                  "only whole lines are taken");
-    std::string again = header_line(recording.header);
+std::string written(const Recording& recording) {
+    std::string text = header_line(recording.header);
     for (const Continuation& continuation : recording.continuations) {
-        again += continuation_line(continuation);
+        text += continuation_line(continuation);
     }
     for (const CheckResult& check : recording.checks) {
-        again += check_line(check);
+        text += check_line(check);
     }
     for (const RecordedPass& pass : recording.passes) {
-        again += pass_line(pass);
+        text += pass_line(pass);
     }
-    if (recording.summary) {
-        again += summary_line(*recording.summary);
+    return recording.summary ? text + summary_line(*recording.summary) : text;
+}
+
+}  // namespace
+
+void try_input(fuzz::Input input) {
+    const std::string text = input.text();
+    const Kiln::Result<Recording> result = parse_recording(text);
+    if (!result) {
+        require(!result.reason().empty(), "what is refused has a reason");
+        return;
     }
-    const Kiln::Result<Recording> reread = parse_recording(again);
-    fuzz::require(static_cast<bool>(reread), "what was read can be written");
-    fuzz::require(reread->passes.size() == recording.passes.size(), "no pass is lost");
-    fuzz::require(reread->continuations.size() == recording.continuations.size() &&
-                      reread->checks.size() == recording.checks.size(),
-                  "nor what it went on with, nor what was found before");
+    const auto& recording = *result;
+    require(recording.whole_size <= text.size() && text[recording.whole_size - 1] == '\n',
+            "only whole lines are taken");
+    const Kiln::Result<Recording> again = parse_recording(written(recording));
+    require(again && written(*again) == written(recording), "what was read is read again");
 
     go_on(recording);
     const std::vector<NamedRecording> recordings = {{"a", recording}, {"b", recording}};
     const Kiln::Result<CombinedScan> scan = combine(recordings);
     if (scan) {
         const Explanation explanation = explain(recordings, *scan, ConfigScales());
-        fuzz::require(explanation.counts.size() == sampled_count_number, "every count is told");
-        fuzz::require(explanation.coverage.grade >= 1 && explanation.coverage.grade <= 5,
-                      "coverage has a grade");
+        require(explanation.counts.size() == sampled_count_number, "every count is told");
+        require(explanation.coverage.grade >= 1 && explanation.coverage.grade <= 5,
+                "coverage has a grade");
     }
-    return 0;
 }

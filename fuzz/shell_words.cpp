@@ -10,9 +10,9 @@ namespace {
 // The one word that the C library, which expands as a shell does, makes of the text.
 std::string expanded(const std::string& text) {
     wordexp_t words{};
-    fuzz::require(wordexp(text.c_str(), &words, WRDE_NOCMD | WRDE_UNDEF) == 0,
-                  "nothing in the word is an operator or a mistake");
-    fuzz::require(words.we_wordc == 1, "it stays one word");
+    require(wordexp(text.c_str(), &words, WRDE_NOCMD | WRDE_UNDEF) == 0,
+            "nothing in the word is an operator or a mistake");
+    require(words.we_wordc == 1, "it stays one word");
     const std::string word = words.we_wordv[0];
     wordfree(&words);
     return word;
@@ -26,16 +26,16 @@ bool is_escape(const std::string& text) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string text = fuzz::text_of(data, size).c_str();
+void try_input(fuzz::Input input) {
+    std::string text = input.text().c_str();
     if (!is_plain_shell_word(text)) {
         // All that a shell may want quoted.
-        fuzz::require(text.find_first_of("|&;<>()$`\\\"' \t\n*?[#~{") != std::string::npos,
-                      "an ordinary name is refused");
-        return 0;
+        require(text.find_first_of("|&;<>()$`\\\"' \t\n*?[#~{") != std::string::npos,
+                "an ordinary name is refused");
+        return;
     }
     for (std::size_t at = text.find('\\'); at < text.size(); at = text.find('\\', at + 1)) {
-        fuzz::require(is_escape(text.substr(at, 4)), "the only backslashes are the table's");
+        require(is_escape(text.substr(at, 4)), "the only backslashes are the table's");
     }
     // Unlike a shell, the library minds a closing brace that nothing opened, and takes "/a=~" for
     // an assignment.
@@ -43,6 +43,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::replace(text.begin() + (text.empty() ? 0 : 1), text.end(), '~', 'x');
     std::string plain;
     std::remove_copy(text.begin(), text.end(), std::back_inserter(plain), '\\');
-    fuzz::require(text.empty() || expanded(text) == plain, "all but the backslashes stays");
-    return 0;
+    require(text.empty() || expanded(text) == plain, "all but the backslashes stays");
 }

@@ -1,11 +1,6 @@
 // The files and directories that libtarnnet reads, together as in an inventory: its configuration,
 // the pair-device files, the VLAN file, interface files and the bridges. They lie in a directory of
 // their own, in memory.
-#include <unistd.h>
-
-#include <algorithm>
-#include <array>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -27,45 +22,28 @@ namespace fs = std::filesystem;
 constexpr std::size_t most_tree_lines = 12;
 
 // The files of the input, in its order, then its tree and the text of every interface file.
-enum Section {
-    configuration,
-    veth_file,
-    vmth_file,
-    vlan_file,
-    file_count,
-    tree = file_count,
-    interface_file,
-    section_count
-};
+enum Section { configuration, veths, vmths, vlans, tree, interface_file, section_count };
 
-struct Host {
-    std::string root;
-    std::array<std::string, file_count> files;
-    std::string interfaces, scripts, network;
-    std::vector<std::string> texts = std::vector<std::string>(section_count);  // as they lie there
-};
+// Where the library looks: the files, and the directories of the tree.
+const struct Place {
+    const char** path;
+    const char* name;
+} places[] = {{&state.host.configuration, "conf"},      {&state.host.pair_devices, "veth"},
+              {&state.host.more_pair_devices, "vmth"},  {&state.host.vlans, "vlan"},
+              {&state.host.interfaces, "tree/net"},     {&state.host.scripts_dir, "tree/scripts"},
+              {&state.host.network_dir, "tree/network"}};
 
-Host* make_host() {
-    auto* host = new Host;
-    std::string name = "/dev/shm/tarnnet_files.XXXXXX";
-    host->root = mkdtemp(name.data());
-    host->files = {host->root + "/conf", host->root + "/veth", host->root + "/vmth",
-                   host->root + "/vlan"};
-    host->interfaces = host->root + "/tree/net";
-    host->scripts = host->root + "/tree/scripts";
-    host->network = host->root + "/tree/network";
-    state.host.configuration = host->files[configuration].c_str();
-    state.host.pair_devices = host->files[veth_file].c_str();
-    state.host.more_pair_devices = host->files[vmth_file].c_str();
-    state.host.vlans = host->files[vlan_file].c_str();
-    state.host.interfaces = host->interfaces.c_str();
-    state.host.scripts_dir = host->scripts.c_str();
-    state.host.network_dir = host->network.c_str();
+fs::path make_root() {
+    char root[] = "/dev/shm/tarnnet_files.XXXXXX";
+    require(mkdtemp(root) != nullptr, "a directory");
+    for (const Place& place : places) {
+        *place.path = strdup((std::string(root) + "/" + place.name).c_str());
+    }
     std::atexit([] { fs::remove_all(fs::path(state.host.configuration).parent_path()); });
-    return host;
+    return root;
 }
 
-void write(const std::string& path, const std::string& text) {
+void write(const fs::path& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
@@ -74,62 +52,68 @@ bool is_plain_name(const std::string& name) {
            name.find_first_of(std::string("/\0", 2)) == std::string::npos;
 }
 
-// A line of the tree: "b BRIDGE PORT...", or an interface file: "s NAME" in the scripts' directory,
-// "n NAME" in the other one. Links ("l NAME") are no files; they are read below.
-void make_entry(const Host& host, std::istringstream line) {
-    std::string kind, name, port;
-    line >> kind >> name;
-    if (!is_plain_name(name))
-        return;
-    if (kind == "s" || kind == "n")
-        write((kind == "s" ? host.scripts : host.network) + "/ifcfg-" + name,
-              host.texts[interface_file]);
-    if (kind == "b") {
-        const std::string bridge = host.interfaces + "/" + name;
-        fs::create_directories(bridge + "/bridge");
-        fs::create_directories(bridge + "/brif");
-        while (line >> port && is_plain_name(port))
-            write(bridge + "/brif/" + port, "");
+// The lines of the tree: "b BRIDGE PORT...", an interface file in one or the other directory,
+// "s NAME" or "n NAME", and a link, "l NAME".
+template <class Use>
+void for_entries(const std::string& tree_text, const Use& use) {
+    std::istringstream lines(tree_text);
+    std::string line;
+    for (std::size_t i = 0; i < most_tree_lines && std::getline(lines, line); ++i) {
+        std::istringstream words(line);
+        std::string kind, name;
+        words >> kind >> name;
+        use(kind, name, words);
     }
 }
 
-template <class Use>
-void for_tree_lines(const Host& host, const Use& use) {
-    std::istringstream lines(host.texts[tree]);
-    std::string line;
-    for (std::size_t i = 0; i < most_tree_lines && std::getline(lines, line); ++i)
-        use(std::istringstream(line));
-}
-
-void make_tree(const Host& host) {
-    fs::remove_all(host.root + "/tree");
-    for (const std::string& dir : {host.interfaces, host.scripts, host.network})
+void make_tree(const fs::path& root, const std::vector<std::string>& texts) {
+    fs::remove_all(root / "tree");
+    for (const char* dir :
+         {state.host.interfaces, state.host.scripts_dir, state.host.network_dir}) {
         fs::create_directories(dir);
-    for_tree_lines(host, [&](std::istringstream line) { make_entry(host, std::move(line)); });
+    }
+    for_entries(texts[tree], [&](const std::string& kind, const std::string& name, auto& words) {
+        if (!is_plain_name(name)) {
+            return;
+        }
+        if (kind == "s" || kind == "n") {
+            const char* dir = kind == "s" ? state.host.scripts_dir : state.host.network_dir;
+            write(std::string(dir) + "/ifcfg-" + name, texts[interface_file]);
+        }
+        if (kind == "b") {
+            const fs::path bridge = fs::path(state.host.interfaces) / name;
+            fs::create_directories(bridge / "bridge");
+            fs::create_directories(bridge / "brif");
+            for (std::string port; words >> port && is_plain_name(port);) {
+                write(bridge / "brif" / port, "");
+            }
+        }
+    });
 }
 
 // Only what the input before this one did not leave there already.
-void make_files(Host* host, std::vector<std::string> texts) {
+void make_files(const fs::path& root, const std::vector<std::string>& texts) {
+    static std::vector<std::string> before(section_count);
     const bool same_tree =
-        texts[tree] == host->texts[tree] && texts[interface_file] == host->texts[interface_file];
-    std::swap(texts, host->texts);
-    for (std::size_t i = 0; i < file_count; ++i) {
-        if (texts[i] != host->texts[i] || !fs::exists(host->files[i]))
-            write(host->files[i], host->texts[i]);
+        texts[tree] == before[tree] && texts[interface_file] == before[interface_file];
+    for (std::size_t i = 0; i < tree; ++i) {
+        if (texts[i] != before[i] || !fs::exists(*places[i].path)) {
+            write(*places[i].path, texts[i]);
+        }
     }
-    if (!same_tree || !fs::exists(host->scripts))
-        make_tree(*host);
+    if (!same_tree || !fs::exists(state.host.scripts_dir)) {
+        make_tree(root, texts);
+    }
+    before = texts;
 }
 
-void apply_links(const Host& host) {
-    for_tree_lines(host, [](std::istringstream line) {
-        std::string kind, name;
-        line >> kind >> name;
-        if (kind != "l" || name.size() >= if_name_size)
-            return;
-        link_facts facts = {{}, "10.0.0.1/24", "00:11:22:33:44:55", 1};
-        std::strcpy(facts.name, name.c_str());
-        apply_link_facts(0, &facts);
+void apply_links(const std::string& tree_text) {
+    for_entries(tree_text, [](const std::string& kind, const std::string& name, auto& /*words*/) {
+        if (kind == "l" && name.size() < if_name_size) {
+            link_facts facts = {{}, "10.0.0.1/24", "00:11:22:33:44:55", 1};
+            std::strcpy(facts.name, name.c_str());
+            apply_link_facts(0, &facts);
+        }
     });
 }
 
@@ -137,21 +121,21 @@ void check_vlans() {
     for (vlan_set& set : configured.vlans) {
         std::set<std::uint32_t> ids;
         for (const vlan_entry& vlan : set.vlans) {
-            fuzz::require(ids.insert(vlan.vlan_id).second, "a device has a VLAN once");
+            require(ids.insert(vlan.vlan_id).second, "a device has a VLAN once");
         }
     }
 }
 
-void take_inventory(const Host& host) {
+void take_inventory(const std::string& tree_text) {
     purge_all_generations();
     read_single_conf(TARNNET_EVERYTHING, 0);
     use_origin(0, origin_live);
-    apply_links(host);
+    apply_links(tree_text);
     purge_old_generations();
     read_iface_types();
     // Device lines are read from files in the working directory; the fuzzer's own is another one.
     const fs::path fuzzers_dir = fs::current_path();
-    fs::current_path(host.scripts);
+    fs::current_path(state.host.scripts_dir);
     for (const bool suse : {false, true}) {
         state.suse = suse;
         check_sysconf();
@@ -162,16 +146,16 @@ void take_inventory(const Host& host) {
 }  // namespace
 
 // Input: the four files, the tree, the text of the interface files.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static Host* const host = make_host();
+void try_input(fuzz::Input input) {
+    static const fs::path root = make_root();
     static tarnnet_info* held = nullptr;  // outlives the next inventory, as a caller's result may
     fuzz::start_library();
-    make_files(host, fuzz::sections(data, size, section_count));
-    take_inventory(*host);
+    const std::vector<std::string> texts = input.sections(section_count);
+    make_files(root, texts);
+    take_inventory(texts[tree]);
     fuzz::check_records();
     check_vlans();
     tarnnet_release_info_SL(held);
     held = get_cached_info(nullptr);
-    fuzz::require(held != nullptr, "memory");
-    return 0;
+    require(held != nullptr, "memory");
 }

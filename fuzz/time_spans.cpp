@@ -1,14 +1,10 @@
 // The time spans of the command line.
-#include <cerrno>
 #include <optional>
 
 #include "calc/arguments.h"
 #include "fuzz/support.h"
 
 namespace {
-
-constexpr const char* units = "dhms";
-constexpr std::uint32_t unit_seconds[] = {86400, 3600, 60, 1};
 
 // The number of a term, modulo 2^32; none for one that is no number of 64 bits. A unit alone is 0.
 std::optional<std::uint32_t> number_of(std::string text) {
@@ -31,6 +27,8 @@ std::optional<std::uint32_t> number_of(std::string text) {
 
 // The sum of the terms, modulo 2^32; none for a span that is not made of terms.
 std::optional<std::uint32_t> total_of(std::string span) {
+    const std::string units = "dhms";
+    constexpr std::uint32_t unit_seconds[] = {86400, 3600, 60, 1};
     std::uint32_t total = 0;
     while (!span.empty()) {
         const std::size_t end = span.find_first_of(units);
@@ -38,7 +36,7 @@ std::optional<std::uint32_t> total_of(std::string span) {
         if (end == std::string::npos || !number) {
             return {};
         }
-        total += *number * unit_seconds[std::strchr(units, span[end]) - units];
+        total += *number * unit_seconds[units.find(span[end])];
         span.erase(0, end + 1);
     }
     return total;
@@ -46,17 +44,16 @@ std::optional<std::uint32_t> total_of(std::string span) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string span = fuzz::text_of(data, size).c_str();
+void try_input(fuzz::Input input) {
+    const std::string span = input.text().c_str();
     const std::optional<std::uint32_t> total = total_of(span);
     const bool accepted = total && *total <= INT32_MAX;
     int seconds = -1;
     errno = 0;
     const int result = parse_time(span.c_str(), &seconds);
-    fuzz::require(result == (accepted ? 0 : -1), "a span of terms, not negative in all");
-    fuzz::require(seconds == static_cast<int>(accepted ? *total : 0), "the sum, or 0 when refused");
+    require(result == (accepted ? 0 : -1), "a span of terms, not negative in all");
+    require(seconds == static_cast<int>(accepted ? *total : 0), "the sum, or 0 when refused");
     errno = ERANGE;
-    fuzz::require(parse_time(span.c_str(), &seconds) == (span.empty() ? 0 : -1),
-                  "a system error left by earlier code fails every span but the empty one");
-    return 0;
+    require(parse_time(span.c_str(), &seconds) == (span.empty() ? 0 : -1),
+            "a system error left by earlier code fails every span but the empty one");
 }

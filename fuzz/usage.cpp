@@ -1,5 +1,4 @@
 // What the kernel says of the use of a host, and which mounts are the host's own.
-#include <algorithm>
 #include <set>
 
 #include "fuzz/support.h"
@@ -8,62 +7,55 @@
 
 namespace {
 
-void require_figure(Figure figure) {
-    fuzz::require(!figure || *figure >= 0, "no figure is negative");
+void require_figures(std::initializer_list<Figure> figures) {
+    for (const Figure& figure : figures) {
+        require(!figure || *figure >= 0, "no figure is negative");
+    }
 }
 
 void check_lines_with_keys(const std::string& text) {
     const MemoryInfo memory = parse_memory_info(text);
-    require_figure(memory.used_kib);
-    fuzz::require(!memory.swap_used_kib || memory.swap_used_kib <= memory.swap_total_kib,
-                  "no more is in use than there is");
-    require_figure(parse_cpu_ms(text, 100));
-    require_figure(parse_runnable(text));
-    require_figure(parse_pressure_us(text));
-    require_figure(parse_uptime_ms(text));
-    fuzz::require(count_cpu_list(text).value_or(1) >= 1, "a list names one processor at least");
+    require(!memory.swap_used_kib || memory.swap_used_kib <= memory.swap_total_kib,
+            "no more is in use than there is");
+    require_figures({memory.used_kib, parse_cpu_ms(text, 100), parse_runnable(text),
+                     parse_pressure_us(text), parse_uptime_ms(text)});
+    require(count_cpu_list(text).value_or(1) >= 1, "a list names one processor at least");
     const std::string id = parse_boot_id(text);
-    fuzz::require(id.empty() || id + "\n" == text.substr(0, id.size() + 1), "the first line");
+    require(id.empty() || id + "\n" == text.substr(0, id.size() + 1), "the first line");
 }
 
 void check_tables(const std::string& text) {
     const IsPhysical some = [](std::string_view name) { return name.size() % 2 == 0; };
     const DiskTotals disks = parse_disk_totals(text, some);
-    require_figure(disks.read_bytes);
-    require_figure(disks.written_bytes);
-    require_figure(disks.operations);
     const NetTotals net = parse_net_totals(text, some);
-    require_figure(net.received_bytes);
-    require_figure(net.sent_bytes);
+    require_figures({disks.read_bytes, disks.written_bytes, disks.operations, net.received_bytes,
+                     net.sent_bytes});
 }
 
 void check_process(const std::string& text) {
     const ProcessStatus status = parse_process_usage(text);
-    require_figure(status.threads);
-    require_figure(status.locked_kib);
-    fuzz::require(status.name.find('\n') == std::string_view::npos, "a name ends with its line");
+    require_figures({status.threads, status.locked_kib});
+    require(status.name.find('\n') == std::string_view::npos, "a name ends with its line");
 }
 
 void check_mounts(const std::string& text) {
     const std::vector<MountEntry> mounts = parse_mount_table(text);
     const std::vector<std::string> points = local_mount_points(mounts);
-    fuzz::require(std::set<std::string>(points.begin(), points.end()).size() == points.size(),
-                  "none is listed twice");
+    const std::set<std::string> set(points.begin(), points.end());
+    require(set.size() == points.size(), "none is listed twice");
     for (const MountEntry& mount : mounts) {
         const bool hangs = mount.type == "nfs" && mount.mount_point != "/";
-        fuzz::require(!hangs || std::count(points.begin(), points.end(), mount.mount_point) == 0,
-                      "nothing on a network is asked");
+        require(!hangs || set.count(mount.mount_point) == 0, "nothing on a network is asked");
     }
 }
 
 }  // namespace
 
 // Input: a file of lines with keys, a table, a process's status, a mount table.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::vector<std::string> parts = fuzz::sections(data, size, 4);
+void try_input(fuzz::Input input) {
+    const std::vector<std::string> parts = input.sections(4);
     check_lines_with_keys(parts[0]);
     check_tables(parts[1]);
     check_process(parts[2]);
     check_mounts(parts[3]);
-    return 0;
 }

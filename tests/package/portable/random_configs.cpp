@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "calc/counts.h"
 #include "calc/env_config.h"
 #include "calc/tarn_hwcalc.h"
 
@@ -29,13 +30,11 @@ int main() {
         calculator.mem_scale = random_factor();
         calculator.disk_scale = random_factor();
         PhysParams profile;
-        for (std::int32_t* counter :
-             {&profile.numproc, &profile.numtcpsock, &profile.numothersock, &profile.numfile,
-              &profile.numpty, &profile.privvmpages, &profile.lockedpages, &profile.shmpages,
-              &profile.numflock, &profile.numiptent, &profile.diskspace, &profile.diskinodes,
-              &profile.quotaugidlimit}) {
-            *counter = random_count();
+        for (const Count& count : sampled_counts) {
+            profile.*count.field = random_count();
         }
+        profile.numpty = random_count();
+        profile.quotaugidlimit = random_count();
         profile.avnumproc = random_factor() * 300.0F;
         EnvConfig config;
         calculator.calcVPSConf(profile, config);
