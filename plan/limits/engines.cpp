@@ -78,10 +78,6 @@ constexpr LineRow rows[] = {
     {"FEATURES", {has, has, has, has, has}},
 };
 
-const char* reason_of(const LineRow& row, Engine engine) {
-    return engine == Engine::rsync ? only_files : row.lacks[static_cast<std::size_t>(engine)];
-}
-
 }  // namespace
 
 const char* name_of(Engine engine) {
@@ -104,7 +100,9 @@ LimitsText limits_text(Engine engine, const LimitSheet& sheet) {
 std::vector<LinesOfReason> lacking_lines(Engine engine) {
     std::vector<LinesOfReason> groups;
     for (const LineRow& row : rows) {
-        if (const char* const reason = reason_of(row, engine)) {
+        const char* const reason =
+            engine == Engine::rsync ? only_files : row.lacks[static_cast<std::size_t>(engine)];
+        if (reason != has) {
             add_by_reason(row.line, reason, groups);
         }
     }

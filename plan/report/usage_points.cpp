@@ -49,9 +49,6 @@ std::int64_t start_ms(const Recording& recording) {
 UsageTrack track_of(UsageQuantity quantity, const std::vector<UsageValue>& values,
                     const Recording& recording) {
     UsageTrack track;
-    if (values.empty()) {
-        return track;
-    }
     const std::int64_t start = start_ms(recording);
     for (const UsageValue& value : values) {
         track.values.push_back({start + value.at_ms, scaled(quantity, value.value)});

@@ -40,7 +40,7 @@ function facts(server, details) {
 function valueCells(line) {
     const [first, limit] = line.barrier === null ? [line.value] : line.value.split(":");
     if (line.limit === null) {
-        const text = cell(line.value, "text");
+        const text = cell(line.value);
         text.colSpan = 2;
         return [text];
     }
