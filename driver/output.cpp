@@ -15,14 +15,6 @@ namespace {
 
 constexpr unsigned config_file_mode = 0600;
 
-Kiln::Descriptor open_for_writing(const char* path, int flags, unsigned mode) {
-    int fd = -1;
-    do {
-        fd = open(path, flags | O_WRONLY | O_TRUNC, mode);
-    } while (fd == -1 && errno == EINTR);
-    return Kiln::Descriptor(fd);
-}
-
 // The descriptor is written to directly: a stream would lose text to an interrupted write.
 void write_standard_output(const std::string& text) {
     std::fflush(stdout);  // what the log has said comes first
@@ -34,7 +26,8 @@ void write_standard_output(const std::string& text) {
 }  // namespace
 
 int str2file(const char* path, const char* text, int flags, unsigned mode) {
-    const Kiln::Descriptor file = open_for_writing(path, flags, mode);
+    const Kiln::Descriptor file(
+        static_cast<int>(TEMP_FAILURE_RETRY(open(path, flags | O_WRONLY | O_TRUNC, mode))));
     if (!file) {
         return err(-1, errno, "unable to open %s", path);
     }

@@ -210,10 +210,7 @@ void CallerExec::dropEntry_(unsigned index) {
 // stop_on_exit it ends there and then. The true end is awaited behind the loop.
 bool CallerExec::askForChild_(int wait_flags) noexcept {
     int answer = unknown_wait_status;
-    pid_t result = -1;
-    do {
-        result = waitpid(pid, &answer, wait_flags);
-    } while (result < 0 && errno == EINTR);
+    const auto result = TEMP_FAILURE_RETRY(waitpid(pid, &answer, wait_flags));
     if (result < 0 && errno != ECHILD) {
         return false;
     }

@@ -12,11 +12,9 @@ namespace {
 constexpr std::size_t piece_size = 65536;
 
 Descriptor open_patiently(int folder_fd, const std::string& path, int flags, mode_t mode) {
-    int fd = -1;
-    do {
-        fd = openat(folder_fd, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-    } while (fd < 0 && errno == EINTR);
-    return Descriptor(fd);
+    const int all_flags = flags | O_CLOEXEC | O_NOCTTY;
+    return Descriptor(
+        static_cast<int>(TEMP_FAILURE_RETRY(openat(folder_fd, path.c_str(), all_flags, mode))));
 }
 
 }  // namespace
@@ -30,11 +28,7 @@ Descriptor open_at_once(int folder_fd, const std::string& path, int flags, mode_
 }
 
 ssize_t read_some(int fd, char* into, std::size_t size) {
-    ssize_t count = -1;
-    do {
-        count = read(fd, into, size);
-    } while (count < 0 && errno == EINTR);
-    return count;
+    return TEMP_FAILURE_RETRY(read(fd, into, size));
 }
 
 int append_rest(int fd, std::string& out) {
@@ -65,10 +59,7 @@ int setFDNonblock(int fd) {
 
 std::size_t write_all(int fd, const char* data, std::size_t size) {
     while (size > 0) {
-        const ssize_t count = write(fd, data, size);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t count = TEMP_FAILURE_RETRY(write(fd, data, size));
         if (count <= 0) {
             if (count == 0) {
                 errno = EIO;  // a device that takes nothing would keep us here for ever

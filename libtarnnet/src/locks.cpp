@@ -15,18 +15,10 @@ namespace tarnnet {
 
 namespace {
 
-// A signal does not end the wait, here and below.
+// A signal does not end the wait.
 void wait_for_turn() {
     while (sem_wait(&state.semaphore) != 0 && errno == EINTR) {
     }
-}
-
-int wait_for_file(int fd, int operation) {
-    int result = -1;
-    do {
-        result = flock(fd, operation);
-    } while (result != 0 && errno == EINTR);
-    return result;
 }
 
 // Anybody may put something in the file's place, as its directory is everybody's: a link there is
@@ -41,7 +33,7 @@ int lock_file(int operation, const char* name) {
         // The semaphore stays taken here, unlike below; callers release in this case.
         return TARNNET_ERR_STATE;
     }
-    if (wait_for_file(fd.get(), operation) != 0) {
+    if (TEMP_FAILURE_RETRY(flock(fd.get(), operation)) != 0) {
         fd.reset();
         tarnnetlog("libtarnnet: %s failed", name);
         sem_post(&state.semaphore);

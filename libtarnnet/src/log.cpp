@@ -24,10 +24,7 @@ constexpr size_t stamp_size = 3 * 21 + 1;  // three numbers with their tabs, and
 // system takes less of it.
 void write_whole(int fd, const char* text, size_t length) {
     while (length > 0) {
-        const ssize_t written = write(fd, text, length);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t written = TEMP_FAILURE_RETRY(write(fd, text, length));
         if (written <= 0) {
             return;
         }
@@ -36,19 +33,12 @@ void write_whole(int fd, const char* text, size_t length) {
     }
 }
 
-// A pipe in the log's place is neither waited for nor written to.
-int open_log() {
-    int fd = -1;
-    do {
-        fd = open(state.host.log_file,
-                  O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, log_mode);
-    } while (fd < 0 && errno == EINTR);
-    return fd;
-}
-
-// Opened for each line: who moves the log away to keep it small need not tell anybody.
+// Opened for each line: who moves the log away to keep it small need not tell anybody. A pipe in
+// the log's place is neither waited for nor written to.
 void append_line(const char* message) {
-    const owned_fd fd(open_log());
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    const owned_fd fd(
+        static_cast<int>(TEMP_FAILURE_RETRY(open(state.host.log_file, flags, log_mode))));
     if (!fd.is_open() || !fd.is_regular_file()) {
         return;
     }

@@ -11,23 +11,6 @@ namespace {
 
 constexpr size_t first_room = 4096;  // bytes for a file, doubled as needed
 
-// A pipe in a file's place is neither waited for here nor read later.
-int open_for_reading(const char* path) {
-    int fd = -1;
-    do {
-        fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    } while (fd < 0 && errno == EINTR);
-    return fd;
-}
-
-ssize_t read_some(int fd, char* buffer, size_t size) {
-    ssize_t count = -1;
-    do {
-        count = read(fd, buffer, size);
-    } while (count < 0 && errno == EINTR);
-    return count;
-}
-
 bool grow(owned_text* text, size_t size) {
     char* old = text->release();
     auto* grown = static_cast<char*>(realloc(old, size));
@@ -41,7 +24,8 @@ owned_text read_whole(int fd, size_t* length) {
     *length = 0;
     for (size_t room = first_room; grow(&text, room); room *= 2) {
         while (*length + 1 < room) {
-            const ssize_t count = read_some(fd, text.get() + *length, room - 1 - *length);
+            const ssize_t count =
+                TEMP_FAILURE_RETRY(read(fd, text.get() + *length, room - 1 - *length));
             if (count < 0) {
                 return owned_text();
             }
@@ -81,7 +65,9 @@ uint32_t decimal(const char* text) {
 }
 
 text_file::text_file(const char* path) {
-    const owned_fd fd(open_for_reading(path));
+    // A pipe in a file's place is neither waited for here nor read later.
+    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    const owned_fd fd(static_cast<int>(TEMP_FAILURE_RETRY(open(path, flags))));
     size_t length = 0;
     if (fd.is_open() && fd.is_regular_file()) {
         text_ = read_whole(fd.get(), &length);

@@ -82,11 +82,7 @@ void sync_folder(const std::string& path) {
 
 // A file system that has nothing to wait for says EINVAL.
 bool wait_for_disk(int fd) {
-    int status = 0;
-    do {
-        status = fdatasync(fd);
-    } while (status != 0 && errno == EINTR);
-    return status == 0 || errno == EINVAL;
+    return TEMP_FAILURE_RETRY(fdatasync(fd)) == 0 || errno == EINVAL;
 }
 
 }  // namespace
