@@ -6,8 +6,6 @@
 
 namespace {
 
-using MountPoints = std::vector<std::string>;
-
 // Of these the data lies on a disk of this machine. The source decides nothing: a root on a network
 // may be called /dev/root as well.
 const std::set<std::string> disk_types = {
@@ -33,9 +31,10 @@ bool lies_at_or_below(const std::string& path, const std::string& folder) {
     return begins && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-bool lies_at_or_below_any(const std::string& path, const MountPoints& folders) {
-    return std::any_of(folders.begin(), folders.end(),
-                       [&](const std::string& folder) { return lies_at_or_below(path, folder); });
+bool lies_behind_what_may_hang(const std::string& path, const std::vector<MountEntry>& mounts) {
+    return std::any_of(mounts.begin(), mounts.end(), [&](const MountEntry& mount) {
+        return lies_at_or_below(path, mount.mount_point) && may_hang(mount);
+    });
 }
 
 // What is shared by all mounts of one file system: the source. Those of a pool share its room.
@@ -43,30 +42,19 @@ std::string store_of(const MountEntry& mount) {
     return mount.type == "zfs" ? mount.device.substr(0, mount.device.find('/')) : mount.device;
 }
 
-MountPoints hanging_mount_points(const std::vector<MountEntry>& mounts) {
-    MountPoints points;
-    for (const MountEntry& mount : mounts) {
-        if (may_hang(mount)) {
-            points.push_back(mount.mount_point);
-        }
-    }
-    return points;
-}
-
 }  // namespace
 
-MountPoints local_mount_points(const std::vector<MountEntry>& mounts) {
-    const MountPoints hanging = hanging_mount_points(mounts);
+std::vector<std::string> local_mount_points(const std::vector<MountEntry>& mounts) {
     std::unordered_map<std::string, const MountEntry*> on_top;  // of others at the same place
     for (const MountEntry& mount : mounts) {
         on_top[mount.mount_point] = &mount;
     }
     std::set<std::string> stores;
-    MountPoints points;
+    std::vector<std::string> points;
     for (const MountEntry& mount : mounts) {
         const bool is_seen = on_top[mount.mount_point] == &mount;
         if (is_seen && disk_types.count(mount.type) != 0 && stores.count(store_of(mount)) == 0 &&
-            !lies_at_or_below_any(mount.mount_point, hanging)) {
+            !lies_behind_what_may_hang(mount.mount_point, mounts)) {
             stores.insert(store_of(mount));
             points.push_back(mount.mount_point);
         }

@@ -43,7 +43,29 @@ class TrustedWalk {
 public:
     explicit TrustedWalk(const HostPaths& tables) : tables_(tables) {}
 
-    Kiln::Result<Kiln::Descriptor> walk(const std::string& path);
+    Kiln::Result<Kiln::Descriptor> walk(const std::string& path) {
+        add_names(path);
+        Kiln::Done done = begin_at_root();
+        while (done && place_.file && !names_.empty()) {
+            const std::string name = names_.front();
+            names_.pop_front();
+            if (name.empty() || name == ".") {
+                continue;
+            }
+            Kiln::Result<Entry> entry = open_entry(name);
+            if (!entry) {
+                done = Kiln::Reason{entry.reason()};
+            } else if (S_ISLNK(entry->info.st_mode)) {
+                done = follow(*entry);
+            } else {
+                place_ = std::move(*entry);
+            }
+        }
+        if (!done) {
+            return Kiln::Reason{done.reason()};
+        }
+        return std::move(place_.file);
+    }
 
 private:
     struct Entry {
@@ -52,126 +74,92 @@ private:
         std::string path;
     };
 
-    Kiln::Done begin_at_root();
-    Kiln::Result<Entry> open_entry(const std::string& name) const;
-    Kiln::Done check_owner(const struct stat& info) const;
-    Kiln::Done check_place(const struct stat& info) const;
-    Kiln::Done follow(const Entry& link);
-    void add_names(const std::string& path);
-
-    bool is_ours(const struct stat& info) const {
-        return info.st_uid == 0 || info.st_uid == geteuid();
+    // Whether nobody else has it in his hands.
+    Kiln::Done check_owner(const struct stat& info) const {
+        if (info.st_uid != 0 && info.st_uid != geteuid()) {
+            return Kiln::Reason{"belongs to user " + id_text(info.st_uid, tables_.users)};
+        }
+        if (!S_ISLNK(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) {
+            return Kiln::Reason{"is no file"};
+        }
+        // A link's own mode says nothing. In a sticky folder nobody else can put away what is ours.
+        if (S_ISLNK(info.st_mode) || (S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0)) {
+            return {};
+        }
+        if ((info.st_mode & S_IWOTH) != 0) {
+            return Kiln::Reason{"may be written by everybody"};
+        }
+        if ((info.st_mode & S_IWGRP) != 0) {
+            return Kiln::Reason{"may be written by group " + id_text(info.st_gid, tables_.groups)};
+        }
+        return {};
     }
-    bool is_shared() const { return (place_.info.st_mode & (S_IWGRP | S_IWOTH)) != 0; }
+
+    // Where everybody may make entries, what belongs to us need not have been put there by us:
+    // anybody may give a file or a link of ours another name, or mount on a folder of his what says
+    // it is ours.
+    Kiln::Done check_place(const struct stat& info) const {
+        const bool is_shared = (place_.info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        if (!is_shared || (S_ISLNK(info.st_mode) && info.st_nlink == 1)) {
+            return {};
+        }
+        if (!S_ISDIR(info.st_mode)) {
+            return Kiln::Reason{"may have been put there by anybody: others may write its folder"};
+        }
+        return info.st_dev == place_.info.st_dev
+                   ? Kiln::Done()
+                   : Kiln::Reason{"has another file system mounted on it"};
+    }
+
+    Kiln::Result<Entry> open_entry(const std::string& name) const {
+        Entry entry;
+        entry.path = (place_.path == "/" ? "" : place_.path) + "/" + name;
+        entry.file.reset(openat(place_.file.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        if (!entry.file && (errno == ENOENT || errno == ENOTDIR || errno == EACCES)) {
+            return entry;
+        }
+        if (!entry.file || fstat(entry.file.get(), &entry.info) != 0) {
+            return Kiln::Reason{entry.path + " cannot be opened: " + std::strerror(errno)};
+        }
+        Kiln::Done good = check_owner(entry.info);
+        if (good && name != "..") {
+            good = check_place(entry.info);
+        }
+        if (!good) {
+            return Kiln::Reason{entry.path + " " + good.reason()};
+        }
+        return entry;
+    }
+
+    Kiln::Done begin_at_root() {
+        place_.path = "/";
+        place_.file.reset(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!place_.file || fstat(place_.file.get(), &place_.info) != 0) {
+            return Kiln::Reason{std::string("/ cannot be opened: ") + std::strerror(errno)};
+        }
+        const Kiln::Done good = check_owner(place_.info);
+        return good ? Kiln::Done() : Kiln::Reason{"/ " + good.reason()};
+    }
+
+    void add_names(const std::string& path) {
+        const std::vector<std::string> names = Kiln::split("/", path, 0);
+        names_.insert(names_.begin(), names.begin(), names.end());
+    }
+
+    Kiln::Done follow(const Entry& link) {
+        const std::string target = target_of(link.file.get());
+        if (target.empty() || ++links_ > most_links) {
+            return Kiln::Reason{link.path + " is a link that leads nowhere"};
+        }
+        add_names(target);
+        return target[0] == '/' ? begin_at_root() : Kiln::Done();
+    }
 
     const HostPaths& tables_;
     Entry place_;  // as far as we have come
     std::deque<std::string> names_;
     int links_ = 0;
 };
-
-// Whether nobody else has it in his hands.
-Kiln::Done TrustedWalk::check_owner(const struct stat& info) const {
-    if (!is_ours(info)) {
-        return Kiln::Reason{"belongs to user " + id_text(info.st_uid, tables_.users)};
-    }
-    if (!S_ISLNK(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISREG(info.st_mode)) {
-        return Kiln::Reason{"is no file"};
-    }
-    // A link's own mode says nothing. In a sticky folder nobody else can put away what is ours.
-    if (S_ISLNK(info.st_mode) || (S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0)) {
-        return {};
-    }
-    if ((info.st_mode & S_IWOTH) != 0) {
-        return Kiln::Reason{"may be written by everybody"};
-    }
-    if ((info.st_mode & S_IWGRP) != 0) {
-        return Kiln::Reason{"may be written by group " + id_text(info.st_gid, tables_.groups)};
-    }
-    return {};
-}
-
-// Where everybody may make entries, what belongs to us need not have been put there by us: anybody
-// may give a file or a link of ours another name, or mount on a folder of his what says it is ours.
-Kiln::Done TrustedWalk::check_place(const struct stat& info) const {
-    if (!is_shared() || (S_ISLNK(info.st_mode) && info.st_nlink == 1)) {
-        return {};
-    }
-    if (!S_ISDIR(info.st_mode)) {
-        return Kiln::Reason{"may have been put there by anybody: others may write its folder"};
-    }
-    return info.st_dev == place_.info.st_dev
-               ? Kiln::Done()
-               : Kiln::Reason{"has another file system mounted on it"};
-}
-
-Kiln::Result<TrustedWalk::Entry> TrustedWalk::open_entry(const std::string& name) const {
-    Entry entry;
-    entry.path = (place_.path == "/" ? "" : place_.path) + "/" + name;
-    entry.file.reset(openat(place_.file.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!entry.file && (errno == ENOENT || errno == ENOTDIR || errno == EACCES)) {
-        return entry;
-    }
-    if (!entry.file || fstat(entry.file.get(), &entry.info) != 0) {
-        return Kiln::Reason{entry.path + " cannot be opened: " + std::strerror(errno)};
-    }
-    Kiln::Done good = check_owner(entry.info);
-    if (good && name != "..") {
-        good = check_place(entry.info);
-    }
-    if (!good) {
-        return Kiln::Reason{entry.path + " " + good.reason()};
-    }
-    return entry;
-}
-
-Kiln::Done TrustedWalk::begin_at_root() {
-    place_.path = "/";
-    place_.file.reset(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!place_.file || fstat(place_.file.get(), &place_.info) != 0) {
-        return Kiln::Reason{std::string("/ cannot be opened: ") + std::strerror(errno)};
-    }
-    const Kiln::Done good = check_owner(place_.info);
-    return good ? Kiln::Done() : Kiln::Reason{"/ " + good.reason()};
-}
-
-void TrustedWalk::add_names(const std::string& path) {
-    const std::vector<std::string> names = Kiln::split("/", path, 0);
-    names_.insert(names_.begin(), names.begin(), names.end());
-}
-
-Kiln::Done TrustedWalk::follow(const Entry& link) {
-    const std::string target = target_of(link.file.get());
-    if (target.empty() || ++links_ > most_links) {
-        return Kiln::Reason{link.path + " is a link that leads nowhere"};
-    }
-    add_names(target);
-    return target[0] == '/' ? begin_at_root() : Kiln::Done();
-}
-
-Kiln::Result<Kiln::Descriptor> TrustedWalk::walk(const std::string& path) {
-    add_names(path);
-    Kiln::Done done = begin_at_root();
-    while (done && place_.file && !names_.empty()) {
-        const std::string name = names_.front();
-        names_.pop_front();
-        if (name.empty() || name == ".") {
-            continue;
-        }
-        Kiln::Result<Entry> entry = open_entry(name);
-        if (!entry) {
-            done = Kiln::Reason{entry.reason()};
-        } else if (S_ISLNK(entry->info.st_mode)) {
-            done = follow(*entry);
-        } else {
-            place_ = std::move(*entry);
-        }
-    }
-    if (!done) {
-        return Kiln::Reason{done.reason()};
-    }
-    return std::move(place_.file);
-}
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "plan/recording/json_text.h"
 
+#include <cstdlib>
+
 namespace {
 
 using nlohmann::json;
@@ -29,22 +31,16 @@ std::string to_hex(const std::string& text) {
     return hex;
 }
 
-// Small letters only, as they are written: one text has one form.
-unsigned hex_value(char digit) {
-    const std::size_t value = std::string(hex_digits).find(digit);
-    if (value == std::string::npos) {
-        throw JsonDamage("a text in hex has something else than digits");
-    }
-    return static_cast<unsigned>(value);
-}
-
 std::string from_hex(const std::string& hex) {
     if (hex.size() % 2 != 0) {
         throw JsonDamage("a text in hex has half a byte");
     }
     std::string text;
     for (std::size_t i = 0; i < hex.size(); i += 2) {
-        text += static_cast<char>(hex_value(hex[i]) * 16 + hex_value(hex[i + 1]));
+        text += static_cast<char>(std::strtoul(hex.substr(i, 2).c_str(), nullptr, 16));
+    }
+    if (to_hex(text) != hex) {  // small letters only, as they are written: one text has one form
+        throw JsonDamage("a text in hex has something else than digits");
     }
     return text;
 }
