@@ -144,6 +144,10 @@ std::string look_at_search_path(const HostPaths& paths) {
     return Kiln::join(" ", names) + "\n" + check_line(check);
 }
 
+std::string why_not(const BoundedTask& task, int limit) {
+    return why_not_finished(task, limit) + (task.messages.empty() ? "" : ": " + task.messages);
+}
+
 class Checker {
 public:
     Checker(const Host& host, const CheckLimits& limits, int wake_fd)
@@ -152,22 +156,199 @@ public:
           wake_fd_(wake_fd),
           end_(SteadyClock::now() + std::chrono::seconds(limits.total_seconds)) {}
 
-    HostCheck check();
+    // PATH first: a program that is missing explains what its step prints. The mounts behind the
+    // steps, for they are looked at only where df has failed.
+    HostCheck check() {
+        check_.findings = shortage_warnings();
+        const bool has_descriptors = check_.findings.empty();
+        if (has_descriptors) {
+            check_search_path();
+        }
+        append(check_.findings, user_warnings(geteuid() == 0));
+        for (const SampleStep& step : sample_steps) {
+            check_sample_step(step);
+        }
+        check_mounts();
+        for (const OneShotStepRow& row : one_shot_steps) {
+            check_one_shot_step(row.step);
+        }
+        append(check_.findings, socket_warnings(host_));
+        if (has_descriptors) {
+            check_descriptors();
+        }
+        tell_of_what_was_left_out();
+        return check_;
+    }
 
 private:
     using SteadyClock = std::chrono::steady_clock;
 
-    int limit_seconds() const;
-    bool is_over(const std::string& what);
-    void check_search_path();
-    void check_sample_step(const SampleStep& step);
-    void judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked);
-    bool has_programs(const SampleStep& step) const;
-    void check_one_shot_step(OneShotStep step);
-    void judge_one_shot_step(OneShotStep step, const StepOutcome& outcome, CheckedStep& checked);
-    void check_descriptors();
-    void check_mounts();
-    void tell_of_what_was_left_out();
+    // What is left of the time for all, where that is less.
+    int limit_seconds() const {
+        const auto left =
+            std::chrono::ceil<std::chrono::seconds>(end_ - SteadyClock::now()).count();
+        return static_cast<int>(std::min<std::int64_t>(limits_.step_seconds, left));
+    }
+
+    // Whether there is no time for it any more; then it is left out.
+    bool is_over(const std::string& what) {
+        const bool over = limit_seconds() <= 0;
+        if (over) {
+            left_out_.push_back(what);
+        }
+        return over;
+    }
+
+    void check_search_path() {
+        const int limit = limit_seconds();
+        const BoundedTask task =
+            run_bounded([&] { return look_at_search_path(host_.paths); }, limit, wake_fd_);
+        if (task.end != BoundedTask::End::finished) {
+            check_.findings.push_back(
+                {"the folders of PATH cannot be looked at: " + why_not(task, limit),
+                 "leave out of PATH what does not answer"});
+            return;
+        }
+        const std::size_t end = task.text.find('\n');
+        missing_programs_ = Kiln::split(" ", task.text.substr(0, end), 0);
+        append(check_.findings, parse_part<CheckResult>(task.text.substr(end + 1))->findings);
+    }
+
+    bool has_programs(const SampleStep& step) const {
+        const std::vector<std::string> programs = programs_of(step.command);
+        return std::none_of(programs.begin(), programs.end(), [&](const std::string& program) {
+            return std::find(missing_programs_.begin(), missing_programs_.end(), program) !=
+                   missing_programs_.end();
+        });
+    }
+
+    void check_sample_step(const SampleStep& step) {
+        CheckedStep checked;
+        checked.what = step.label;
+        checked.command = step.command != nullptr ? step.command : host_.paths.proc + "/*/status";
+        checked.lines = lines_on(step.counts());
+        checked.result = left_out_text;
+        if (!is_over(checked.what)) {
+            const int limit = limit_seconds();
+            const BoundedTask task =
+                run_bounded([&] { return take_watched_step(host_, step); }, limit, wake_fd_);
+            checked.took_ms = task.took_ms;
+            if (task.end == BoundedTask::End::finished) {
+                judge_sample_step(json::parse(task.text), step, checked);
+            } else {
+                checked.result = why_not(task, limit);
+                df_fails_ = df_fails_ || (is_df(step) && task.end == BoundedTask::End::too_long);
+            }
+        }
+        check_.steps.push_back(checked);
+    }
+
+    void judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked) {
+        const std::string failure = text_from_json(report[0]);
+        const std::string objection = text_from_json(report[2]);
+        checked.succeeded = failure.empty();
+        // What could not be run at all says nothing of how the command does.
+        const bool was_run = report[3];
+        checked.forgiven = step.forgiven && was_run;
+        df_fails_ = df_fails_ || (is_df(step) && !checked.succeeded && was_run);
+        checked.result = checked.succeeded ? text_from_json(report[1]) : failure;
+        if (!objection.empty() && has_programs(step)) {
+            check_.findings.push_back(
+                {checked.command + ": " + objection, "see what it prints by hand", checked.lines});
+        }
+        if (!checked.succeeded && checked.forgiven) {
+            const std::vector<std::string> lines = Kiln::split("\n", failure, 0);
+            check_.findings.push_back({Kiln::join(" ", lines),
+                                       "a run goes on without it; see why it fails",
+                                       checked.lines});
+        }
+    }
+
+    void check_one_shot_step(OneShotStep step) {
+        CheckedStep checked;
+        checked.what = name_of(step);
+        checked.command = sources_of(step, host_.paths);
+        checked.lines = lines_on(step);
+        checked.result = left_out_text;
+        if (!is_over(checked.what)) {
+            judge_one_shot_step(step, take_one_shot_step(host_, step, limit_seconds(), wake_fd_),
+                                checked);
+        }
+        check_.steps.push_back(checked);
+    }
+
+    void judge_one_shot_step(OneShotStep step, const StepOutcome& outcome, CheckedStep& checked) {
+        checked.took_ms = outcome.took_ms;
+        checked.succeeded = outcome.findings.failures.empty();
+        checked.result = checked.succeeded ? findings_text(step, outcome.findings)
+                                           : outcome.findings.failures.front().text;
+        // The only step that fails by itself and ends no run.
+        if (step == OneShotStep::distribution && !checked.succeeded && outcome.ended) {
+            checked.forgiven = true;
+            check_.findings.push_back(script_warning(checked.result));
+        }
+        for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
+            check_.findings.push_back({checked.what + ": " + message,
+                                       step == OneShotStep::quotas
+                                           ? "see why, or switch the quotas of the mount off"
+                                           : "see why",
+                                       checked.lines});
+        }
+    }
+
+    void check_descriptors() {
+        if (is_over("what the open descriptors are of")) {
+            return;
+        }
+        const auto list = [&] {
+            const DescriptorArguments arguments = list_descriptors(host_);
+            return ordered_json{arguments.bytes, arguments.count, arguments.directories,
+                                arguments.listed_lines}
+                .dump();
+        };
+        const int limit = limit_seconds();
+        const BoundedTask task = run_bounded(list, limit, wake_fd_);
+        if (task.end != BoundedTask::End::finished) {
+            check_.findings.push_back(
+                {"the open descriptors cannot be looked at: " + why_not(task, limit),
+                 "one may be of a file system that does not answer: find it among the mounts",
+                 lines_on({&PhysParams::numfile})});
+            return;
+        }
+        const json numbers = json::parse(task.text);
+        append(check_.findings,
+               descriptor_warnings({numbers[0], numbers[1], numbers[2], numbers[3]},
+                                   argument_limit()));
+    }
+
+    // Where df fails, one of the mounts is why.
+    void check_mounts() {
+        if (!df_fails_) {
+            return;
+        }
+        for (const MountEntry& mount : mounts_of(host_)) {
+            if (is_over("which mounts answer")) {
+                return;
+            }
+            const int limit = std::min(limit_seconds(), mount_limit_seconds);
+            const BoundedTask task = run_bounded(
+                [&] { return check_mount(mount.mount_point).reason(); }, limit, wake_fd_);
+            const std::string trouble =
+                task.end == BoundedTask::End::too_long ? why_not(task, limit) : task.text;
+            if (!trouble.empty()) {
+                check_.findings.push_back(mount_warning(mount, trouble));
+            }
+        }
+    }
+
+    void tell_of_what_was_left_out() {
+        if (!left_out_.empty()) {
+            check_.findings.push_back({"the check ends after " +
+                                           std::to_string(limits_.total_seconds) +
+                                           " s, and left out: " + Kiln::join(", ", left_out_),
+                                       "see by tarnhwplan check what takes so long"});
+        }
+    }
 
     const Host& host_;
     const CheckLimits limits_;
@@ -178,198 +359,6 @@ private:
     bool df_fails_ = false;  // though it was run
     HostCheck check_;
 };
-
-// What is left of the time for all, where that is less.
-int Checker::limit_seconds() const {
-    const auto left = std::chrono::ceil<std::chrono::seconds>(end_ - SteadyClock::now()).count();
-    return static_cast<int>(std::min<std::int64_t>(limits_.step_seconds, left));
-}
-
-// Whether there is no time for it any more; then it is left out.
-bool Checker::is_over(const std::string& what) {
-    const bool over = limit_seconds() <= 0;
-    if (over) {
-        left_out_.push_back(what);
-    }
-    return over;
-}
-
-std::string why_not(const BoundedTask& task, int limit) {
-    return why_not_finished(task, limit) + (task.messages.empty() ? "" : ": " + task.messages);
-}
-
-void Checker::check_search_path() {
-    const int limit = limit_seconds();
-    const BoundedTask task =
-        run_bounded([&] { return look_at_search_path(host_.paths); }, limit, wake_fd_);
-    if (task.end != BoundedTask::End::finished) {
-        check_.findings.push_back(
-            {"the folders of PATH cannot be looked at: " + why_not(task, limit),
-             "leave out of PATH what does not answer"});
-        return;
-    }
-    const std::size_t end = task.text.find('\n');
-    missing_programs_ = Kiln::split(" ", task.text.substr(0, end), 0);
-    append(check_.findings, parse_part<CheckResult>(task.text.substr(end + 1))->findings);
-}
-
-bool Checker::has_programs(const SampleStep& step) const {
-    const std::vector<std::string> programs = programs_of(step.command);
-    return std::none_of(programs.begin(), programs.end(), [&](const std::string& program) {
-        return std::find(missing_programs_.begin(), missing_programs_.end(), program) !=
-               missing_programs_.end();
-    });
-}
-
-void Checker::check_sample_step(const SampleStep& step) {
-    CheckedStep checked;
-    checked.what = step.label;
-    checked.command = step.command != nullptr ? step.command : host_.paths.proc + "/*/status";
-    checked.lines = lines_on(step.counts());
-    checked.result = left_out_text;
-    if (!is_over(checked.what)) {
-        const int limit = limit_seconds();
-        const BoundedTask task =
-            run_bounded([&] { return take_watched_step(host_, step); }, limit, wake_fd_);
-        checked.took_ms = task.took_ms;
-        if (task.end == BoundedTask::End::finished) {
-            judge_sample_step(json::parse(task.text), step, checked);
-        } else {
-            checked.result = why_not(task, limit);
-            df_fails_ = df_fails_ || (is_df(step) && task.end == BoundedTask::End::too_long);
-        }
-    }
-    check_.steps.push_back(checked);
-}
-
-void Checker::judge_sample_step(const json& report, const SampleStep& step, CheckedStep& checked) {
-    const std::string failure = text_from_json(report[0]);
-    const std::string objection = text_from_json(report[2]);
-    checked.succeeded = failure.empty();
-    // What could not be run at all says nothing of how the command does.
-    const bool was_run = report[3];
-    checked.forgiven = step.forgiven && was_run;
-    df_fails_ = df_fails_ || (is_df(step) && !checked.succeeded && was_run);
-    checked.result = checked.succeeded ? text_from_json(report[1]) : failure;
-    if (!objection.empty() && has_programs(step)) {
-        check_.findings.push_back(
-            {checked.command + ": " + objection, "see what it prints by hand", checked.lines});
-    }
-    if (!checked.succeeded && checked.forgiven) {
-        const std::vector<std::string> lines = Kiln::split("\n", failure, 0);
-        check_.findings.push_back(
-            {Kiln::join(" ", lines), "a run goes on without it; see why it fails", checked.lines});
-    }
-}
-
-void Checker::check_one_shot_step(OneShotStep step) {
-    CheckedStep checked;
-    checked.what = name_of(step);
-    checked.command = sources_of(step, host_.paths);
-    checked.lines = lines_on(step);
-    checked.result = left_out_text;
-    if (!is_over(checked.what)) {
-        judge_one_shot_step(step, take_one_shot_step(host_, step, limit_seconds(), wake_fd_),
-                            checked);
-    }
-    check_.steps.push_back(checked);
-}
-
-void Checker::judge_one_shot_step(OneShotStep step, const StepOutcome& outcome,
-                                  CheckedStep& checked) {
-    checked.took_ms = outcome.took_ms;
-    checked.succeeded = outcome.findings.failures.empty();
-    checked.result = checked.succeeded ? findings_text(step, outcome.findings)
-                                       : outcome.findings.failures.front().text;
-    // The only step that fails by itself and ends no run.
-    if (step == OneShotStep::distribution && !checked.succeeded && outcome.ended) {
-        checked.forgiven = true;
-        check_.findings.push_back(script_warning(checked.result));
-    }
-    for (const std::string& message : Kiln::split("\n", outcome.findings.messages, 0)) {
-        check_.findings.push_back({checked.what + ": " + message,
-                                   step == OneShotStep::quotas
-                                       ? "see why, or switch the quotas of the mount off"
-                                       : "see why",
-                                   checked.lines});
-    }
-}
-
-void Checker::check_descriptors() {
-    if (is_over("what the open descriptors are of")) {
-        return;
-    }
-    const auto list = [&] {
-        const DescriptorArguments arguments = list_descriptors(host_);
-        return ordered_json{arguments.bytes, arguments.count, arguments.directories,
-                            arguments.listed_lines}
-            .dump();
-    };
-    const int limit = limit_seconds();
-    const BoundedTask task = run_bounded(list, limit, wake_fd_);
-    if (task.end != BoundedTask::End::finished) {
-        check_.findings.push_back(
-            {"the open descriptors cannot be looked at: " + why_not(task, limit),
-             "one may be of a file system that does not answer: find it among the mounts",
-             lines_on({&PhysParams::numfile})});
-        return;
-    }
-    const json numbers = json::parse(task.text);
-    append(check_.findings,
-           descriptor_warnings({numbers[0], numbers[1], numbers[2], numbers[3]}, argument_limit()));
-}
-
-// Where df fails, one of the mounts is why.
-void Checker::check_mounts() {
-    if (!df_fails_) {
-        return;
-    }
-    for (const MountEntry& mount : mounts_of(host_)) {
-        if (is_over("which mounts answer")) {
-            return;
-        }
-        const int limit = std::min(limit_seconds(), mount_limit_seconds);
-        const BoundedTask task =
-            run_bounded([&] { return check_mount(mount.mount_point).reason(); }, limit, wake_fd_);
-        const std::string trouble =
-            task.end == BoundedTask::End::too_long ? why_not(task, limit) : task.text;
-        if (!trouble.empty()) {
-            check_.findings.push_back(mount_warning(mount, trouble));
-        }
-    }
-}
-
-void Checker::tell_of_what_was_left_out() {
-    if (!left_out_.empty()) {
-        check_.findings.push_back({"the check ends after " + std::to_string(limits_.total_seconds) +
-                                       " s, and left out: " + Kiln::join(", ", left_out_),
-                                   "see by tarnhwplan check what takes so long"});
-    }
-}
-
-// PATH first: a program that is missing explains what its step prints. The mounts behind the steps,
-// for they are looked at only where df has failed.
-HostCheck Checker::check() {
-    check_.findings = shortage_warnings();
-    const bool has_descriptors = check_.findings.empty();
-    if (has_descriptors) {
-        check_search_path();
-    }
-    append(check_.findings, user_warnings(geteuid() == 0));
-    for (const SampleStep& step : sample_steps) {
-        check_sample_step(step);
-    }
-    check_mounts();
-    for (const OneShotStepRow& row : one_shot_steps) {
-        check_one_shot_step(row.step);
-    }
-    append(check_.findings, socket_warnings(host_));
-    if (has_descriptors) {
-        check_descriptors();
-    }
-    tell_of_what_was_left_out();
-    return check_;
-}
 
 }  // namespace
 
