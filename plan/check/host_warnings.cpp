@@ -181,10 +181,7 @@ CheckFindings user_warnings(bool is_root) {
     std::vector<std::string> lines = lines_on({&PhysParams::numfile, &PhysParams::numiptent});
     const std::vector<std::string> quota_lines = lines_on(OneShotStep::quotas);
     lines.insert(lines.end(), quota_lines.begin(), quota_lines.end());
-    return {
-        {"you are not root: descriptors, rules and quotas of others are not seen, and their "
-         "lines will be floors",
-         "run it as root", lines}};
+    return {{not_root_text, "run it as root", lines}};
 }
 
 // A step has the end of our pipe, and both ends of its command's two.

@@ -52,10 +52,11 @@ Reasons reasons_of_user(const Recording& recording) {
 }
 
 Reasons reasons_of_checks(const Recording& recording) {
+    const bool user_is_said = !reasons_of_user(recording).empty();
     Reasons reasons;
     for (const CheckResult& check : recording.checks) {
         for (const CheckFinding& finding : check.findings) {
-            if (spoils(finding)) {
+            if (spoils(finding) && !(user_is_said && finding.text == not_root_text)) {
                 reasons.push_back("the check found: " + finding.text + lines_of(finding));
             }
         }
