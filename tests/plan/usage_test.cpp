@@ -31,13 +31,11 @@ Figure cpu_ms_at_100(std::string_view text) {
 TEST(UsageParsers, OneFigure) {
     const Figure none;
     const std::tuple<Figure (*)(std::string_view), std::string, Figure> cases[] = {
-        {cpu_ms_at_100, "cpu  1 20 300 9 9 4000 50000 9 9 9\ncpu0 9 9 9 9 9 9 9\n", 543210},
-        {cpu_ms_at_100, "ctxt 5\ncpu 1 1 1 9 9 1 1\n", 50},
+        {cpu_ms_at_100, "ctxt 5\ncpu  1 20 300 9 9 4000 50000\ncpu0 9 9 9 9 9 9 9\n", 543210},
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1\n", none},
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1 1", none},  // torn
         {cpu_ms_at_100, "cpu 1 1 1 9 9 1 " + most + "\n", none},
         {cpu_ms_at_100, "cpu 0 0 0 9 9 0 " + most + "\n", none},
-        {parse_runnable, "procs_running 3\nprocs_blocked 4\n", 3},
         {parse_runnable, "procs_running -0\n", none},
         {parse_runnable, "procs_running\n", none},
         {parse_pressure_us, "some avg10=0.82 avg300=4 total=6642\nfull avg10=0 total=9\n", 6642},
@@ -134,35 +132,31 @@ TEST(UsageParsers, Interfaces) {
 }
 
 TEST(LocalMounts, AreThoseOfItsOwnDisks) {
-    const auto of = [](const std::string& table) {
+    using Texts = std::vector<std::string>;
+    const auto of = [](const Texts& mounts) {
+        std::string table = "proc /proc proc rw 0 0\n/dev/vda1 / ext4 rw 0 0\n";
+        for (const std::string& mount : mounts) {
+            table += mount + " rw 0 0\n";
+        }
         return local_mount_points(parse_mount_table(table));
     };
-    using Points = std::vector<std::string>;
-    const std::string root = "proc /proc proc rw 0 0\n/dev/vda1 / ext4 rw 0 0\n";
-    EXPECT_EQ(of(root + "systemd-1 /boot autofs rw 0 0\n/dev/vda2 /boot vfat rw 0 0\n"
-                        "/dev/vdb /srv/my\\040data xfs rw 0 0\ntmpfs /run tmpfs rw 0 0\n"
-                        "/dev/vdc /run/media/disk btrfs rw 0 0\n"),
-              (Points{"/", "/boot", "/srv/my data", "/run/media/disk"}));
-    EXPECT_EQ(of(root + "tank /tank zfs rw 0 0\ntank/a /tank/a zfs rw 0 0\npool/b /b zfs rw 0 0\n"
-                        "/dev/vda1 /bound ext4 rw 0 0\n"),
-              (Points{"/", "/tank", "/b"}));
+    EXPECT_EQ(of({"systemd-1 /boot autofs", "/dev/vda2 /boot vfat", "/dev/vdb /srv/my\\040data xfs",
+                  "tmpfs /run tmpfs", "/dev/vdc /run/media/disk btrfs"}),
+              (Texts{"/", "/boot", "/srv/my data", "/run/media/disk"}));
     EXPECT_EQ(
-        of(root +
-           "nas:/x /net nfs4 rw 0 0\n//nas/x /smb cifs rw 0 0\nme@nas: /ssh fuse.sshfs rw 0 0\n"
-           "/dev/vdd /ntfs fuseblk rw 0 0\n/dev/vde /shared gfs2 rw 0 0\n/dev/loop0 /snap/x "
-           "squashfs ro 0 0\n"),
-        (Points{"/"}));
+        of({"tank /tank zfs", "tank/a /tank/a zfs", "pool/b /b zfs", "/dev/vda1 /bound ext4"}),
+        (Texts{"/", "/tank", "/b"}));
+    EXPECT_EQ(
+        of({"nas:/x /net nfs4", "//nas/x /smb cifs", "me@nas: /ssh fuse.sshfs",
+            "/dev/vdd /ntfs fuseblk", "/dev/vde /shared gfs2", "/dev/loop0 /snap/x squashfs"}),
+        Texts{"/"});
     // On the way to them, or on top of them, lies what may hang.
-    EXPECT_EQ(
-        of(root +
-           "nas:/x /net nfs4 rw 0 0\n/dev/vdb /net/disk xfs rw 0 0\n/dev/vdc /nets xfs rw 0 0\n"),
-        (Points{"/", "/nets"}));
-    EXPECT_EQ(of(root + "/dev/vdb /data xfs rw 0 0\nnas:/x /data nfs rw 0 0\n"), Points{"/"});
-    EXPECT_EQ(
-        of(root +
-           "/dev/vdb /data xfs rw 0 0\n/dev/vdc /data ext3 rw 0 0\n/dev/vdb /old xfs rw 0 0\n"),
-        (Points{"/", "/data", "/old"}));
-    EXPECT_EQ(of("/dev/root / nfs rw 0 0\n/dev/vdb /scratch xfs rw 0 0\n"), Points{"/scratch"});
+    EXPECT_EQ(of({"nas:/x /net nfs4", "/dev/vdb /net/disk xfs", "/dev/vdc /nets xfs"}),
+              (Texts{"/", "/nets"}));
+    EXPECT_EQ(of({"/dev/vdb /data xfs", "nas:/x /data nfs"}), Texts{"/"});
+    EXPECT_EQ(of({"/dev/vdb /data xfs", "/dev/vdc /data ext3", "/dev/vdb /old xfs"}),
+              (Texts{"/", "/data", "/old"}));
+    EXPECT_EQ(of({"/dev/root / nfs", "/dev/vdb /scratch xfs"}), Texts{"/scratch"});
 }
 
 // Its processes have files whose number is that of their folder's entries.
@@ -342,23 +336,22 @@ TEST_F(ReadHost, HowLargeItIs) {
         return mount_point == "/gone" ? std::nullopt
                                       : std::optional(FileSystemSize{mount_point, 5000, 300});
     };
-    EXPECT_EQ(hardware_text(read_hardware(sources_)),
+    EXPECT_EQ(part_text(read_hardware(sources_)),
               R"({"cpus":3,"memory_kib":90,"swap_kib":7,)"
               R"("file_systems":[{"mount_point":"/","size_kib":5000,"inodes":300}],)"
               R"("boot_id":"9b0b7d13-c910-4f72-848b-fb91ccdfaad1"})");
     fs::remove_all(made_up_.root);
-    EXPECT_EQ(hardware_text(read_hardware(sources_)), R"({"file_systems":[],"boot_id":""})");
+    EXPECT_EQ(part_text(read_hardware(sources_)), R"({"file_systems":[],"boot_id":""})");
 }
 
 TEST(FileSystems, AreAskedForTheirSize) {
     const std::optional<FileSystemSize> root = kernel_file_system_size("/");
-    const fs::space_info space = fs::space("/");
     struct statvfs status = {};
     ASSERT_EQ(statvfs("/", &status), 0);
     ASSERT_TRUE(root);
     EXPECT_EQ(root->mount_point, "/");
     EXPECT_EQ(root->inodes, static_cast<std::int64_t>(status.f_files));
-    EXPECT_EQ(root->size_kib, static_cast<std::int64_t>(space.capacity / 1024));
+    EXPECT_EQ(root->size_kib, static_cast<std::int64_t>(status.f_blocks * status.f_frsize / 1024));
     EXPECT_FALSE(kernel_file_system_size("/proc")) << "has no size";
     EXPECT_FALSE(kernel_file_system_size("/no such folder"));
 }
