@@ -25,22 +25,17 @@ Values values_of(const std::vector<NamedRecording>& recordings, UsageQuantity qu
     return values;
 }
 
-struct Reading {
-    std::int64_t uptime_ms;
-    std::int64_t counter;
-};
+using Readings = std::vector<std::pair<std::int64_t, std::int64_t>>;  // uptime_ms and a counter
 
 // Passes ten seconds apart whose counters are these.
-NamedRecording counting(const std::vector<Reading>& readings) {
+NamedRecording counting(const Readings& readings) {
     NamedRecording named = recording_of(std::vector<std::int32_t>(readings.size(), 1));
     for (std::size_t i = 0; i < readings.size(); ++i) {
         Usage usage;
-        usage.uptime_ms = readings[i].uptime_ms;
-        for (const auto total :
-             {&Usage::cpu_ms, &Usage::disk_read_bytes, &Usage::disk_written_bytes,
-              &Usage::disk_operations, &Usage::net_received_bytes, &Usage::net_sent_bytes,
-              &Usage::cpu_pressure_us}) {
-            usage.*total = readings[i].counter;
+        usage.uptime_ms = readings[i].first;
+        for (const auto total : {&Usage::cpu_ms, &Usage::disk_read_bytes,
+                                 &Usage::disk_written_bytes, &Usage::cpu_pressure_us}) {
+            usage.*total = readings[i].second;
         }
         named.recording.passes[i].usage = usage;
     }
@@ -69,7 +64,7 @@ TEST(UsageSummary, PercentilesAreValuesThatWereSeen) {
 }
 
 TEST(UsageSummary, ACounterThatDidNotGrowOnBeginsAnew) {
-    const std::pair<std::vector<Reading>, Values> cases[] = {
+    const std::pair<Readings, Values> cases[] = {
         {{{5000, 1000}, {5000, 2000}}, {}},                      // no time passed
         {{{5000, 1000}, {4000, 2000}, {14000, 7000}}, {0.5}},    // uptime went back
         {{{5000, 9000}, {15000, 1000}, {25000, 6000}}, {0.5}},   // the counter did

@@ -47,7 +47,7 @@ TEST(Limits, FactorsAreThoseThatAreWritten) {
         {1025, 1, 1024, 2},
         {1000000, 1.1, 100000, 11},
         {100, 0.07, 1, 7},
-        {1, 1e-300, 1, 1},
+        {100000000, 1e-300, 1, 1},
         {5, std::nan(""), 1, 1},
         {3, 1e300, 1, 3000000},
         {INT64_MAX, 1, 1, INT64_MAX},
@@ -153,8 +153,8 @@ TEST(Limits, PeriodsAndPercentilesInWords) {
         EXPECT_NE(sheet_of(named).notes.at(2).find(words), std::string::npos) << words;
     }
     const std::pair<int, const char*> percentiles[] = {
-        {1, "1st "},   {2, "2nd "},   {3, "3rd "},   {4, "4th "},   {11, "11th "},
-        {12, "12th "}, {13, "13th "}, {21, "21st "}, {90, "90th "}, {100, "100th "}};
+        {1, "1st "},   {2, "2nd "},   {3, "3rd "},   {4, "4th "},    {11, "11th "},
+        {12, "12th "}, {13, "13th "}, {21, "21st "}, {100, "100th "}};
     for (const auto& [percentile, words] : percentiles) {
         LimitOptions options;
         options.cpu_percentile = percentile;

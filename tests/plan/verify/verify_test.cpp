@@ -44,16 +44,6 @@ GroupVerdict judged(const Texts& changes) {
     return judge(parse_control_group(files));
 }
 
-LimitState state_of(const GroupVerdict& verdict, const std::string& name) {
-    for (const LimitVerdict& limit : verdict.limits) {
-        if (limit.name == name) {
-            return limit.state;
-        }
-    }
-    ADD_FAILURE() << name;
-    return LimitState::unknown;
-}
-
 bool says(const GroupVerdict& verdict, const std::string& text) {
     return verdict_text(verdict).find(text) != std::string::npos;
 }
@@ -110,7 +100,7 @@ TEST(Verify, EachLimitThatWasMetIsNamed) {
         EXPECT_TRUE(says(judged(changes), raise + std::string("\n"))) << raise;
         EXPECT_FALSE(judged(changes).all_fit) << raise;
     }
-    EXPECT_EQ(state_of(judged(others[2].first), "pids.max"), LimitState::met);
+    EXPECT_TRUE(says(judged(others[2].first), "0                met\n")) << "as many as it allows";
 }
 
 TEST(Verify, WhatIsNoFaultIsSaid) {
@@ -135,7 +125,7 @@ TEST(Verify, WhatIsNoFaultIsSaid) {
         EXPECT_EQ(verdict.remarks, remarks);
         EXPECT_TRUE(verdict.all_fit) << remarks[0];
     }
-    EXPECT_EQ(state_of(judged(cases[0].first), "memory.max"), LimitState::given_back);
+    EXPECT_TRUE(says(judged(cases[0].first), "1,234            given back\n"));
     const GroupVerdict unlimited = judged({{"memory.max", "max\n"},
                                            {"memory.swap.max", "max\n"},
                                            {"pids.max", "max\n"},
@@ -150,14 +140,11 @@ TEST(Verify, WhatIsNoFaultIsSaid) {
 }
 
 TEST(Verify, WhatIsNoNumberIsNotThere) {
-    const std::pair<const char*, std::vector<const char*>> cases[] = {
-        {"memory.max", {"", "\n", "-1\n", "12x\n", "1 2\n", "99999999999999999999\n"}},
-        {"cpu.max", {"", "max", "100000 0\n", "100000\n", "1 2 3\n", "x 100000\n"}},
-    };
-    for (const auto& [limit, texts] : cases) {
-        for (const char* const text : texts) {
-            EXPECT_EQ(state_of(judged({{limit, text}}), limit), LimitState::unknown) << text;
-        }
+    for (const char* const text : {"", "\n", "-1\n", "12x\n", "1 2\n", "99999999999999999999\n"}) {
+        EXPECT_TRUE(says(judged({{"memory.max", text}}), "0                unknown\n")) << text;
+    }
+    for (const char* const text : {"", "max", "100000 0\n", "100000\n", "1 2 3\n", "x 100000\n"}) {
+        EXPECT_TRUE(says(judged({{"cpu.max", text}}), "0                unknown\n")) << text;
     }
     for (const char* const text :
          {"", "some\n", "some a b avg300=nan total=1\n", "some a b avg300=1.00 total=\n",
