@@ -117,15 +117,6 @@ protected:
     const std::string network_ = std::string(state.host.network_dir) + "/ifcfg-";
 };
 
-TEST(IfcfgLine, AsksForDhcpAndNamesADevice) {
-    EXPECT_TRUE(ifcfg_line_asks_dhcp(" \t\v\fBOOTPROTO=none # not dhcp"));
-    EXPECT_FALSE(ifcfg_line_asks_dhcp("#dhcp BOOTPROTO=none"));
-    for (const char* line : {"DEVICE=eth0", "DEVICE=eth0\r\n", "DEVICE=eth0 x"})
-        EXPECT_TRUE(ifcfg_line_names_device(line, "eth0")) << line;
-    for (const char* line : {"DEVICE=eth01", "DEVICE=\"eth0\"", " DEVICE=eth0", "DEVICE="})
-        EXPECT_FALSE(ifcfg_line_names_device(line, "eth0")) << line;
-}
-
 TEST_F(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
     EXPECT_EQ(found("eth0"), "none");
     write(network_ + "eth0", "");
@@ -135,12 +126,15 @@ TEST_F(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
     ASSERT_EQ(symlink("nowhere", (scripts_ + "eth2").c_str()), 0);
     EXPECT_EQ(found("eth2"), "none") << "a dangling link is no file";
 
-    write(scripts_ + "wan", "DEVICE=eth1\n");
+    write(scripts_ + "wan",
+          "DEVICE=\nDEVICE=eth51\nDEVICE=\"eth5\"\n DEVICE=eth5\nDEVICE=eth3\r\nDEVICE=eth1\n");
     write(std::string(state.host.scripts_dir) + "/wan", "DEVICE=eth4\n");
     EXPECT_EQ(found("eth1"), "none") << "the files are sought in the working directory";
     std::filesystem::current_path(state.host.scripts_dir);
     EXPECT_EQ(found("eth1"), scripts_ + "wan");
+    EXPECT_EQ(found("eth3"), scripts_ + "wan");
     EXPECT_EQ(found("eth4"), "none") << "of another name";
+    EXPECT_EQ(found("eth5"), "none") << "other names begin alike, or it stands elsewhere";
     // Files of the same names elsewhere are what is read, whatever they are.
     const std::string longest_line(65535, '#');
     write("elsewhere/ifcfg-wan", longest_line + "DEVICE=eth8 \nDEVICE=eth9");

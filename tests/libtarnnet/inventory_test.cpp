@@ -50,7 +50,8 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
         return give_messages(flags, tables) - 1;
     };
     std::filesystem::remove_all(state.host.scripts_dir);
-    write(std::string(state.host.network_dir) + "/ifcfg-far0", "BOOTPROTO=dhcp\nBOOTPROTO=dhcp6\n");
+    write(std::string(state.host.network_dir) + "/ifcfg-far0",
+          "BOOTPROTO=dhcp\nBOOTPROTO=dhcp6\n#dhcp BOOTPROTO=none\nbootproto=dhcp\n");
     EXPECT_EQ(inventory(), Lines{"far0 1 [] [dhcp,dhcp]"}) << "nothing of a live read that failed";
     EXPECT_EQ(inventory(TARNNET_EVERYTHING, 0, 12),
               Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp,dhcp]"})

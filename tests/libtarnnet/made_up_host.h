@@ -134,7 +134,8 @@ protected:
         write(state.host.configuration,
               "VNID_br0=\"net1\"\nIFLST_br0=\"eth0 eth1\"\nVLAN_eth0=\"10 20\"\n"
               "ADDR_far0=\"10.9.0.1 10.9.0.2\"\n");
-        write(std::string(state.host.scripts_dir) + "/ifcfg-eth0", "BOOTPROTO=dhcp\n");
+        write(std::string(state.host.scripts_dir) + "/ifcfg-eth0",
+              " \t\v\fBOOTPROTO=none # not dhcp\n");
         write(state.host.pair_devices,
               "  Version:   1.0\n"
               "00:18:51:0C:7A:01   veth101.0 00:18:51:0C:7A:02  eth0     101 allow\n"

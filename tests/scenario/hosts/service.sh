@@ -2,7 +2,7 @@
 # arrives, through a storm of signals from outside and from a service manager that hands on nothing.
 rows 700 /proc/net/tcp
 put "$out/ipcs" 'pages allocated 40000'
-seq -f 'rubbish %.0f' 100000 >>"$out/ipcs"
+stub ipcs "seq 500000 >&2 & cat $out/ipcs; seq 500000; wait"
 put "$out/df-k" $'header\n/dev/sda1 9 777 9'
 put /etc/mtab $'/tmp/gone /gone iso9660 usrquota 0 0\nbox:/x /x nfs4 rw'
 descriptors="for fd in 0 1 2 3 4 5 6 7 8 9; do [ ! -e $stage/proc/\$\$/fd/\$fd ] || printf \$fd; done"
