@@ -160,7 +160,8 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
         usleep(20000);
         return std::optional<std::string>("box");
     };
-    made_up_.put("mtab", "proc / proc rw 0 0\nproc / proc rw 0 0\n");
+    const std::string gone = "none " + folder_ + "/gone none rw 0 0\n";
+    made_up_.put("mtab", gone + gone);  // only where df fails it is looked at
     const HostCheck check = check_host(host_, 1);
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
     EXPECT_GE(check.steps[iptables_step].took_ms, 1000);
