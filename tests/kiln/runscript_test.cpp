@@ -18,6 +18,12 @@ std::string ran(const std::string& command) {
     return status + " " + out + "|" + err;
 }
 
+TEST(Runscript, GivesBothOutputsWhole) {
+    const std::string much(5000000, '\n');
+    EXPECT_TRUE(ran("yes '' | head -c 5000000 | tee /dev/stderr; exit 6") ==
+                "6 " + much + "|" + much);
+}
+
 TEST(Runscript, NeitherMissingNorExtraDescriptorsReachTheCommand) {
     for (int closed = 0; closed < 8; ++closed) {
         in_own_process([closed] {
