@@ -11,15 +11,6 @@ std::string cut(const std::string& text) {
     return text.substr(0, longest);
 }
 
-void check_error(Kiln::Error::Code code, const std::string& detail) {
-    const std::string start = code == Kiln::Error::CallerGenericError
-                                  ? "[Caller] Generic error. "
-                                  : "[Unknown error domain] Unknown or general internal error. ";
-    const Kiln::Error error(code, "%s", detail.c_str());
-    const Kiln::Error copy(error);
-    require(copy.what() == cut(start + cut(detail)), "an error is told as far as it fits");
-}
-
 // What the log file gets of it, behind the time.
 template <class Logging>
 std::string logged(const Logging& logging) {
@@ -52,7 +43,13 @@ void try_input(fuzz::Input input) {
         text += piece;
     }
     text.resize(length);
-    check_error(static_cast<Kiln::Error::Code>(level < 0 ? 10000 : level), text);
+    const auto code = static_cast<Kiln::Error::Code>(level < 0 ? 10000 : level);
+    const std::string start = code == Kiln::Error::CallerGenericError
+                                  ? "[Caller] Generic error. "
+                                  : "[Unknown error domain] Unknown or general internal error. ";
+    const Kiln::Error error(code, "%s", text.c_str());
+    const Kiln::Error copy(error);
+    require(copy.what() == cut(start + cut(text)), "an error is told as far as it fits");
 
     // The system's text needs room for its colon.
     const bool has_reason = errnum != 0 && length < longest;

@@ -39,14 +39,6 @@ void check_address(const std::string& text) {
     require(address == again, "an address has its usual form");
 }
 
-void check_link(const link_tables& tables, const link_entry& link) {
-    char line[address_line_size];
-    print_selected_addrinfo(tables, link.index, line);
-    require(std::strlen(link.name) < sizeof(link.name) &&
-                std::strlen(link.hwaddr) < sizeof(link.hwaddr) && std::strlen(line) < sizeof(line),
-            "every text is ended");
-}
-
 }  // namespace
 
 // Input: three datagrams, of links and of the addresses of two families.
@@ -63,6 +55,11 @@ void try_input(fuzz::Input input) {
         check_address(tables.addresses[i].text);
     }
     for (std::size_t i = 0; i < tables.links.count(); ++i) {
-        check_link(tables, tables.links[i]);
+        const link_entry& link = tables.links[i];
+        char line[address_line_size];
+        print_selected_addrinfo(tables, link.index, line);
+        require(memchr(link.name, 0, sizeof link.name) && memchr(line, 0, sizeof line) &&
+                    memchr(link.hwaddr, 0, sizeof link.hwaddr),
+                "every text is ended");
     }
 }

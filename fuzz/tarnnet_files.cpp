@@ -107,7 +107,10 @@ void make_files(const fs::path& root, const std::vector<std::string>& texts) {
     before = texts;
 }
 
-void apply_links(const std::string& tree_text) {
+void take_inventory(const std::string& tree_text) {
+    purge_all_generations();
+    read_single_conf(TARNNET_EVERYTHING, 0);
+    use_origin(0, origin_live);
     for_entries(tree_text, [](const std::string& kind, const std::string& name, auto& /*words*/) {
         if (kind == "l" && name.size() < if_name_size) {
             link_facts facts = {{}, "10.0.0.1/24", "00:11:22:33:44:55", 1};
@@ -115,22 +118,6 @@ void apply_links(const std::string& tree_text) {
             apply_link_facts(0, &facts);
         }
     });
-}
-
-void check_vlans() {
-    for (vlan_set& set : configured.vlans) {
-        std::set<std::uint32_t> ids;
-        for (const vlan_entry& vlan : set.vlans) {
-            require(ids.insert(vlan.vlan_id).second, "a device has a VLAN once");
-        }
-    }
-}
-
-void take_inventory(const std::string& tree_text) {
-    purge_all_generations();
-    read_single_conf(TARNNET_EVERYTHING, 0);
-    use_origin(0, origin_live);
-    apply_links(tree_text);
     purge_old_generations();
     read_iface_types();
     // Device lines are read from files in the working directory; the fuzzer's own is another one.
@@ -154,7 +141,12 @@ void try_input(fuzz::Input input) {
     make_files(root, texts);
     take_inventory(texts[tree]);
     fuzz::check_records();
-    check_vlans();
+    for (vlan_set& set : configured.vlans) {
+        std::set<std::uint32_t> ids;
+        for (const vlan_entry& vlan : set.vlans) {
+            require(ids.insert(vlan.vlan_id).second, "a device has a VLAN once");
+        }
+    }
     tarnnet_release_info_SL(held);
     held = get_cached_info(nullptr);
     require(held != nullptr, "memory");
