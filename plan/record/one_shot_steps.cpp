@@ -44,8 +44,9 @@ void ask_distribution(const Host& host, Findings& findings) {
 
 void read_mounts(const Host& host, Findings& findings) {
     ExcludeFindings found = find_excludes(host);
+    std::vector<TarnACalculateHWNodeWarning>& warnings = findings.notes.warnings;
     findings.notes.excludes = std::move(found.excludes);
-    findings.notes.warnings = std::move(found.warnings);
+    warnings.insert(warnings.end(), found.warnings.begin(), found.warnings.end());
     findings.nfs_found = found.nfs_found;
     findings.reiserfs_found = found.reiserfs_found;
 }
@@ -74,21 +75,17 @@ void take(const Host& host, OneShotStep step, Findings& findings) {
     }
 }
 
-template <class Value>
-void append(std::vector<Value>& list, const std::vector<Value>& more) {
-    list.insert(list.end(), more.begin(), more.end());
-}
-
 }  // namespace
 
-StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd) {
-    const auto take_here = [&] {
-        Findings findings;
+StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd,
+                               Findings findings) {
+    const auto take_here = [&] {  // on the child's copy
         take(host, step, findings);
         return part_text(findings);
     };
     const BoundedTask task = run_bounded(take_here, limit_seconds, wake_fd);
     StepOutcome outcome;
+    outcome.findings = std::move(findings);
     if (task.end == BoundedTask::End::not_begun) {
         outcome.findings.failures.push_back({step, task.messages});
         return outcome;
@@ -96,30 +93,14 @@ StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_sec
     outcome.took_ms = task.took_ms;
     outcome.stopped = task.end == BoundedTask::End::stopped;
     outcome.ended = task.end == BoundedTask::End::finished;
-    Kiln::Result<Findings> findings = outcome.ended
-                                          ? parse_part<Findings>(task.text)
-                                          : Kiln::Reason{why_not_finished(task, limit_seconds)};
-    if (findings) {
-        outcome.findings = std::move(*findings);
+    Kiln::Result<Findings> found = outcome.ended
+                                       ? parse_part<Findings>(task.text)
+                                       : Kiln::Reason{why_not_finished(task, limit_seconds)};
+    if (found) {
+        outcome.findings = std::move(*found);
     } else {
-        outcome.findings.failures.push_back({step, findings.reason()});
+        outcome.findings.failures.push_back({step, found.reason()});
     }
-    outcome.findings.messages = task.messages;
+    outcome.findings.messages += task.messages;
     return outcome;
-}
-
-// What a step does not look for it has left as nothing.
-void add_findings(Findings& findings, const Findings& more) {
-    findings.quotaugidlimit += more.quotaugidlimit;
-    append<NetIface>(findings.ifaces, more.ifaces);
-    findings.distribution += more.distribution;
-    findings.hostname += more.hostname;
-    append(findings.ns_attrs.nameservers, more.ns_attrs.nameservers);
-    append(findings.ns_attrs.search_domains, more.ns_attrs.search_domains);
-    append(findings.notes.warnings, more.notes.warnings);
-    append(findings.notes.excludes, more.notes.excludes);
-    findings.nfs_found = findings.nfs_found || more.nfs_found;
-    findings.reiserfs_found = findings.reiserfs_found || more.reiserfs_found;
-    append(findings.failures, more.failures);
-    findings.messages += more.messages;
 }

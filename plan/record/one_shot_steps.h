@@ -13,8 +13,7 @@ struct StepOutcome {
     bool ended = false;    // the step came to its own end, with or without a failure
 };
 
-// Takes one step, for so many seconds at most and until `wake_fd` (or -1) can be read.
-StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd);
-
-// Adds what one step found to what others did.
-void add_findings(Findings& findings, const Findings& more);
+// Takes one step, for so many seconds at most and until `wake_fd` (or -1) can be read. What it
+// finds is added to what others did.
+StepOutcome take_one_shot_step(const Host& host, OneShotStep step, int limit_seconds, int wake_fd,
+                               Findings findings = {});

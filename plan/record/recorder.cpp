@@ -301,17 +301,20 @@ void Recorder::take_steps() {
         StepOutcome outcome;
         outcome.stopped = true;
         if (!stop_.requested()) {
-            outcome =
-                take_one_shot_step(sources_.host, row.step, step_limit_seconds, stop_.wake_fd());
+            outcome = take_one_shot_step(sources_.host, row.step, step_limit_seconds,
+                                         stop_.wake_fd(), summary.findings);
         }
         if (outcome.stopped) {
-            outcome = take_one_shot_step(sources_.host, row.step, interrupted_limit_seconds, -1);
+            outcome = take_one_shot_step(sources_.host, row.step, interrupted_limit_seconds, -1,
+                                         summary.findings);
         }
         for (const StepFailure& failure : outcome.findings.failures) {
-            complain(std::string(row.name) + ": " + failure.text);
+            if (failure.step == row.step) {
+                complain(std::string(row.name) + ": " + failure.text);
+            }
         }
-        say_lines(outcome.findings.messages);
-        add_findings(summary.findings, outcome.findings);
+        say_lines(outcome.findings.messages.substr(summary.findings.messages.size()));
+        summary.findings = std::move(outcome.findings);
     }
     summary.interrupted = stop_.requested();
     summary.at_ms = now_ms();
