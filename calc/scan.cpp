@@ -15,11 +15,45 @@ public:
           start_(clock.now()),
           schedule_(make_schedule(start_, spans.time, spans.period)) {}
 
-    std::optional<SampleFailure> take_passes(PhysParams& profile);
+    std::optional<SampleFailure> take_passes(PhysParams& profile) {
+        for (std::int32_t pass_no = 1;; ++pass_no) {
+            tell(pass_no - 1, 0);
+            const Sample sample = take_sample(host_);
+            keep_largest(profile, sample, pass_no);
+            const std::int32_t pause = sample.failure ? -1 : next_sleep(schedule_, clock_.now());
+            if (pause < 0) {
+                return sample.failure;
+            }
+            wait(pause, pass_no);
+        }
+    }
 
 private:
-    void tell(std::int32_t passes_done, std::int64_t next_pass_seconds);
-    void wait(std::int32_t seconds, std::int32_t passes_done);
+    void tell(std::int32_t passes_done, std::int64_t next_pass_seconds) {
+        if (observer_ == nullptr) {
+            return;
+        }
+        ScanProgress progress;
+        progress.elapsed_seconds = clock_.now() - start_;
+        progress.total_seconds = schedule_.end_time - start_;
+        progress.next_pass_seconds = next_pass_seconds;
+        progress.passes_done = passes_done;
+        observer_->progress(progress);
+    }
+
+    // With an observer, awake once a second to tell how far the scan is. The end stands fixed: a
+    // process that was stopped meanwhile does not sleep on for the time that it missed.
+    void wait(std::int32_t seconds, std::int32_t passes_done) {
+        if (observer_ == nullptr) {
+            clock_.sleep(seconds);
+            return;
+        }
+        const auto end = clock_.steady() + std::chrono::seconds(seconds);
+        for (auto time = clock_.steady(); time < end; time = clock_.steady()) {
+            tell(passes_done, std::chrono::ceil<std::chrono::seconds>(end - time).count());
+            clock_.sleep(1);
+        }
+    }
 
     const Host& host_;
     const Clock& clock_;
@@ -27,45 +61,6 @@ private:
     const std::int64_t start_;
     ScanSchedule schedule_;
 };
-
-std::optional<SampleFailure> Scan::take_passes(PhysParams& profile) {
-    for (std::int32_t pass_no = 1;; ++pass_no) {
-        tell(pass_no - 1, 0);
-        const Sample sample = take_sample(host_);
-        keep_largest(profile, sample, pass_no);
-        const std::int32_t pause = sample.failure ? -1 : next_sleep(schedule_, clock_.now());
-        if (pause < 0) {
-            return sample.failure;
-        }
-        wait(pause, pass_no);
-    }
-}
-
-void Scan::tell(std::int32_t passes_done, std::int64_t next_pass_seconds) {
-    if (observer_ == nullptr) {
-        return;
-    }
-    ScanProgress progress;
-    progress.elapsed_seconds = clock_.now() - start_;
-    progress.total_seconds = schedule_.end_time - start_;
-    progress.next_pass_seconds = next_pass_seconds;
-    progress.passes_done = passes_done;
-    observer_->progress(progress);
-}
-
-// With an observer, awake once a second to tell how far the scan is. The end stands fixed: a
-// process that was stopped meanwhile does not sleep on for the time that it missed.
-void Scan::wait(std::int32_t seconds, std::int32_t passes_done) {
-    if (observer_ == nullptr) {
-        clock_.sleep(seconds);
-        return;
-    }
-    const auto end = clock_.steady() + std::chrono::seconds(seconds);
-    for (auto time = clock_.steady(); time < end; time = clock_.steady()) {
-        tell(passes_done, std::chrono::ceil<std::chrono::seconds>(end - time).count());
-        clock_.sleep(1);
-    }
-}
 
 // While another exception is on its way, which is the one to be heard.
 void finish_quietly(ScanObserver& observer) noexcept {

@@ -6,16 +6,13 @@
 namespace tarnnet {
 
 vlan_naming_style style_of_word(const char* word) {
-    if (strcmp(word, "VLAN_NAME_TYPE_PLUS_VID") == 0) {
-        return VLAN_PLUS_VID;
+    constexpr const char* words[] = {"VLAN_NAME_TYPE_PLUS_VID", "VLAN_NAME_TYPE_RAW_PLUS_VID",
+                                     "VLAN_NAME_TYPE_PLUS_VID_NO_PAD"};
+    int style = VLAN_PLUS_VID;
+    while (style < VLAN_RAW_NO_PAD && strcmp(word, words[style]) != 0) {
+        ++style;
     }
-    if (strcmp(word, "VLAN_NAME_TYPE_RAW_PLUS_VID") == 0) {
-        return VLAN_RAW_PLUS_VID;
-    }
-    if (strcmp(word, "VLAN_NAME_TYPE_PLUS_VID_NO_PAD") == 0) {
-        return VLAN_PLUS_VID_NO_PAD;
-    }
-    return VLAN_RAW_NO_PAD;
+    return static_cast<vlan_naming_style>(style);
 }
 
 void vlan_device_name(char name[if_name_size], int style, const char* device, uint32_t vlan_id) {

@@ -145,29 +145,27 @@ void add_socket_warning(const Host& host, const SocketTables& tables, CheckFindi
     }
 }
 
-// The lines that `ls` prints for a directory: its name, what is in it, an empty line.
-std::uint64_t lines_for_directory(const std::string& path) {
-    const Kiln::Directory directory(opendir(path.c_str()));
-    std::uint64_t lines = 2;
+// What `ls` shows of a folder.
+std::vector<std::string> names_in(const std::string& folder) {
+    const Kiln::Directory directory(opendir(folder.c_str()));
+    std::vector<std::string> names;
     while (const dirent* entry = directory ? readdir(directory.get()) : nullptr) {
-        lines += entry->d_name[0] != '.' ? 1 : 0;
+        if (entry->d_name[0] != '.') {
+            names.emplace_back(entry->d_name);
+        }
     }
-    return lines;
+    return names;
 }
 
 void add_descriptors(const std::string& folder, DescriptorArguments& arguments) {
-    const Kiln::Directory directory(opendir(folder.c_str()));
-    while (const dirent* entry = directory ? readdir(directory.get()) : nullptr) {
-        if (entry->d_name[0] == '.') {
-            continue;
-        }
-        const std::string path = folder + "/" + entry->d_name;
+    for (const std::string& name : names_in(folder)) {
+        const std::string path = folder + "/" + name;
         struct stat info {};
         ++arguments.count;
         arguments.bytes += path.size() + 1 + sizeof(char*);
         if (stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
             ++arguments.directories;
-            arguments.listed_lines += lines_for_directory(path);
+            arguments.listed_lines += 2 + names_in(path).size();  // its name, and an empty line
         }
     }
 }
@@ -286,11 +284,8 @@ CheckFindings socket_warnings(const Host& host) {
 
 DescriptorArguments list_descriptors(const Host& host) {
     DescriptorArguments arguments;
-    const Kiln::Directory proc(opendir(host.paths.proc.c_str()));
-    while (const dirent* entry = proc ? readdir(proc.get()) : nullptr) {
-        if (entry->d_name[0] != '.') {
-            add_descriptors(host.paths.proc + "/" + entry->d_name + "/fd", arguments);
-        }
+    for (const std::string& name : names_in(host.paths.proc)) {
+        add_descriptors(host.paths.proc + "/" + name + "/fd", arguments);
     }
     return arguments;
 }

@@ -19,7 +19,7 @@ struct Made {
 };
 
 // As calc/container_config.cpp computes them; a line that is missing here is made from none.
-const std::vector<Made>& made() {
+const Made* find_made(const std::string& line) {
     static const std::vector<Made> rows = {
         {"NUMFILE", {"NUMTCPSOCK", "NUMOTHERSOCK", "NUMPTY", "AVNUMPROC"}},
         {"DCACHESIZE", {"NUMFILE"}, dentry_bytes_per_file},
@@ -32,7 +32,9 @@ const std::vector<Made>& made() {
         {"SLMMEMORYLIMIT",
          {"KMEMSIZE", "TCPRCVBUF", "OTHERSOCKBUF", "DGRAMRCVBUF", "PRIVVMPAGES", "LOCKEDPAGES"}},
     };
-    return rows;
+    const auto row = std::find_if(rows.begin(), rows.end(),
+                                  [&](const Made& candidate) { return line == candidate.line; });
+    return row == rows.end() ? nullptr : &*row;
 }
 
 std::string number_text(std::uint64_t number) {
@@ -98,12 +100,6 @@ std::string memory_limit(const std::vector<ConfigLine>& lines, double page, Conf
     }
     return "the sum of " + Kiln::join(", ", texts) + "; times " +
            factor_text(static_cast<double>(scales.memory));
-}
-
-const Made* find_made(const std::string& line) {
-    const auto row = std::find_if(made().begin(), made().end(),
-                                  [&](const Made& candidate) { return line == candidate.line; });
-    return row == made().end() ? nullptr : &*row;
 }
 
 }  // namespace

@@ -60,16 +60,17 @@ bool kernel_counts_descriptors(int proc_fd) {
 }  // namespace
 
 void LargestFigure::add(Figure figure, std::string_view name) {
-    is_empty_ = false;
-    if (!figure) {
-        is_known_ = false;
-    } else if (*figure > largest_.value) {
+    is_known_ = is_known_ && figure;
+    if (!largest_) {
+        largest_.emplace();
+    }
+    if (figure > largest_->value) {
         largest_ = {*figure, std::string(name)};
     }
 }
 
 std::optional<ProcessFigure> LargestFigure::largest() const {
-    return is_known_ && !is_empty_ ? std::optional(largest_) : std::nullopt;
+    return is_known_ ? largest_ : std::nullopt;
 }
 
 Figure ProcessUsage::descriptors_of(int proc_fd, std::int32_t pid) {

@@ -21,9 +21,8 @@ public:
     std::optional<ProcessFigure> largest() const;
 
 private:
-    ProcessFigure largest_;
+    std::optional<ProcessFigure> largest_;
     bool is_known_ = true;
-    bool is_empty_ = true;
 };
 
 // Of one pass: hand a new one to the memory scan for each.

@@ -10,16 +10,6 @@ using nlohmann::ordered_json;
 constexpr const char* hex_digits = "0123456789abcdef";
 constexpr const char* hex_member = "hex";
 
-// The one thing about a text that nlohmann refuses to write.
-bool is_utf8(const std::string& text) {
-    try {
-        static_cast<void>(ordered_json(text).dump());
-        return true;
-    } catch (const json::type_error&) {
-        return false;
-    }
-}
-
 std::string to_hex(const std::string& text) {
     std::string hex;
     hex.reserve(2 * text.size());
@@ -48,10 +38,13 @@ std::string from_hex(const std::string& hex) {
 }  // namespace
 
 ordered_json text_to_json(const std::string& text) {
-    if (is_utf8(text)) {
-        return text;
+    try {
+        ordered_json value = text;
+        static_cast<void>(value.dump());  // refuses what is no UTF-8, and nothing else
+        return value;
+    } catch (const json::type_error&) {
+        return {{hex_member, to_hex(text)}};
     }
-    return {{hex_member, to_hex(text)}};
 }
 
 ordered_json texts_to_json(const std::vector<std::string>& texts) {
