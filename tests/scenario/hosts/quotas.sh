@@ -18,7 +18,7 @@ while IFS='|' read -r table ids asked said; do
 done <<'END'
 /dev/null /012 ext4 rw,noquota,usrquota=x,grpquotas|0|
 /dev/null /012 ext4 usrquota,grpquota+/dev/zero /23 ext4 rw,usrquota|14000|ru /012,eu /012,rg /012,eg /012,ru /23,eu /23
-/dev/null /012 ext4 rw,grpquota|6000|rg /012,eg /012
+/dev/null /012 ext4 grpquota,rw|6000|rg /012,eg /012
 /dev/null /012 ext4 usrquota,quota+/dev/zero /23 ext4 usrquota|8000|ru /012,eu /012,ru /23,eu /23
 /dev/null /012 ext4 quota,grpquota+/dev/zero /23 ext4 usrquota|16000|ru /012,eu /012,rg /012,eg /012,ru /23,eu /23
 /dev/null /012 ext4 usrquota+/dev/null /34 ext4 grpquota|6000|ru /012,eu /012,ru /012,eu /012
