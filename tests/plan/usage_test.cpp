@@ -154,6 +154,7 @@ TEST(LocalMounts, AreThoseOfItsOwnDisks) {
     EXPECT_EQ(of({"nas:/x /net nfs4", "/dev/vdb /net/disk xfs", "/dev/vdc /nets xfs"}),
               (Texts{"/", "/nets"}));
     EXPECT_EQ(of({"/dev/vdb /data xfs", "nas:/x /data nfs"}), Texts{"/"});
+    EXPECT_EQ(of({"nas:/x /data nfs", "/dev/vdb /data xfs"}), Texts{"/"});
     EXPECT_EQ(of({"/dev/vdb /data xfs", "/dev/vdc /data ext3", "/dev/vdb /old xfs"}),
               (Texts{"/", "/data", "/old"}));
     EXPECT_EQ(of({"/dev/root / nfs", "/dev/vdb /scratch xfs"}), Texts{"/scratch"});

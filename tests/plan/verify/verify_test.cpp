@@ -221,7 +221,7 @@ TEST(Verify, TheGroupThatIsMeant) {
         EXPECT_TRUE(verdict_of("a.slice", host).all_fit);
     }
     host.put("a.slice/b/pids.max", "700\n");
-    host.put("a.slice/c/pids.max", "max\n");
+    host.put("a.slice/c/pids.max", "700\n");
     EXPECT_TRUE(verdict_of("a.slice", host).all_fit) << "there are several";
     // What cannot be read is said, and nothing is well then.
     put_group(host, "odd", {{"cgroup.controllers", ""}, {"pids.max", "5\n"}});
