@@ -1,6 +1,7 @@
 #include "plan/check/affected_lines.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "calc/container_config.h"
 
@@ -11,6 +12,16 @@ bool is_among(const Count& source, const TakenCounts& counts) {
     const CountField field = &source == &average_count ? &PhysParams::numproc : source.field;
     const std::size_t place = place_of(field);
     return place < sampled_count_number && counts.test(place);
+}
+
+bool has_any(const LineFacts& line, const TakenCounts& counts) {
+    return std::any_of(line.sources.begin(), line.sources.end(),
+                       [&](const Count* source) { return is_among(*source, counts); });
+}
+
+bool is_made_from(const LineFacts& line, std::string_view other) {
+    return std::any_of(line.sources.begin(), line.sources.end(),
+                       [&](const Count* source) { return source->line == other; });
 }
 
 template <class Lives>
@@ -26,10 +37,14 @@ std::vector<std::string> lines_that(Lives lives) {
 
 }  // namespace
 
+// What makes the open files too few makes what is computed from them too small.
 std::vector<std::string> lines_on(const TakenCounts& counts) {
+    const std::vector<LineFacts> lines = config_line_facts();
     return lines_that([&](const LineFacts& line) {
-        return std::any_of(line.sources.begin(), line.sources.end(),
-                           [&](const Count* source) { return is_among(*source, counts); });
+        return has_any(line, counts) ||
+               std::any_of(lines.begin(), lines.end(), [&](const LineFacts& other) {
+                   return is_made_from(line, other.name) && has_any(other, counts);
+               });
     });
 }
 

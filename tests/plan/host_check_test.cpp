@@ -1,5 +1,6 @@
 // What the check of a host notices.
 #include "plan/check/host_check.h"
+#include "plan/check/affected_lines.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -277,6 +278,13 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
               "LINES will be too high\n  end what holds them open (ls -l /proc/*/fd), or correct "
               "by hand\n");
     EXPECT_EQ(told(descriptor_warnings({1, 100001, 1, 10000}, 1000)), "") << "a tenth";
+}
+
+TEST(AffectedLines, AreThoseOfWhatIsMadeFromTheCountToo) {
+    EXPECT_EQ(Kiln::join(" ", lines_on({&PhysParams::numtcpsock})),
+              "NUMTCPSOCK NUMFILE DCACHESIZE KMEMSIZE TCPSNDBUF TCPRCVBUF SLMMEMORYLIMIT");
+    EXPECT_EQ(Kiln::join(" ", lines_on({&PhysParams::numproc})),
+              "NUMPROC AVNUMPROC NUMFILE DCACHESIZE KMEMSIZE SLMMEMORYLIMIT");
 }
 
 TEST(UserWarnings, AreForWhoIsNotRoot) {
