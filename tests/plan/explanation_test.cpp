@@ -78,6 +78,13 @@ TEST(Explanation, WhatNoPassCounts) {
     named.recording.summary->findings.reiserfs_found = true;  // it has no inodes
     EXPECT_EQ(line_of(named, "DISKINODES").basis, Basis::finding);
     EXPECT_EQ(line_of(named, "DISKINODES").value, "1500000:1650000");
+    named.recording.summary->findings.distribution = "";
+    named.recording.summary->findings.notes.warnings = {{0, "no script"}, {1, "another"}};
+    EXPECT_EQ(line_of(named, "DISTRIBUTION").remarks,
+              (Remarks{"the host did not name it", "no script"}));
+    named.recording.summary->findings.hostname = "a$b";
+    EXPECT_EQ(line_of(named, "HOSTNAME").remarks,
+              Remarks{"a shell that reads the configuration acts on this text"});
 }
 
 TEST(Explanation, NumbersThatDidNotFit) {

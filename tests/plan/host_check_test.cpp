@@ -224,20 +224,18 @@ TEST_F(CheckedHost, WhatPathLacks) {
         "PATH has relative" +
         why + "PATH has an empty word" + why;
     EXPECT_EQ(told(check_host(host_).findings), folder + remedy + strange);
-    ASSERT_TRUE(made_up_.shell("cd bin && rm iptables ps ip"));
+    ASSERT_TRUE(made_up_.shell("cd bin && rm iptables ps ip df"));
     answer(ps_step).out = "many\n";
     const HostCheck check = check_host(host_);
     EXPECT_TRUE(check.run_succeeds());
     EXPECT_EQ(told(check.findings),
               folder + ", and with it iptables: NUMIPTENT will be too low" + remedy +
                   "ps is missing: LINES will be too low\n  install ps (Debian: procps)\n"
-                  "ip is missing: NUMIPTENT will be too low\n  install ip (Debian: iproute2)\n" +
+                  "ip is missing: NUMIPTENT will be too low\n  install ip (Debian: iproute2)\n"
+                  "df is missing: LINES will be too low\n  install df (Debian: coreutils)\n" +
                   strange);
     const auto of = [](CountField field) { return TakenCounts().set(place_of(field)); };
-    EXPECT_EQ(told(missing_warnings({{"df", of(&PhysParams::diskspace)},
-                                     {"/usr/bin/ipcs", of(&PhysParams::shmpages)}},
-                                    "", {})),
-              "df is missing: DISKSPACE will be too low\n  install df (Debian: coreutils)\n"
+    EXPECT_EQ(told(missing_warnings({{"/usr/bin/ipcs", of(&PhysParams::shmpages)}}, "", {})),
               "/usr/bin/ipcs is missing: SHMPAGES will be too low\n"
               "  install /usr/bin/ipcs (Debian: util-linux)\n");
 }
@@ -252,9 +250,13 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
     put("net/tcp", 9001);
     EXPECT_EQ(told(socket_warnings(host_)), "") << "too few to matter";
     put("net/raw6", 500);
+    put("net/udp6", 0);
+    put("net/raw", 8);
+    put("net/udp", 4);
+    put("net/unix", 6);
     EXPECT_EQ(
         told(socket_warnings(host_)),
-        "NUMOTHERSOCK: nothing counts the 499 UDP and raw sockets of IPv6; only 0 are counted\n"
+        "NUMOTHERSOCK: nothing counts the 499 UDP and raw sockets of IPv6; only 15 are counted\n"
         "  raise LINES by hand, or use a larger --mem-scale\n");
     ASSERT_TRUE(made_up_.shell("rm net/raw6 && mkfifo net/raw6"));
     EXPECT_EQ(told(socket_warnings(host_)), "") << "a FIFO is not waited for";

@@ -215,12 +215,18 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     named.recording.passes[0].usage.emplace().tasks = 9;
     named.recording.summary.reset();
     const LimitsText some = text_of(Engine::podman, named);
-    EXPECT_EQ(some.complaints[0], "left out: the limit from memory in use (no pass has it)");
-    EXPECT_EQ(some.complaints[2],
-              "left out: the limit from cores in use (it takes two passes of one boot that have "
-              "it)");
-    EXPECT_EQ(some.complaints.back(),
-              "left out: FEATURES (there is no recording with its last line)");
+    EXPECT_EQ(some.complaints,
+              (Remarks{"left out: the limit from memory in use (no pass has it)",
+                       "left out: the limit from swap in use (no pass has it)",
+                       "left out: the limit from cores in use (it takes two passes of one boot "
+                       "that have it)",
+                       "left out: the limit from descriptors of one process (no pass has it)",
+                       "left out: the limit from locked memory of one process (no pass has it)",
+                       "left out: the limit from /dev/shm in use (no pass has it)",
+                       "left out: #IP_ADDRESS (there is no recording with its last line)",
+                       "left out: SEARCHDOMAIN (there is no recording with its last line)",
+                       "left out: NAMESERVER (there is no recording with its last line)",
+                       "left out: FEATURES (there is no recording with its last line)"}));
     EXPECT_FALSE(says(Engine::podman, named, "--memory"));
     const Remarks no_paths = {"the paths to leave out are not known: do not copy with this file"};
     EXPECT_EQ(text_of(Engine::rsync, named).complaints, no_paths);
@@ -252,6 +258,9 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
     }
     EXPECT_TRUE(nlohmann::json::accept(text_of(Engine::kubernetes, odd).text));
     EXPECT_TRUE(says(Engine::nspawn, odd, "# File: /etc/systemd/nspawn/server."));
+    EXPECT_TRUE(says(Engine::kubernetes, odd, R"("name": "server")"));
+    EXPECT_EQ(text_of(Engine::rsync, odd).complaints,
+              Remarks{"the path \"/mnt/a\\nb/*\" is left out: a line cannot hold it"});
 }
 
 TEST(Limits, APodTakesLess) {

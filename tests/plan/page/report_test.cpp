@@ -51,7 +51,8 @@ TEST(Printable, NothingMovesTheTerminal) {
     for (const auto& [text, shown] : rows) {
         EXPECT_EQ(printable(text), shown);
     }
-    EXPECT_EQ(harmless_lines("/\xe4\xad\n\t\x1b\x9b\u202e"), "/\xe4\xad\n\t\\x1b\\x9b\\u202e");
+    EXPECT_EQ(harmless_lines("\u00e4\xe4\xad\n\t\x1b\x9b\u202e"),
+              "\u00e4\xe4\xad\n\t\\x1b\\x9b\\u202e");
     EXPECT_EQ(harmless_lines("a\r\nb\r"), "a\r\nb\\x0d") << "the rows of a spreadsheet";
     EXPECT_EQ(printable_json("{\n\"\u00e4\u202e\U000e0001\x7f\"}"),
               "{\n\"\u00e4\\u202e\\udb40\\udc01\\u007f\"}");
