@@ -397,6 +397,23 @@ TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
     EXPECT_EQ(made.summary->findings.failures[0].text, why);
 }
 
+TEST_F(MadeUpRecorder, TakesAStepAgainThatASignalStopped) {
+    made_up_.put("mtab", "/dev/null /012 ext4 usrquota 0 0\n");
+    made_up_.answers["repquota -unv /012"].out = "user quotas\n---\n#0 -- 1 0 0 1 0 0\n";
+    const auto usual = made_up_.host.run;
+    made_up_.host.run = [&](const std::string& command, std::string& out, std::string& err) {
+        if (command.rfind("repquota", 0) == 0 && text_of(made_up_.path("asked")).empty()) {
+            made_up_.put("asked", "once");
+            kill(getppid(), SIGTERM);
+            pause();
+        }
+        return usual(command, out, err);
+    };
+    EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(recording().summary->findings.quotaugidlimit, 1);
+    EXPECT_TRUE(recording().summary->findings.failures.empty());
+}
+
 TEST_F(MadeUpRecorder, GoesOnWithOneThatStopped) {
     EXPECT_EQ(record({0, 0}), "");
     RecordingHeader header = recording().header;  // of this host
