@@ -113,6 +113,8 @@ TEST(Coverage, OfPassesThatWereNeverPlannedToBeMore) {
     const Coverage one = measure_coverage({recording_of({1}, {0, 0})});
     EXPECT_EQ(one.planned, 1);
     EXPECT_EQ(one.grade, 5);
+    EXPECT_EQ(coverage_in_words({14, 12, 1, 36610000, {}, 3}),
+              "coverage: 3 of 5, fair: 12 of 14 passes, longest gap 10:10:10, failed 1");
     NamedRecording uneven = recording_of({1, 1, 1, 1}, {300, 120});
     uneven.recording.passes[3].at_ms = 300000;
     EXPECT_EQ(measure_coverage({uneven}).planned, 4);
