@@ -54,16 +54,24 @@ TEST_F(Records, AreMadeGenericAndChangeInPlaceWhileNobodyHoldsThem) {
 }
 
 // What a holder sees must not change under it.
-TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
+TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferentAndStayWhenTheSame) {
     tarnnetif_info* old = set("eth0", IFU_HWADDR, "00:01");
     set("eth0", IFU_ADDRESSES, "10.0.0.1/24 10.0.0.2/24");
     set("eth0", IFU_CONF_ADDRESSES, "10.9.0.1");
     set("eth0", IFU_NETWORK_ID, "net1");
-    set("eth1", IFU_STATE, 1);
+    const tarnnetif_info* bare = set("eth1", IFU_STATE, 1);
+    const tarnnetif_info* listed = set("eth2", IFU_STATE, 1);
     hold();
+    EXPECT_EQ(set("eth0", IFU_HWADDR, "00:01"), old);
+    EXPECT_EQ(set("eth0", IFU_STATE, 0u), old);
+    EXPECT_EQ(set("eth0", 0, nullptr), old);
+    EXPECT_EQ(set("eth0", IFU_BRIDGE, nullptr), old);
+    EXPECT_EQ(old->generation, netinfo.next_generation);
+    EXPECT_NE(set("eth2", IFU_CONF_ADDRESSES, ""), listed) << "a list always changes";
+    EXPECT_NE(set("eth1", IFU_HWADDR, nullptr), bare) << "so does what is absent";
     tarnnetif_info* fresh = set("eth0", IFU_HWADDR, "00:02");
     ASSERT_NE(fresh, old);
-    EXPECT_EQ(names(), "eth0 eth1 ");
+    EXPECT_EQ(names(), "eth0 eth1 eth2 ");
     EXPECT_EQ(fresh->set_mask, old->set_mask);
     EXPECT_EQ(fresh->addr_generation, old->addr_generation);
     EXPECT_EQ(line_of(*fresh), "eth0 1 [10.0.0.1/24,10.0.0.2/24] [10.9.0.1] network=net1");
@@ -74,19 +82,6 @@ TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferent) {
     EXPECT_STREQ(old->hwaddr, "00:01");
     // A holder that goes on with what it holds reaches the replacement.
     EXPECT_EQ(update_tarnnetif_info_by_ptr(old, IFU_STATE, number_value(2)), fresh);
-}
-
-TEST_F(Records, StayWhenHeldAndTheValueIsTheSame) {
-    tarnnetif_info* record = set("eth0", IFU_HWADDR, "00:01");
-    tarnnetif_info* bare = set("eth1", IFU_STATE, 1);
-    hold();
-    EXPECT_EQ(set("eth0", IFU_HWADDR, "00:01"), record);
-    EXPECT_EQ(set("eth0", IFU_STATE, 0u), record);
-    EXPECT_EQ(set("eth0", 0, nullptr), record);
-    EXPECT_EQ(set("eth0", IFU_BRIDGE, nullptr), record);
-    EXPECT_EQ(record->generation, netinfo.next_generation);
-    EXPECT_NE(set("eth0", IFU_CONF_ADDRESSES, ""), record) << "a list always changes";
-    EXPECT_NE(set("eth1", IFU_HWADDR, nullptr), bare) << "so does what is absent";
 }
 
 TEST_F(Records, StartAnewWithoutItsDataWhenTheyStopBeingABridgeVlanOrPairDevice) {
