@@ -89,18 +89,14 @@ TEST(NetIfaceList, EthernetInterfacesAsText) {
     EXPECT_EQ(list.get_netif(), "ifname=eth0,dhcp=yes;ifname=eth1");
 }
 
-TEST(TarnHWCalc, RaisesAndTruncatesForOthersToo) {
-    std::int32_t counter = -5;
-    for (const auto& [value, raised] : {std::pair(-6, -5), {7, 7}, {-1, 7}}) {
-        TarnHWCalc::set_max(counter, value);
-        EXPECT_EQ(counter, raised) << value;
+TEST(TarnHWCalc, RaisesTruncatesAndPrintsForOthersToo) {
+    PhysParams p;
+    p.diskspace = -5;
+    for (const auto& [value, raised] : {std::pair(-6, -5), {-1, -1}, {-2, -1}}) {
+        TarnHWCalc::set_max(p.diskspace, value);
+        EXPECT_EQ(p.diskspace, raised) << value;
     }
     EXPECT_EQ(TarnHWCalc::check_overflow_parameter("NUMPROC", 3e9F), 2147483647);
-}
-
-TEST(TarnHWCalc, PrintsTheProfileUnsigned) {
-    PhysParams p;
-    p.diskspace = -1;
     testing::internal::CaptureStdout();
     TarnHWCalc().printPhysParams(p);
     EXPECT_NE(testing::internal::GetCapturedStdout().find("\ndiskspace: 4294967295\ndiskinodes: 0"),
