@@ -78,6 +78,10 @@ TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferentAndStayWhenTheSame) {
     EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), fresh);
     set("eth0", IFU_NETWORK_ID, nullptr);
     EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), nullptr);
+    set("eth0", IFU_ADDRESSES, "");
+    EXPECT_EQ(line_of(*set("eth0", IFU_CONF_ADDRESSES, " 10.9.0.2  10.9.0.3 ")),
+              "eth0 1 [] [10.9.0.2,10.9.0.3]")
+        << "each list starts anew in a generation";
     EXPECT_TRUE(netinfo.trash == old && old->generation == -1);
     EXPECT_STREQ(old->hwaddr, "00:01");
     // A holder that goes on with what it holds reaches the replacement.
