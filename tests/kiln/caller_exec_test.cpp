@@ -1,6 +1,7 @@
 #include "kiln/caller_exec.h"
 
 #include <fcntl.h>
+#include <sys/ptrace.h>
 
 #include "kiln/error.h"
 #include "kiln/files.h"
@@ -145,6 +146,18 @@ TEST(CallerExec, AnExitBeforeTheWaitIsNotFoundByTheTimeOut) {
     EXPECT_EQ(out.buffer, "x");
 }
 
+TEST(CallerExec, AStopOfATracedChildIsNotItsEnd) {
+    static pid_t traced = -1;
+    Caller caller("sleep 0.1; exit 3");
+    caller.before_loop = [](pid_t child) {
+        traced = child;
+        EXPECT_EQ(ptrace(PTRACE_SEIZE, child, nullptr, nullptr), 0);
+        EXPECT_EQ(ptrace(PTRACE_INTERRUPT, child, nullptr, nullptr), 0);
+        soon([](int) { ptrace(PTRACE_DETACH, traced, nullptr, nullptr); });
+    };
+    EXPECT_EQ(caller.call_with(nullptr, nullptr, nullptr), 3);
+}
+
 TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
     // Limit, whether to drain; result, bytes kept, bytes copied up to here.
     const std::tuple<unsigned long, bool, long, std::size_t, off_t> cases[] = {
@@ -174,11 +187,10 @@ int ends[2] = {-1, -1};
 TEST(WriteAll, GoesOnAfterAPartialWrite) {
     ASSERT_EQ(pipe(ends), 0);
     char text[65537] = "";
-    std::signal(SIGALRM, [](int) {
+    soon([](int) {
         char full[65536];  // what a pipe holds
         EXPECT_EQ(read(ends[0], full, sizeof full), 65536);
     });
-    ualarm(50000, 0);
     EXPECT_EQ(Kiln::write_all(ends[1], (std::string(65536, 'x') + "yz").data(), 65538), 0U);
     EXPECT_EQ(read(ends[0], text, sizeof text), 2);
     EXPECT_STREQ(text, "yz");

@@ -1,4 +1,4 @@
-// What the tests of kiln share: a process of a test's own and what it has open.
+// What the tests of kiln share: a process of a test's own, what a process has open, an alarm.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,4 +18,12 @@ void in_own_process(const Body& body) {
 inline long open_descriptors() {
     using Entries = std::filesystem::directory_iterator;
     return std::distance(Entries("/proc/self/fd"), Entries());
+}
+
+// Lets `action` happen once, in a signal handler, a moment from now.
+inline void soon(void (*action)(int)) {
+    struct sigaction handler = {};  // without SA_RESTART
+    handler.sa_handler = action;
+    sigaction(SIGALRM, &handler, nullptr);
+    ualarm(50000, 0);
 }
