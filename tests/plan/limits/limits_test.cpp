@@ -75,7 +75,7 @@ TEST(Limits, FloorsAndRounding) {
     const std::tuple<LimitKind, std::int64_t, std::int64_t> cases[] = {
         {LimitKind::memory, 54613, 64},  // 65,535.6 KiB
         {LimitKind::memory, 54614, 65},
-        {LimitKind::memory, INT64_MAX, (std::int64_t{1} << 43) - 1},
+        {LimitKind::memory, std::int64_t{1} << 60, (std::int64_t{1} << 43) - 1},
         {LimitKind::swap, 0, 0},
         {LimitKind::swap, 1, 1},
         {LimitKind::swap, 10 * 1024, 12},
