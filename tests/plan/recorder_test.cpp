@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <tuple>
 #include <utility>
@@ -80,6 +81,12 @@ TEST_F(RecordingFile, IsOnTheDiskLineByLineAndCutLaterWhereItCannotBeAtOnce) {
     struct stat folder = {};
     ASSERT_EQ(stat(made_up_.root.c_str(), &folder), 0);
     EXPECT_EQ(disk.folder, folder.st_ino) << "its name";
+    const std::filesystem::path here = std::filesystem::current_path();
+    std::filesystem::current_path(made_up_.root);
+    disk.folder = 0;
+    EXPECT_TRUE(RecordFile::open("in_here", Existing::refuse));
+    EXPECT_EQ(disk.folder, folder.st_ino) << "of a name alone";
+    std::filesystem::current_path(here);
     EXPECT_TRUE(file.append("one\n"));
     EXPECT_EQ(disk.bytes, 4);
     disk.waits = 0;

@@ -258,7 +258,7 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
     }
     EXPECT_TRUE(nlohmann::json::accept(text_of(Engine::kubernetes, odd).text));
     EXPECT_TRUE(says(Engine::nspawn, odd, "# File: /etc/systemd/nspawn/server."));
-    EXPECT_TRUE(says(Engine::kubernetes, odd, R"("name": "server")"));
+    EXPECT_TRUE(says(Engine::kubernetes, odd, "\n    \"name\": \"server\"")) << "of the Pod";
     EXPECT_EQ(text_of(Engine::rsync, odd).complaints,
               Remarks{"the path \"/mnt/a\\nb/*\" is left out: a line cannot hold it"});
 }
