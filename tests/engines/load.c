@@ -1,7 +1,8 @@
-// load REPORT [NAME=NUMBER]...: a server's work in little, known to the last thread: each kind in a
-// process of its own, so that the one that meets a limit fails alone. Writes to the file REPORT
-// what each could get, "up" when all have said it, and later that one was killed. Ends on SIGTERM.
-// Knows nothing of who measures or limits it.
+// load REPORT SHARED LOCKED FILES THREADS MEMORY WAIT BURN: a server's work in little, known to the
+// last thread: each kind in a process of its own, so that the one that meets a limit fails alone.
+// MiB of shared, locked and other memory; two processors are busy for BURN seconds, WAIT after the
+// start. Writes to the file REPORT what each could get, and "up" when all have said it. Ends on
+// SIGTERM. Knows nothing of who measures or limits it.
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -19,7 +20,7 @@
 #include <time.h>
 #include <unistd.h>
 
-enum { MIB = 1 << 20, NOBODY = 65534, KINDS = 7 };
+enum { MIB = 1 << 20, NOBODY = 65534, KINDS = 7, SIZED_KINDS = 5, REPORT = 2 };
 
 static const char* const shared_file = "/dev/shm/load";
 static char piece[MIB];
@@ -77,12 +78,13 @@ struct kind {
     long wanted;
 };
 
-// The largest comes last, so that it is the one that meets the limit of the whole.
+// The largest comes last of the sized ones, so that it is the one that meets the limit of the
+// whole.
 static struct kind kinds[KINDS] = {
     {"shared", more_shared, 0, 0},        {"locked", more_locked, 0, 0},
     {"files", more_descriptors, 3, 0},    {"threads", more_threads, 1, 0},
-    {"processor1", more_processor, 0, 1}, {"processor2", more_processor, 0, 1},
-    {"memory", more_memory, 0, 0},
+    {"memory", more_memory, 0, 0},        {"processor1", more_processor, 0, 1},
+    {"processor2", more_processor, 0, 1},
 };
 
 static time_t begin_burning;
@@ -98,7 +100,8 @@ static void burn(void) {
     }
 }
 
-static void be(struct kind* kind, int report) {
+// Says what it got, waits for the next one to be started, and stays.
+static void be(struct kind* kind) {
     char name[16];
     snprintf(name, sizeof name, "load-%s", kind->name);
     prctl(PR_SET_NAME, name);
@@ -108,48 +111,30 @@ static void be(struct kind* kind, int report) {
     if (setgroups(0, NULL) != 0 || setgid(NOBODY) != 0 || setuid(NOBODY) != 0) {
         _exit(1);
     }
-    // Its descriptors are to be these: 0, 1, and the pipe as 2.
-    dup2(report, 2);
-    close_range(3, ~0U, 0);
     while (kind->got < kind->wanted && kind->more()) {
         kind->got++;
     }
     const bool all = kind->got >= kind->wanted;
-    dprintf(2, "%s %ld of %ld%s%s\n", kind->name, kind->got, kind->wanted, all ? "" : ": ",
+    dprintf(REPORT, "%s %ld of %ld%s%s\n", kind->name, kind->got, kind->wanted, all ? "" : ": ",
             all ? "" : strerror(errno));
+    raise(SIGSTOP);
     if (kind->more == more_processor) {
         burn();
     }
     sleep_on(NULL);
 }
 
-static void start(struct kind* kind, FILE* report) {
-    int ends[2];
-    char line[128];
-    const pid_t process = pipe(ends) == 0 ? fork() : -1;
+static void start(struct kind* kind) {
+    const pid_t process = fork();
     if (process == 0) {
-        be(kind, ends[1]);
+        be(kind);
     }
     if (process < 0) {
-        fprintf(report, "%s 0 of %ld: %s\n", kind->name, kind->wanted, strerror(errno));
+        dprintf(REPORT, "%s 0 of %ld: %s\n", kind->name, kind->wanted, strerror(errno));
         return;
     }
-    close(ends[1]);
-    // The reading end stays open: the writing one is among the descriptors that were counted.
-    FILE* said = fdopen(ends[0], "r");
-    if (said != NULL && fgets(line, sizeof line, said) != NULL) {
-        fputs(line, report);
-    }
-}
-
-static long number_of(const char* name, char** wishes, long otherwise) {
-    const size_t length = strlen(name);
-    for (; *wishes != NULL; wishes++) {
-        if (strncmp(*wishes, name, length) == 0 && (*wishes)[length] == '=') {
-            return atol(*wishes + length + 1);
-        }
-    }
-    return otherwise;
+    waitpid(process, NULL, WUNTRACED);
+    kill(process, SIGCONT);
 }
 
 static void end(int signal_number) {
@@ -159,27 +144,25 @@ static void end(int signal_number) {
 }
 
 int main(int argc, char** argv) {
-    FILE* report = argc < 2 ? NULL : fopen(argv[1], "we");
-    if (report == NULL) {
-        fputs("usage: load REPORT [NAME=NUMBER]...\n", stderr);
+    const int report =
+        argc == 9 ? open(argv[1], O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644) : -1;
+    if (report < 0) {
+        fputs("usage: load REPORT SHARED LOCKED FILES THREADS MEMORY WAIT BURN\n", stderr);
         return 2;
     }
-    setvbuf(report, NULL, _IOLBF, 0);
-    begin_burning = time(NULL) + number_of("burn_after", argv + 2, 0);
-    end_burning = begin_burning + number_of("burn_for", argv + 2, 0);
+    // The descriptors of each are these: 0, 1 and the report.
+    dup2(report, REPORT);
+    close_range(REPORT + 1, ~0U, 0);
+    begin_burning = time(NULL) + atol(argv[7]);
+    end_burning = begin_burning + atol(argv[8]);
     unlink(shared_file);
     signal(SIGTERM, end);  // the first process of a container would not be ended without
-    for (struct kind* kind = kinds; kind < kinds + KINDS; kind++) {
-        kind->wanted = number_of(kind->name, argv + 2, kind->wanted);
-        if (kind->wanted > 0) {
-            start(kind, report);
+    for (int i = 0; i < KINDS; i++) {
+        if (i < SIZED_KINDS) {
+            kinds[i].wanted = atol(argv[2 + i]);
         }
+        start(&kinds[i]);
     }
-    fputs("up\n", report);
-    for (int status; waitpid(-1, &status, 0) > 0;) {
-        if (WIFSIGNALED(status)) {
-            fprintf(report, "one was killed by signal %d\n", WTERMSIG(status));
-        }
-    }
+    dprintf(REPORT, "up\n");
     sleep_on(NULL);
 }
