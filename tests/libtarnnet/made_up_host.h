@@ -195,10 +195,9 @@ inline Lines lines_of(const tarnnet_info* result) {
     return lines;
 }
 
-// The inventory of some kinds of a range of containers.
-inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, uint32_t max = 0,
-                       uint32_t kinds = IFT_ALL) {
-    tarnnet_filter* filter = tarnnet_get_simple_filter(kinds, nullptr, nullptr, nullptr, min, max);
+// The inventory of the host, or of it and the containers up to an id.
+inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t max = 0) {
+    tarnnet_filter* filter = tarnnet_get_simple_filter(IFT_ALL, nullptr, nullptr, nullptr, 0, max);
     tarnnet_info* result = tarnnet_get_info(flags, filter);
     tarnnet_release_filter(filter);
     Lines lines = lines_of(result);

