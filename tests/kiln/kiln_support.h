@@ -1,9 +1,8 @@
-// What the tests of kiln share: a process of a test's own, what a process has open, an alarm.
+// What the tests of kiln share: a process of a test's own, what a process has open.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 
 #include "tests/support/in_child.h"
@@ -18,12 +17,4 @@ void in_own_process(const Body& body) {
 inline long open_descriptors() {
     using Entries = std::filesystem::directory_iterator;
     return std::distance(Entries("/proc/self/fd"), Entries());
-}
-
-// Lets `action` happen once, in a signal handler, a moment from now.
-inline void soon(void (*action)(int)) {
-    struct sigaction handler = {};  // without SA_RESTART
-    handler.sa_handler = action;
-    sigaction(SIGALRM, &handler, nullptr);
-    ualarm(50000, 0);
 }
