@@ -59,11 +59,8 @@ TEST(Numbers, TruncationOfFloats) {
         {-1.99F, -1, UINT64_MAX},
         {2147483520.0F, 2147483520, 2147483520},
         {2147483648.0F, INT32_MAX, 2147483648},
-        {-2147483904.0F, INT32_MIN, UINT64_MAX - 2147483903},
         {std::nextafterf(0x1p63F, 0.0F), INT32_MAX, top - (std::uint64_t{1} << 39)},
         {std::nextafterf(0x1p63F, INFINITY), INT32_MAX, top + (std::uint64_t{1} << 40)},
-        {INFINITY, INT32_MAX, top},
-        {-INFINITY, INT32_MIN, top},
         {NAN, INT32_MIN, top},
     };
     for (const auto& [value, narrow, wide] : cases) {

@@ -101,8 +101,8 @@ TEST_F(FindSysconfig, TakesTheFileOfThatNameOrOneThatNamesTheDevice) {
     EXPECT_EQ(found("eth3"), scripts_ + "wan");
     EXPECT_EQ(found("eth4"), "none") << "of another name";
     EXPECT_EQ(found("eth5"), "none") << "other names begin alike, or it stands elsewhere";
-    // Files of the same names elsewhere are what is read, whatever they are.
-    write("elsewhere/ifcfg-wan", "DEVICE=eth8 \nDEVICE=eth9");
+    // Files of the same names elsewhere are what is read, whatever they are and however long.
+    write("elsewhere/ifcfg-wan", std::string(9000, '#') + "\nDEVICE=eth8 \nDEVICE=eth9");
     std::filesystem::current_path("elsewhere");
     ASSERT_EQ(mkfifo("ifcfg-eth0", 0600), 0);
     EXPECT_EQ(found("eth9"), scripts_ + "wan");
