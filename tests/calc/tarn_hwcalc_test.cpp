@@ -49,11 +49,7 @@ TEST(TarnHWCalc, FillsTheProfileOrSaysWhyNot) {
     calc.host.paths.mtab = made_up.root;
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_MTAB);
     EXPECT_EQ(calc.error_text, "Error opening '" + made_up.root + "': Is a directory");
-    calc.host.paths.proc = "/nonexistent/proc";
-    EXPECT_EQ(calc.calcMemInfoByVmSize(&profile), TarnHWCalc::ERR_PROC);
-    EXPECT_STREQ(calc.error_text, "Error opening /nonexistent/proc: No such file or directory");
     made_up.answers["df -k -l"] = {2, "", "100%s" + std::string(5000, 'x')};
-    calc.host.paths.proc = made_up.root;
     EXPECT_EQ(calc.calcPhysParams(&profile), TarnHWCalc::ERR_EXEC);
     EXPECT_EQ(calc.error_text, "Error running 'df -k -l':\n100%s" + std::string(4064, 'x'));
 }
@@ -63,19 +59,13 @@ TEST(TarnHWCalc, AsksTheDetectionScriptsInOrderAndTheDefaultOneLast) {
     TarnHWCalc calc;
     calc.host = made_up.host;
     calc.dist_detect_scripts = {made_up.path("a"), made_up.path("b")};
-    PhysParams profile;
-    auto& warnings = profile.notes.warnings;
-    calc.getDistribution(warnings);
-    const std::string missing = made_up.path("a") + ", " + made_up.path("b") + ", ";
-    EXPECT_NE(warnings.at(0).message.find("(" + missing), std::string::npos);
+    TarnHWCalc::Warnings warnings;
     made_up.put("a", "echo a; exit 3");
     made_up.put("detect", "echo last");
     EXPECT_EQ(calc.getDistribution(warnings), "last");
-    made_up.put("b", "echo b");
-    EXPECT_EQ(calc.getDistribution(warnings), "b");
     made_up.put("b", "");
     EXPECT_EQ(calc.getDistribution(warnings), "") << "an empty answer ends the search as well";
-    EXPECT_EQ(warnings.at(1).code, 0);
+    EXPECT_EQ(warnings.at(0).code, 0);
 }
 
 TEST(NetIfaceList, EthernetInterfacesAsText) {

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "inspect/exclude_rules.h"
 #include "inspect/mount_table.h"
 #include "inspect/net_ifaces.h"
 #include "inspect/quota_mgmt.h"
@@ -28,19 +27,6 @@ TEST(MountTable, IsReadAsTheSystemReadsIt) {
                 std::to_string(entry.options.size()) + "\n";
     }
     EXPECT_EQ(text, "/dev/sda1|/|ext4|10\n/dev/sdb1|/a b|vfat|0\nnone|||0\na|/l|b|4088\nz|/z||0\n");
-}
-
-// No rule makes such entries, but the rules know them.
-TEST(Excludes, KernelMountsThatAreRootsOrWholeCoverEverything) {
-    const MntFlags kernel(false, true), whole(false, false), network(true, true);
-    for (const char* root : {"/", ""}) {
-        for (const MntFlags& flags : {kernel, network}) {
-            ExcludeTable table = {{root, flags}};
-            add_exclude_dir(table, "/a", network);
-            EXPECT_EQ(table.size(), flags.flag ? 2U : 1U);
-        }
-    }
-    EXPECT_EQ(refactor_excludes({{"/p", whole}, {"/p/a/b", {true, false}}}).size(), 1U);
 }
 
 TEST(ShellWord, IsWhatTheShellHandsOn) {
@@ -68,18 +54,6 @@ TEST(NetIface, IsOfDhcpWhenThatIsTheFirstWord) {
         record.conf_addresses = configured;
         EXPECT_EQ(make_net_iface(record).dhcp, first == second);
     }
-}
-
-TEST(QuotaMgmt, ClearsWhatItWasGivenButTheMountPointItDoesNotKnow) {
-    MadeUpHost made_up;
-    made_up.put("mtab", "/dev/null /m ext4 rw");
-    const QuotaMgmt quotas(made_up.host);
-    std::string limits = "old", graces = "old", where = "old";
-    bool usr = true, grp = true;
-    EXPECT_EQ(quotas.quota_get_phys("/dev/null", limits, graces), 0);
-    EXPECT_EQ(quotas.quota_is_enabled_phys("/dev/zero", usr, grp, &where), -1);
-    EXPECT_TRUE(!usr && !grp);
-    EXPECT_EQ(limits + graces + where, "old");
 }
 
 // Each record as ID:BLOCKS,INODES with soft/hard/grace for both; the users, "|", the groups.
