@@ -3,7 +3,9 @@
 #include <semaphore.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <ctime>
 
 #include "log.h"

@@ -5,8 +5,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "made_up_host.h"
 #include "netinfo/link_facts.h"
 #include "netinfo/range_read.h"
