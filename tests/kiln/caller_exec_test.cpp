@@ -149,4 +149,21 @@ TEST(Connectors, LimitWhatTheyKeepAndSayWhetherToGoOn) {
     }
 }
 
+int ends[2] = {-1, -1};
+
+TEST(WriteAll, GoesOnAfterAPartialWrite) {
+    ASSERT_EQ(pipe(ends), 0);
+    char text[65537] = "";
+    struct sigaction make_room = {};  // without SA_RESTART
+    make_room.sa_handler = [](int) {
+        char full[65536];  // what a pipe holds
+        EXPECT_EQ(read(ends[0], full, sizeof full), 65536);
+    };
+    sigaction(SIGALRM, &make_room, nullptr);
+    ualarm(50000, 0);
+    EXPECT_EQ(Kiln::write_all(ends[1], (std::string(65536, 'x') + "yz").data(), 65538), 0U);
+    EXPECT_EQ(read(ends[0], text, sizeof text), 2);
+    EXPECT_STREQ(text, "yz");
+}
+
 }  // namespace

@@ -41,7 +41,8 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     write(std::string(state.host.network_dir) + "/ifcfg-far0",
           "BOOTPROTO=dhcp\nBOOTPROTO=dhcp6\n#dhcp BOOTPROTO=none\nbootproto=dhcp\n");
     EXPECT_EQ(inventory(), Lines{"far0 1 [] [dhcp,dhcp]"}) << "nothing of a live read that failed";
-    EXPECT_EQ(inventory(TARNNET_EVERYTHING, 12), Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp,dhcp]"})
+    EXPECT_EQ(inventory(TARNNET_EVERYTHING, 0, 12),
+              Lines{"far0 1 [] [10.9.0.1,10.9.0.2,dhcp,dhcp]"})
         << "without the live read, what is configured and marked is of one generation";
     EXPECT_EQ(lines_of(first), all) << "whatever inventories follow";
     tarnnet_release_info(first);

@@ -195,9 +195,10 @@ inline Lines lines_of(const tarnnet_info* result) {
     return lines;
 }
 
-// The inventory of the host, or of it and the containers up to an id.
-inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t max = 0) {
-    tarnnet_filter* filter = tarnnet_get_simple_filter(IFT_ALL, nullptr, nullptr, nullptr, 0, max);
+// The inventory of a range of containers.
+inline Lines inventory(uint32_t flags = TARNNET_EVERYTHING, uint32_t min = 0, uint32_t max = 0) {
+    tarnnet_filter* filter =
+        tarnnet_get_simple_filter(IFT_ALL, nullptr, nullptr, nullptr, min, max);
     tarnnet_info* result = tarnnet_get_info(flags, filter);
     tarnnet_release_filter(filter);
     Lines lines = lines_of(result);
