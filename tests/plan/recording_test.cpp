@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "plan/explain/explanation.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -34,23 +33,14 @@ TEST(Recording, DamageIsNamedWithItsLine) {
         {":1,", ":2,", "line 1: the format is another one than 1"},
         {"4096", "0", "line 1: \"page_size\"" + no_number},
         {"-03-", "-13-", "line 1: \"start\": not a time"},
-        {"\"x86_64\"", "7", "line 1: \"machine\": a text is missing"},
         {"fedc", "fedg", "line 1: \"host\": a text in hex has something else than digits"},
-        {"fedc", "fed", "line 1: \"host\": a text in hex has half a byte"},
         {"{\"at_ms\":4", "{}}\n{\"at_ms\":4", "line 2: this is not JSON"},
-        {"{\"at_ms\":4", "7\n{\"at_ms\":4", "line 2: this is no JSON object"},
-        {"\"pass\":1", "\"pass\":0", "line 3: \"pass\"" + no_number},
         {":120", ":2147483648", "line 3: \"counts\": \"numproc\"" + no_number},
         {"\"numproc\":120,", "", "line 3: a count is missing from a pass that did not fail"},
-        {"\"at_ms\":0", "\"at_ms\":-1", "line 3: \"at_ms\"" + no_number},
-        {"\"at_ms\":0", "\"at_ms\":true", "line 3: \"at_ms\"" + no_number},
         {"\"at_ms\":0", "\"at_ms\":18446744073709551615", "line 3: \"at_ms\"" + no_number},
         {"\"at_ms\":0", "\"at\":0", "line 3: \"at_ms\" is missing"},
-        {"{\"numproc\":7,\"numtcpsock\":-1}", "[]", "line 4: \"counts\": not an object"},
         {":true,\"findings\"", ":0,\"findings\"",
          "line 5: \"interrupted\": type must be boolean, but is number"},
-        {"\"nameservers\":[\"10.0.0.53\"]", "\"nameservers\":7",
-         "line 5: \"findings\": \"nameservers\": not a list"},
         {"\"step\":\"mounts\"", "\"step\":\"x\"",
          "line 5: \"findings\": \"failures\": \"step\": a step that is not known"},
     };
@@ -62,31 +52,14 @@ TEST(Recording, DamageIsNamedWithItsLine) {
         << "later programs may add lines and members";
 }
 
-// Cut or changed anywhere it is read or refused, and what is read can be explained.
-TEST(Recording, CutOrChangedAnywhereItIsReadOrRefused) {
-    const auto use = [](const Kiln::Result<Recording>& result) {
-        const std::vector<NamedRecording> recordings = {{"a.rec", result ? *result : Recording()}};
-        if (const Kiln::Result<CombinedScan> scan = combine(recordings); result && scan) {
-            explain(recordings, *scan, ConfigScales());
-        }
-    };
+TEST(Recording, CutAnywhereItHasTheLinesThatAreWhole) {
     const std::size_t passes[] = {0, 0, 0, 1, 2, 2, 2, 2};  // by the lines that are whole
-    for (std::size_t at = 0; at < every_line.size(); ++at) {
+    for (std::size_t at = every_line.find('\n') + 1; at < every_line.size(); ++at) {
         const std::string part = every_line.substr(0, at);
-        const auto lines = static_cast<std::size_t>(std::count(part.begin(), part.end(), '\n'));
-        const Kiln::Result<Recording> result = parse_recording(part);
-        ASSERT_EQ(static_cast<bool>(result), lines > 0) << at;
-        use(result);
-        if (lines > 0) {
-            EXPECT_EQ(result->passes.size(), passes[lines]);
-            EXPECT_EQ(result->torn, part.back() != '\n');
-            EXPECT_EQ(result->whole_size, part.rfind('\n') + 1);
-        }
-        for (const char byte : {'\0', '\n', '"', '9'}) {
-            std::string changed_text = every_line;
-            changed_text[at] = byte;
-            use(parse_recording(changed_text));
-        }
+        const Recording recording = parsed(part);
+        EXPECT_EQ(recording.passes.size(), passes[std::count(part.begin(), part.end(), '\n')]);
+        EXPECT_EQ(recording.torn, part.back() != '\n');
+        EXPECT_EQ(recording.whole_size, part.rfind('\n') + 1);
     }
 }
 
