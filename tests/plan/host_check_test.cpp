@@ -1,15 +1,12 @@
 // What the check of a host notices.
 #include "plan/check/host_check.h"
-#include "plan/check/affected_lines.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <tuple>
-#include <utility>
 
 #include "inspect/distribution.h"
 #include "kiln/strings.h"
@@ -18,7 +15,6 @@
 #include "plan/record/one_shot_steps.h"
 #include "plan/record/trusted_path.h"
 #include "plan/recording/finding.h"
-#include "plan/text/wrapped.h"
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -32,7 +28,6 @@ constexpr std::size_t iptables_step = 7;
 constexpr std::size_t df_step = 9;
 
 TEST(OutputShapes, WhatTheParsersCannotRead) {
-    const std::string no_pages = "it does not say how many pages are allocated";
     const std::tuple<std::size_t, std::string, const char*, std::string> cases[] = {
         {ps_step, "143\n", "", ""},
         {ps_step, "  143\n", "ps: not found\n", "it says \"ps: not found\""},
@@ -41,29 +36,17 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         {ls_step, "512\n", "ls: cannot access '/proc/9/fd/3'\n", ""},
         {ls_step, "0\n", "sh: ls: too long\n", "it says \"sh: ls: too long\""},
         {ipcs_step, "pages allocated 12\n", "", ""},
-        {ipcs_step, "pages allocated\n", "", no_pages},
-        {ipcs_step, "------ Shared Memory\n", "", no_pages},
+        {ipcs_step, "pages allocated\n", "", "it does not say how many pages are allocated"},
         {df_step, df_header + "/dev/a 100 20 80 20% /\ntmpfs 9 0 9 0% /run\n", "", ""},
         {df_step, df_header + "/dev/long\n 100 20 80 20% /\n", "",
          "the number in use is not the third word of \"/dev/long\""},
-        {df_step, df_header + "/dev/a 100 - 80 20% /\n", "",
-         "the number in use is not the third word of \"/dev/a 100 - 80 20% /\""},
-        {df_step, "Filesystem Type 1K-blocks Used\n", "",
-         "its third column is not the one in use: \"Filesystem Type 1K-blocks Used\""},
         {df_step, "Filesystem Type 1K-blocks Used Available Use% Mounted on\n", "",
          "its third column is not the one in use: "
          "\"Filesystem Type 1K-blocks Used Available Use% Mounted on\""},
-        {df_step, "", "", "it prints nothing"},
     };
     for (const auto& [step, out, err, objection] : cases) {
         EXPECT_EQ(check_shape(sample_steps[step], out, err).reason(), objection) << out;
     }
-}
-
-TEST(Wrapped, BlanksAndLongWordsStay) {
-    EXPECT_EQ(wrapped("a  b  ccccccccccc d  ", "* ", "  ", 8), "* a  b\n  ccccccccccc\n  d\n");
-    EXPECT_EQ(wrapped("\u00e9\u00e9\u00e9\u00e9 b", "* ", "  ", 8),
-              "* \u00e9\u00e9\u00e9\u00e9 b\n");
 }
 
 // What is said and what to do, without what comes from who runs the test, and where. Before it is
@@ -122,32 +105,22 @@ TEST_F(CheckedHost, NothingIsFoundOnAGoodOne) {
     EXPECT_EQ(check.steps[9].lines, std::vector<std::string>{"DISKSPACE"});
 }
 
-TEST_F(CheckedHost, EveryStepThatFailsIsNamedWithItsReason) {
-    for (std::size_t step = 0; step < sample_step_number; ++step) {
-        if (sample_steps[step].command == nullptr) {
-            continue;
-        }
-        const std::string begin =
-            std::string("Error running '") + sample_steps[step].command + "':";
-        const MadeUpHost::Answer usual =
-            std::exchange(answer(step), {1, "", "it does not want to\n"});
-        const HostCheck check = check_host(host_);
-        EXPECT_EQ(check.run_succeeds(), sample_steps[step].forgiven) << begin;
-        EXPECT_EQ(check.steps[step].result, begin + "\nit does not want to\n");
-        EXPECT_EQ(told(check.findings),
-                  sample_steps[step].forgiven
-                      ? "NUMIPTENT: " + begin +
-                            " it does not want to\n  a run goes on without it; see why it fails\n"
-                      : "");
-        answer(step).status = -1;
-        EXPECT_FALSE(check_host(host_).run_succeeds()) << "the command was not even run";
-        answer(step) = usual;
-    }
-    fs::remove_all(folder_);
+TEST_F(CheckedHost, AStepThatFailsIsNamedWithItsReason) {
+    const std::string begin = "Error running 'iptables -n -L -t filter | wc -l':";
+    answer(iptables_step) = {1, "", "it does not want to\n"};
     const HostCheck check = check_host(host_);
-    EXPECT_EQ(check.steps[4].result,
+    EXPECT_TRUE(check.run_succeeds());
+    EXPECT_EQ(check.steps[iptables_step].result, begin + "\nit does not want to\n");
+    EXPECT_EQ(told(check.findings), "NUMIPTENT: " + begin +
+                                        " it does not want to\n"
+                                        "  a run goes on without it; see why it fails\n");
+    answer(iptables_step).status = -1;
+    EXPECT_FALSE(check_host(host_).run_succeeds()) << "the command was not even run";
+    fs::remove_all(folder_);
+    const HostCheck empty = check_host(host_);
+    EXPECT_EQ(empty.steps[4].result,
               "Error opening " + host_.paths.proc + ": No such file or directory");
-    EXPECT_EQ(check.steps[11].result,
+    EXPECT_EQ(empty.steps[11].result,
               "Error opening '" + host_.paths.mtab + "': No such file or directory");
 }
 
@@ -157,26 +130,18 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
                                                        std::string& err) {
         return command == sample_steps[hanging].command ? pause() : usual(command, out, err);
     };
-    made_up_.host.host_name = [] {
-        usleep(20000);
-        return std::optional<std::string>("box");
-    };
-    const std::string gone = "none " + folder_ + "/gone none rw 0 0\n";
-    made_up_.put("mtab", gone + gone);  // only where df fails it is looked at
+    made_up_.put("mtab", "none " + folder_ + "/gone none rw 0 0\n");
     const HostCheck check = check_host(host_, 1);
+    EXPECT_EQ(told(check.findings), "") << "only where df fails the mounts are looked at";
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
     EXPECT_GE(check.steps[iptables_step].took_ms, 1000);
-    EXPECT_LT(check.steps[iptables_step].took_ms, 9000);
-    EXPECT_GE(check.steps.at(14).took_ms, 20) << check.steps[14].what;
     EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
     EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
-    EXPECT_EQ(told(check.findings), "");
 
     hanging = df_step;
     const HostCheck short_check = check_host(host_, 10, -1, 1);
     EXPECT_EQ(short_check.steps[df_step].result, "no answer within 1 s; it was left");
     EXPECT_EQ(short_check.steps[df_step + 1].result, "left out: the check has taken too long");
-    EXPECT_EQ(short_check.steps[12].result, "left out: the check has taken too long");
     EXPECT_EQ(
         told(short_check.findings),
         "the check ends after 1 s, and left out: inodes, which mounts answer, quotas, "
@@ -184,35 +149,13 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
         "of\n  see by tarnhwplan check what takes so long\n");
 }
 
-#ifndef __SANITIZE_ADDRESS__  // a sanitizer needs descriptors of its own
-TEST_F(CheckedHost, WhatCannotHaveAProcessHasFailed) {
-    rlimit usual = {};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
-    const rlimit none = {0, usual.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    made_up_.put("mtab", "none " + folder_ + "/gone none rw 0 0\n");
-    const HostCheck check = check_host(host_);
-    setrlimit(RLIMIT_NOFILE, &usual);
-    ASSERT_EQ(check.steps.size(), 17U);
-    for (const CheckedStep& step : check.steps) {
-        EXPECT_FALSE(step.succeeded || step.forgiven) << step.what;
-        EXPECT_NE(step.result.find("Too many open files"), std::string::npos) << step.result;
-    }
-    EXPECT_EQ(told(check.findings),
-              "too few files may be open at once to look at everything: Too many open files\n"
-              "  raise the limit: ulimit -n 1024\n");
-}
-#endif
-
 TEST_F(CheckedHost, WhatPathLacks) {
     ASSERT_TRUE(
         made_up_.shell("cp -r bin sbin && cd sbin && rm ps wc cat ls ip df && cd .. && "
-                       "ln -s sbin other && ln -s bin again && mkdir -p open/within && "
-                       "chmod 777 open"));
-    made_up_.host.paths.program_folders = {folder_ + "/again", folder_ + "/sbin",
-                                           folder_ + "/other", folder_ + "/none"};
+                       "ln -s bin again && mkdir -p open/within && chmod 777 open"));
+    made_up_.host.paths.program_folders = {folder_ + "/again", folder_ + "/sbin"};
     const std::string within = folder_ + "/open/within";
-    setenv("PATH", (folder_ + "/bin:" + within + ":/nonexistent:relative::").c_str(), 1);
+    setenv("PATH", (folder_ + "/bin:" + within + ":relative::").c_str(), 1);
     const std::string folder = "PATH lacks " + folder_ + "/sbin";
     const std::string remedy = "\n  export PATH=\"$PATH:" + folder_ + "/sbin\"\n";
     const std::string why =
@@ -234,10 +177,6 @@ TEST_F(CheckedHost, WhatPathLacks) {
                   "ip is missing: NUMIPTENT will be too low\n  install ip (Debian: iproute2)\n"
                   "df is missing: LINES will be too low\n  install df (Debian: coreutils)\n" +
                   strange);
-    const auto of = [](CountField field) { return TakenCounts().set(place_of(field)); };
-    EXPECT_EQ(told(missing_warnings({{"/usr/bin/ipcs", of(&PhysParams::shmpages)}}, "", {})),
-              "/usr/bin/ipcs is missing: SHMPAGES will be too low\n"
-              "  install /usr/bin/ipcs (Debian: util-linux)\n");
 }
 
 TEST_F(CheckedHost, SocketsThatNothingCounts) {
@@ -247,8 +186,7 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
     EXPECT_EQ(told(socket_warnings(host_)),
               "NUMTCPSOCK: nothing counts the 300 TCP sockets of IPv6; only 100 are counted\n"
               "  raise LINES by hand, or use a larger --mem-scale\n");
-    put("net/tcp", 9001);
-    EXPECT_EQ(told(socket_warnings(host_)), "") << "too few to matter";
+    put("net/tcp6", 0);
     put("net/raw6", 500);
     put("net/udp6", 0);
     put("net/raw", 8);
@@ -258,8 +196,6 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
         told(socket_warnings(host_)),
         "NUMOTHERSOCK: nothing counts the 499 UDP and raw sockets of IPv6; only 15 are counted\n"
         "  raise LINES by hand, or use a larger --mem-scale\n");
-    ASSERT_TRUE(made_up_.shell("rm net/raw6 && mkfifo net/raw6"));
-    EXPECT_EQ(told(socket_warnings(host_)), "") << "a FIFO is not waited for";
 }
 
 TEST_F(CheckedHost, DescriptorsAsArguments) {
@@ -270,23 +206,13 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
     EXPECT_EQ(listed.directories, 1U);
     EXPECT_EQ(listed.listed_lines, 7U);
 
-    EXPECT_EQ(told(descriptor_warnings({750, 10, 0, 0}, 1000)), "");
     EXPECT_EQ(told(descriptor_warnings({751, 10, 0, 0}, 1000)),
               "the names of 10 open descriptors take 751 bytes, a command gets 1,000: beyond that "
               "LINES will be floors\n  raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576\n");
-    EXPECT_EQ(told(descriptor_warnings({1, 8000, 1, 1313}, 1000)), "") << "below the floor of 9312";
     EXPECT_EQ(told(descriptor_warnings({1, 8000, 1, 1314}, 1000)),
               "1 descriptors are of directories: ls lists what is in them, 1,314 lines, and "
               "LINES will be too high\n  end what holds them open (ls -l /proc/*/fd), or correct "
               "by hand\n");
-    EXPECT_EQ(told(descriptor_warnings({1, 100001, 1, 10000}, 1000)), "") << "a tenth";
-}
-
-TEST(AffectedLines, AreThoseOfWhatIsMadeFromTheCountToo) {
-    EXPECT_EQ(Kiln::join(" ", lines_on({&PhysParams::numtcpsock})),
-              "NUMTCPSOCK NUMFILE DCACHESIZE KMEMSIZE TCPSNDBUF TCPRCVBUF SLMMEMORYLIMIT");
-    EXPECT_EQ(Kiln::join(" ", lines_on({&PhysParams::numproc})),
-              "NUMPROC AVNUMPROC NUMFILE DCACHESIZE KMEMSIZE SLMMEMORYLIMIT");
 }
 
 TEST(UserWarnings, AreForWhoIsNotRoot) {
@@ -339,21 +265,17 @@ protected:
 TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
     const std::string anybody = " may have been put there by anybody: others may write its folder";
     const std::string his = " belongs to user 65534 (mallory)";
-    const std::string group = " may be written by group ";
     const std::pair<std::string, std::string> cases[] = {
         {"true", answer_},  // it sees its own name, and no argument
         {"chmod 602 usr/share/script", "usr/share/script may be written by everybody"},
-        {"chmod 720 usr/share", "usr/share" + group + std::to_string(getegid())},
-        {"mv usr .. && ln -s ../usr usr", answer_},
         {"mv usr .. && ln -s ../usr usr && chmod 777 ../usr", "../usr may be written by everybody"},
         {"chmod 1777 usr/share", "usr/share/script" + anybody},
         {"rm usr/share/script && mkfifo usr/share/script", "usr/share/script is no file"},
         {"mv usr real && ln -s real usr", answer_},
         {"mv usr real && ln -s real usr && ln usr ../second", "usr" + anybody},
-        {"mv usr real && ln -s real usr && chown -h 65534 usr", "usr" + his},
         {"chown 65534 usr/share/script", "usr/share/script" + his},
-        {"chown 65534 usr/share", "usr/share" + his},
-        {"chgrp 50 usr/share && chmod 775 usr/share", "usr/share" + group + "50 (staff)"},
+        {"chgrp 50 usr/share && chmod 775 usr/share",
+         "usr/share may be written by group 50 (staff)"},
         {"chown 65534 usr && rm usr/share/script", ""},
     };
     for (const auto& [change, expected] : cases) {
