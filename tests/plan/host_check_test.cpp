@@ -273,6 +273,7 @@ TEST_F(DetectionScript, IsRunAsItWasUnlessOthersHaveItInTheirHands) {
         {"rm usr/share/script && mkfifo usr/share/script", "usr/share/script is no file"},
         {"mv usr real && ln -s real usr", answer_},
         {"mv usr real && ln -s real usr && ln usr ../second", "usr" + anybody},
+        {"mv usr real && ln -s real usr && chown -h 65534 usr", "usr" + his},
         {"chown 65534 usr/share/script", "usr/share/script" + his},
         {"chgrp 50 usr/share && chmod 775 usr/share",
          "usr/share may be written by group 50 (staff)"},
