@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/plan/recordings.h"
 
 namespace {
@@ -50,17 +48,6 @@ TEST(Recording, DamageIsNamedWithItsLine) {
     const std::string later = changed(every_line, "\"pass\"", "\"later\":null,\"pass\"");
     EXPECT_EQ(parsed(changed(later, "{\"at_ms\"", "{\"later\":[]}\n{\"at_ms\"")).passes.size(), 3U)
         << "later programs may add lines and members";
-}
-
-TEST(Recording, CutAnywhereItHasTheLinesThatAreWhole) {
-    const std::size_t passes[] = {0, 0, 0, 1, 2, 2, 2, 2};  // by the lines that are whole
-    for (std::size_t at = every_line.find('\n') + 1; at < every_line.size(); ++at) {
-        const std::string part = every_line.substr(0, at);
-        const Recording recording = parsed(part);
-        EXPECT_EQ(recording.passes.size(), passes[std::count(part.begin(), part.end(), '\n')]);
-        EXPECT_EQ(recording.torn, part.back() != '\n');
-        EXPECT_EQ(recording.whole_size, part.rfind('\n') + 1);
-    }
 }
 
 }  // namespace
