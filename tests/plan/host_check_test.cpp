@@ -206,6 +206,7 @@ TEST_F(CheckedHost, DescriptorsAsArguments) {
     EXPECT_EQ(listed.directories, 1U);
     EXPECT_EQ(listed.listed_lines, 7U);
 
+    EXPECT_EQ(told(descriptor_warnings({750, 10, 0, 0}, 1000)), "");
     EXPECT_EQ(told(descriptor_warnings({751, 10, 0, 0}, 1000)),
               "the names of 10 open descriptors take 751 bytes, a command gets 1,000: beyond that "
               "LINES will be floors\n  raise the limit: ulimit -Hs unlimited; ulimit -Ss 24576\n");
