@@ -124,7 +124,7 @@ protected:
         const StopSignals stop;
         sources_.host = made_up_.host;
         const std::string no_folder = made_up_.path("none");
-        sources_.usage.paths = {no_folder, no_folder, no_folder};
+        sources_.usage.paths = {made_up_.path("usage"), no_folder, no_folder};
         Recorder recorder(*opened, sources_, stop);
         try {
             recorder.record(spans);
@@ -252,6 +252,7 @@ TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
                  "/dev/null /012 ext4 usrquota 0 0\n/dev/gone /gone ext4 usrquota 0 0\n"
                  "nas:/x /x nfs rw 0 0\n");
     made_up_.put("dns", "search a.example b.example\nnameserver 192.0.2.53\n");
+    made_up_.put("usage/uptime", "4000000000000000.00 1.00\n");  // beyond belief
     made_up_.answers["repquota -unv /012"].out = "user quotas\n---\n#0 -- 1 0 0 1 0 0\n";
     Moments now;
     sources_.time = now.sources();
