@@ -99,6 +99,7 @@ TEST(RecordingClock, GoesOnWhereARecordingStoppedAndIsNeverSet) {
         {"the same boot, whatever the clock says", "one", -day_ms, 905000, true},
         {"a reboot: the wall clock", "two", 900000, 900000, true},
         {"a clock that is behind", "two", 500000, 1510000, false},
+        {"30 days are a long time", "two", 30 * day_ms + 600000, 30 * day_ms + 600000, true},
         {"a clock that was set", "two", 30 * day_ms + 600001, 1510000, false},
     };
     for (const auto& [what, boot_id, wall_since_start_ms, now_ms, is_believed] : cases) {
