@@ -10,7 +10,8 @@
 namespace {
 
 LineExplanation line_of(const NamedRecording& named, const std::string& name) {
-    for (const LineExplanation& line : explained({named}).lines) {
+    const Explanation explanation = explain({named}, combined({named}), {});
+    for (const LineExplanation& line : explanation.lines) {
         if (line.name == name) {
             return line;
         }

@@ -55,10 +55,6 @@ inline CombinedScan combined(const std::vector<NamedRecording>& recordings) {
     return *combine(recordings);
 }
 
-inline Explanation explained(const std::vector<NamedRecording>& recordings) {
-    return explain(recordings, combined(recordings), {});
-}
-
 inline Recording parsed(const std::string& text) {
     const Kiln::Result<Recording> result = parse_recording(text);
     EXPECT_EQ(result.reason(), "");
