@@ -28,14 +28,11 @@ limits=(
     --hostname=db1.example.org
 # NAMESERVER
     --dns=192.0.2.53
-# NAMESERVER
-    --dns=2001:db8::53
 # SEARCHDOMAIN
     --dns-search=example.org
 # The server has NFS mounts. They are among these, which are not to be copied (network, removable,
 #   loop and bind mounts): bind those that the container needs.
 #    --volume='/mnt/My 50% [old] \ "Data":/mnt/My 50% [old] \ "Data"'
-#    --volume=/mnt/data:/mnt/data
 )
 
 # disk: 7,500,000 KiB (7.2 GiB), at most 8,250,000 KiB (7.9 GiB); DISKSPACE, times 1.5, a tenth in
