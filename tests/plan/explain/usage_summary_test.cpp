@@ -40,23 +40,6 @@ NamedRecording counting(const Readings& readings) {
     return named;
 }
 
-TEST(UsageSummary, PercentilesAreValuesThatWereSeen) {
-    std::vector<UsageValue> values(101);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        values[i].value = static_cast<double>((i * 7) % 101 + 1);  // 1 to 101 in some order
-    }
-    values[57].value = values[3].value = 200;  // instead of 97 and 22
-    values[57].pass = 58;
-    values[3].pass = 4;
-    const UsageSummary summary = summarize_usage(values, 95);
-    EXPECT_EQ(summary.values, 101U);
-    EXPECT_EQ(summary.median, 52);
-    EXPECT_EQ(summary.percentile, 98);
-    EXPECT_EQ(summary.peak->pass, 4) << "the first of the largest";
-    EXPECT_EQ(summarize_usage(values, 100).percentile, 200);
-    EXPECT_EQ(summarize_usage(UsageSeries{values})[0].percentile, 98) << "the usual one";
-}
-
 TEST(UsageSummary, ACounterThatDidNotGrowOnBeginsAnew) {
     const std::pair<Readings, Values> cases[] = {
         {{{5000, 1000}, {5000, 2000}}, {}},                     // no time passed
@@ -132,20 +115,6 @@ TEST(UsageSection, IsOfTheNewestMachine) {
     EXPECT_EQ(machine_of({named, other}), "machine: 16 processors, no swap");
     other.recording.header.start += 15;  // of two of one moment the later one
     EXPECT_EQ(machine_of({named, other}), "machine: 2 processors, no swap");
-}
-
-TEST(UsageSection, ALineLargerThanTheMachine) {
-    ConfigLine line = *find_line(compute_config({}, {}, 4096), "PRIVVMPAGES");
-    Hardware hardware;
-    hardware.memory_kib = 3 << 20;
-    hardware.swap_kib = 1 << 20;
-    line.limit = 1 << 20;  // pages of 4 KiB
-    EXPECT_EQ(larger_than_machine(line, hardware, 4096), std::nullopt);
-    line.limit += 1 << 18;
-    EXPECT_EQ(larger_than_machine(line, hardware, 4096),
-              "5.0 GiB of 4.0 GiB that the machine has: computed from virtual sizes");
-    line.limit = UINT64_MAX;  // a negative number
-    EXPECT_EQ(larger_than_machine(line, hardware, 4096), std::nullopt);
 }
 
 }  // namespace

@@ -40,7 +40,6 @@ TEST(Limits, FactorsAreThoseThatAreWritten) {
     const std::tuple<std::int64_t, double, std::int64_t, std::int64_t> cases[] = {
         {10, static_cast<double>(1.2F), 1, 12},
         {11, 1.2, 1, 14},  // 13.2
-        {1025, 1, 1024, 2},
         {INT64_MAX, 1.2, 1, INT64_MAX},
         {INT64_MAX, 0.999999, 100000, 92233628134828},  // 92,233,628,134,827.39
         {999999, 123.456, 1, 123455877},                // 123,455,876.544
@@ -107,18 +106,6 @@ TEST(Limits, SharesOfTheProcessors) {
     EXPECT_EQ(sheet[LimitKind::cpu_share]->value, 200);
     EXPECT_EQ(sheet[LimitKind::cpu_share]->source,
               "50th percentile of 4 values: 1.00 cores, times 2");
-}
-
-TEST(Limits, ThePeriodInWords) {
-    const std::pair<ScanSpans, const char*> spans[] = {{{1000000, 90}, " 90 seconds,"},
-                                                       {{1000000, 60}, " 1 minute,"},
-                                                       {{1000000, 129600}, " 36 hours,"},
-                                                       {{600, 3600}, " 10 minutes,"}};
-    for (const auto& [of_scan, words] : spans) {
-        NamedRecording named = small_server();
-        named.recording.header.spans = of_scan;
-        EXPECT_NE(sheet_of(named).notes.at(2).find(words), std::string::npos) << words;
-    }
 }
 
 TEST(Limits, SwapThatWasUsed) {
@@ -240,7 +227,6 @@ TEST(Limits, QuotedAsEachFormatWantsIt) {
     for (const char* name : {"", "-a", "a-", "a.", ".a", "a_b", "A", "a b"}) {
         EXPECT_FALSE(is_dns_name(name)) << name;
     }
-    EXPECT_FALSE(is_dns_label(std::string(64, 'a')));
     EXPECT_TRUE(is_host_name("DB_1.x"));
     for (const char* name : {"$(reboot)", "a b", "-h", "a..b", "db\xC3\xA9", "a\nb"}) {
         EXPECT_FALSE(is_host_name(name)) << name;
