@@ -206,8 +206,6 @@ TEST(Limits, APodTakesLess) {
                        "NAMESERVER \"192.0.2.4\" is left out: a Pod takes 3",
                        "SEARCHDOMAIN \"Example.org\" is left out: it is no domain of small "
                        "letters"}));
-    findings.notes.excludes = {{true, "/a\rb"}, {true, "a"}, {true, ""}};
-    EXPECT_EQ(text_of(Engine::rsync, named).complaints.size(), 3U);
 }
 
 TEST(Limits, QuotedAsEachFormatWantsIt) {
@@ -224,9 +222,6 @@ TEST(Limits, QuotedAsEachFormatWantsIt) {
         EXPECT_FALSE(is_plain_path(path)) << path;
     }
     EXPECT_TRUE(is_plain_path("/caf\xC3\xA9"));
-    for (const char* name : {"", "-a", "a-", "a.", ".a", "a_b", "A", "a b"}) {
-        EXPECT_FALSE(is_dns_name(name)) << name;
-    }
     EXPECT_TRUE(is_host_name("DB_1.x"));
     for (const char* name : {"$(reboot)", "a b", "-h", "a..b", "db\xC3\xA9", "a\nb"}) {
         EXPECT_FALSE(is_host_name(name)) << name;

@@ -8,12 +8,8 @@
 
 namespace {
 
-std::string sums_of(const std::vector<UsageTrack>& tracks) {
-    std::vector<const UsageTrack*> pointers;
-    for (const UsageTrack& track : tracks) {
-        pointers.push_back(&track);
-    }
-    const std::optional<FleetUsage> usage = sum_usage(pointers);
+std::string sums_of(const std::vector<const UsageTrack*>& tracks) {
+    const std::optional<FleetUsage> usage = sum_usage(tracks);
     if (!usage) {
         return "none";
     }
@@ -27,16 +23,16 @@ std::string sums_of(const std::vector<UsageTrack>& tracks) {
 
 TEST(FleetUsage, AValueHoldsUntilTheNextOneAndToTheEnd) {
     const UsageTrack silent;
-    EXPECT_EQ(sums_of({silent}), "none");
+    EXPECT_EQ(sums_of({&silent}), "none");
     const UsageTrack early{{{0, 10}, {100, 30}, {200, 20}}, 250};
     const UsageTrack late{{{150, 5}, {260, 50}}, 260};
-    EXPECT_EQ(sums_of({early, late, silent}),
+    EXPECT_EQ(sums_of({&early, &late, &silent}),
               "2 servers: 10 at 0, 30 at 100, 35 at 150, 25 at 200, 25 at 250, 5 at 250, 50 at 260,"
               " at most 50 at 260, each 80");
     // What ends at a moment is still there in it, and the first of the largest counts.
     const UsageTrack one{{{0, 7}}, 100};
     const UsageTrack other{{{100, 7}, {200, 14}}, 200};
-    EXPECT_EQ(sums_of({one, other}),
+    EXPECT_EQ(sums_of({&one, &other}),
               "2 servers: 7 at 0, 14 at 100, 7 at 100, 14 at 200, at most 14 at 100, each 21");
 }
 

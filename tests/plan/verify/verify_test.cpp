@@ -214,8 +214,6 @@ TEST(Verify, TheGroupThatIsMeant) {
     ASSERT_EQ(mkfifo(host.path("odd/cpu.stat").c_str(), 0600), 0);
     EXPECT_FALSE(verdict_of("odd", host).all_fit);
     EXPECT_EQ(verdict_of("odd", host).remarks.back(), "cpu.stat: it is a FIFO");
-    // A whole path to a group elsewhere.
-    EXPECT_EQ(read_control_group(host.path("a.slice"), "/nowhere").reason(), "");
 }
 
 TEST(Verify, AFolderThatIsNoGroupIsRefused) {
