@@ -15,17 +15,20 @@ namespace {
 TEST(Thinning, KeepsEveryPeakAndTheEnds) {
     const std::int64_t passes = 2016;
     for (std::int64_t odd = 0; odd < passes; odd += 13) {
+        const std::int64_t low = (odd + 1000) % passes;
         std::vector<ReportPoint> points;
         for (std::int64_t pass = 0; pass < passes; ++pass) {
-            points.push_back({pass, pass == odd ? 900 : 100 + pass % 7});
+            points.push_back({pass, pass == odd ? 900 : pass == low ? 1 : 100 + pass % 7});
         }
-        std::map<std::int64_t, std::int64_t> kept;
+        std::map<std::int64_t, std::int64_t> kept = {{-1, 0}};  // one before all
         for (const ReportPoint& point : thinned(points, 200)) {
+            EXPECT_LT(kept.rbegin()->first, point.seconds) << "in their order";
             kept[point.seconds] = point.value;
         }
-        EXPECT_LE(kept.size(), 200U);
-        EXPECT_GE(kept.size(), 190U);
+        EXPECT_LE(kept.size(), 201U);
+        EXPECT_GE(kept.size(), 191U);
         EXPECT_EQ(kept.count(0) + kept.count(passes - 1), 2U) << "the ends";
+        EXPECT_EQ(kept[low], 1);
         EXPECT_EQ(kept[odd], 900);
     }
 }
