@@ -76,7 +76,6 @@ TEST(UsageSummary, WhatIsMissingCostsItsValueAlone) {
     EXPECT_EQ(values_of({named}, UsageQuantity::cpu_pressure), (Values{0.001, 0.003}));
     named.recording.passes[1].usage->disk_written_bytes.reset();
     EXPECT_EQ(values_of({named}, UsageQuantity::disk_bytes), Values{4000});
-    EXPECT_EQ(values_of({named}, UsageQuantity::tasks), Values{});
 }
 
 TEST(UsageSummary, RecordingsAreTakenInTheOrderOfTime) {

@@ -74,17 +74,6 @@ TEST(Limits, FloorsAndTheMostThatThereCanBe) {
     }
 }
 
-// Two passes, ten seconds apart, and so many milliseconds of processor time between them.
-NamedRecording with_cpu_time(std::int64_t cpu_ms) {
-    NamedRecording named = recording_of({1, 1});
-    for (const std::size_t i : {0U, 1U}) {
-        Usage& usage = named.recording.passes[i].usage.emplace();
-        usage.uptime_ms = i * 10000;
-        usage.cpu_ms = static_cast<std::int64_t>(i) * cpu_ms;
-    }
-    return named;
-}
-
 TEST(Limits, SharesOfTheProcessors) {
     const std::tuple<std::int64_t, const char*, const char*, const char*, const char*> cases[] = {
         {0, "CPUQuota=10%\n", "CPUWeight=1\n", "shares=11\n", "\"10m\""},
@@ -92,7 +81,12 @@ TEST(Limits, SharesOfTheProcessors) {
         {9000000, "CPUQuota=108000%\n", "Weight=10000\n", "shares=262144\n", "\"1080000m\""},
     };
     for (const auto& [cpu_ms, quota, weight, podman, kubernetes] : cases) {
-        const NamedRecording named = with_cpu_time(cpu_ms);
+        NamedRecording named = recording_of({1, 1});
+        for (const std::int64_t i : {0, 1}) {  // ten seconds apart
+            Usage& usage = named.recording.passes[static_cast<std::size_t>(i)].usage.emplace();
+            usage.uptime_ms = i * 10000;
+            usage.cpu_ms = i * cpu_ms;
+        }
         EXPECT_TRUE(says(Engine::systemd, named, quota)) << quota;
         EXPECT_TRUE(says(Engine::systemd, named, weight)) << quota;
         EXPECT_TRUE(says(Engine::podman, named, podman)) << podman;
