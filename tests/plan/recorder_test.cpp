@@ -257,7 +257,10 @@ TEST_F(MadeUpRecorder, KeepsWhatEveryStepFound) {
     made_up_.answers["repquota -unv /012"].out = "user quotas\n---\n#0 -- 1 0 0 1 0 0\n";
     Moments now;
     sources_.time = now.sources();
+    testing::internal::CaptureStderr();
     EXPECT_EQ(record({0, 0}), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "tarnhwplan: Error: Partition or mount point '/dev/gone' does not exist\n");
     EXPECT_FALSE(flawed_);
     Recording made = recording();
     utsname system = {};
