@@ -60,6 +60,8 @@ TEST_F(OnePass, WhatNoPassCounts) {
     Findings& findings = named_.recording.summary->findings;
     findings.reiserfs_found = true;  // it has no inodes
     EXPECT_EQ(line_of(named_, "DISKINODES").basis, Basis::finding);
+    EXPECT_EQ(line_of(named_, "DISKINODES").remarks,
+              Remarks{"reiserfs counts no inodes: the number is a guess"});
     EXPECT_EQ(line_of(named_, "DISKINODES").value, "1500000:1650000");
     findings.distribution = "";
     findings.notes.warnings = {{0, "no script"}, {1, "another"}};

@@ -40,7 +40,8 @@ TEST(OutputShapes, WhatTheParsersCannotRead) {
         {df_step, df_header + "/dev/a 100 20 80 20% /\ntmpfs 9 0 9 0% /run\n", "", ""},
         {df_step, df_header + "/dev/long\n 100 20 80 20% /\n", "",
          "the number in use is not the third word of \"/dev/long\""},
-        {df_step, "Filesystem Type 1K-blocks Used Available Use% Mounted on\n", "",
+        {df_step,
+         "Filesystem Type 1K-blocks Used Available Use% Mounted on\n/dev/a ext4 9 2 7 22% /\n", "",
          "its third column is not the one in use: "
          "\"Filesystem Type 1K-blocks Used Available Use% Mounted on\""},
     };
@@ -130,11 +131,16 @@ TEST_F(CheckedHost, AStepThatHangsIsLeft) {
                                                        std::string& err) {
         return command == sample_steps[hanging].command ? pause() : usual(command, out, err);
     };
+    made_up_.host.host_name = [] {
+        usleep(20000);
+        return std::optional<std::string>("box");
+    };
     made_up_.put("mtab", "none " + folder_ + "/gone none rw 0 0\n");
     const HostCheck check = check_host(host_, 1);
     EXPECT_EQ(told(check.findings), "") << "only where df fails the mounts are looked at";
     EXPECT_FALSE(check.run_succeeds()) << "a run would hang as well";
     EXPECT_GE(check.steps[iptables_step].took_ms, 1000);
+    EXPECT_GE(check.steps.at(14).took_ms, 20) << check.steps[14].what;
     EXPECT_EQ(check.steps[iptables_step].result, "no answer within 1 s; it was left");
     EXPECT_TRUE(check.steps[iptables_step + 1].succeeded);
 
@@ -183,7 +189,7 @@ TEST_F(CheckedHost, SocketsThatNothingCounts) {
     put("net/tcp6", 301);
     EXPECT_EQ(told(socket_warnings(host_)), "") << "the floor is enough for them";
     put("net/tcp", 101);
-    EXPECT_EQ(told(socket_warnings(host_)),
+    EXPECT_EQ(told(check_host(host_).findings),
               "NUMTCPSOCK: nothing counts the 300 TCP sockets of IPv6; only 100 are counted\n"
               "  raise LINES by hand, or use a larger --mem-scale\n");
     put("net/tcp6", 0);

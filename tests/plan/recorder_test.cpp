@@ -154,9 +154,11 @@ TEST_F(MadeUpRecorder, HasEachLineOnTheDiskOrNothingOfIt) {
     EXPECT_EQ(disk.folder, folder.st_ino) << "its name";
     EXPECT_TRUE(file->append("one\n"));
     EXPECT_EQ(disk.bytes, 4);
+    disk.error = EINVAL;  // a file system that has nothing to wait for
+    EXPECT_TRUE(file->append("two\n"));
     disk.error = EIO;
-    EXPECT_EQ(file->append("two\n").reason(), "it cannot be written: Input/output error");
-    EXPECT_EQ(text_of(path_), "one\n");
+    EXPECT_EQ(file->append("three\n").reason(), "it cannot be written: Input/output error");
+    EXPECT_EQ(text_of(path_), "one\ntwo\n");
 }
 
 TEST_F(MadeUpRecorder, NoticesWhatOthersDoToItsFile) {

@@ -39,7 +39,8 @@ TEST(Printable, NothingMovesTheTerminal) {
         {std::string("a\x1b[2Jb\x07\x7f\n\r\t\0", 12), "a\\x1b[2Jb\\x07\\x7f\\n\\x0d\\x09\\x00"},
         {"\xc2\x9b.\xe2\x80\xae", "\\u009b.\\u202e"},
         {"\u00ad\u2060\U000e0001\U000e007f", "\\u00ad\\u2060\\U000e0001\\U000e007f"},
-        {"\xff\xc0\xaf", "\\xff\\xc0\\xaf"},                    // no UTF-8, and "/" in two bytes
+        {"\xff\xc0\xaf\xe0\x80\xaf",
+         "\\xff\\xc0\\xaf\\xe0\\x80\\xaf"},  // no UTF-8; "/" in two and three bytes
         {"\xed\xa0\x80\xe2\x82", "\\xed\\xa0\\x80\\xe2\\x82"},  // half a pair, half a character
     };
     for (const auto& [text, shown] : rows) {

@@ -221,6 +221,11 @@ TEST(Verify, AFolderThatIsNoGroupIsRefused) {
     host.put("old/tasks", "");
     EXPECT_EQ(read_control_group("old", host.root).reason(),
               host.path("old is a control group of version 1; only version 2 is read"));
+    EXPECT_EQ(read_control_group("gone", host.root).reason(),
+              host.path("gone: No such file or directory"));
+    host.put("none/pids.max", "");
+    EXPECT_EQ(read_control_group("none", host.root).reason(),
+              host.path("none is no control group: it has no cgroup.controllers"));
     host.put("memory/tasks", "");
     EXPECT_EQ(read_control_group("gone", host.root).reason(),
               host.path("gone is no control group of version 2; this host has version 1 at ") +
