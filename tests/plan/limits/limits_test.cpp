@@ -183,6 +183,7 @@ TEST(Limits, ATextThatAFormatCannotCarryIsRefused) {
         EXPECT_FALSE(says(engine, odd, "\nMemoryMax=1\n")) << name_of(engine);
         EXPECT_FALSE(says(engine, odd, "\nb/")) << name_of(engine);
     }
+    EXPECT_TRUE(says(Engine::podman, odd, "# ! HOSTNAME \"a\\nMemoryMax=1\" is left out: "));
     EXPECT_TRUE(says(Engine::kubernetes, odd, "\n    \"name\": \"server\"")) << "of the Pod";
     EXPECT_EQ(text_of(Engine::rsync, odd).complaints,
               Remarks{"the path \"/mnt/a\\nb/*\" is left out: a line cannot hold it"});
