@@ -1,4 +1,6 @@
 // The signal mask, and what an entry changes about its process, tried in processes of their own.
+#include <sys/resource.h>
+
 #include <cerrno>
 
 #include "kiln/process_setup.h"
@@ -18,6 +20,23 @@ TEST(ProcessSetup, ClosedDescriptorsAreFilledWithWhatRefusesItsUse) {
         EXPECT_TRUE(read(0, &byte, 1) < 0 && write(1, "", 1) < 0 && write(2, "", 1) < 0);
         EXPECT_GT(dup(0), 2);
     });
+}
+
+TEST(ProcessSetup, TheStackIsRaisedAsFarAsItIsOfUseAndAllowed) {
+    constexpr rlim_t mib = 1024 * 1024;
+    const std::pair<rlimit, rlim_t> cases[] = {
+        {{8 * mib, 64 * mib}, 24}, {{8 * mib, 16 * mib}, 16}, {{32 * mib, 64 * mib}, 32}};
+    for (const auto& c : cases) {
+        in_own_process([&c] {
+            rlimit limit = c.first;
+            if (setrlimit(RLIMIT_STACK, &limit) == 0) {  // unless the machine's own is lower
+                prepare_process();
+                getrlimit(RLIMIT_STACK, &limit);
+                EXPECT_EQ(limit.rlim_cur / mib, c.second);
+                EXPECT_EQ(limit.rlim_max, c.first.rlim_max);
+            }
+        });
+    }
 }
 
 // The text of dump() names what is blocked, so it also shows what the other operations did.

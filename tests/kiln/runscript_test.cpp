@@ -56,6 +56,11 @@ TEST(Runscript, RestoresTheSignalStateItFoundAndGivesItToTheCommand) {
         EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), custom);
         EXPECT_EQ(std::signal(SIGXFSZ, SIG_DFL), SIG_IGN);
     });
+    in_own_process([] {
+        std::signal(SIGXFSZ, SIG_IGN);  // by whoever started us
+        Kiln::ignore_file_size_signal();
+        EXPECT_EQ(ran("kill -XFSZ $$"), "0 |");
+    });
 }
 
 TEST(Runscript, FailuresOfTheMachineryAreToldInTheErrorText) {

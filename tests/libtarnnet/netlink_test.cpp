@@ -69,6 +69,12 @@ TEST_F(RtnlDump, DeliversItsMessagesUntilDoneAndForeignOnesToJunk) {
     EXPECT_EQ(dump(answer, see), 0);
     EXPECT_EQ(seen_.types.size(), 6u);
     EXPECT_EQ(junk_.types, (Types{RTM_NEWADDR, NLMSG_DONE}));
+    sockaddr_nl stranger = {};
+    stranger.nl_pid = 1;
+    std::string done = done_;
+    const rtnl_receivers nobody = {see, &seen_, nullptr, nullptr};
+    const message_bytes bytes = {reinterpret_cast<unsigned char*>(done.data()), done.size()};
+    EXPECT_FALSE(rtnl_walk_datagram(&sock_, &stranger, bytes, &nobody).finished);
     // A negative answer of a callback ends the dump at once.
     seen_.answer = -7;
     EXPECT_EQ(dump({message(link_type) + message(link_type)}), -7);
@@ -128,6 +134,12 @@ TEST(Link, ShowsTheHardwareAddressOfSomeTypesOnlyAndCutsItsTexts) {
     for (std::string none : {link_of_type(772, {{IFLA_IFNAME, "lo"}}), link_of_type(1, {}),
                              make_message(RTM_DELLINK, ifinfomsg{}, {{IFLA_IFNAME, name}})})
         EXPECT_FALSE(parse_link(header_of(none), &link));
+    // What is shorter than its structure is not looked at.
+    std::string bytes = link_of_type(1, {{IFLA_IFNAME, "eth0"}});
+    for (const uint32_t length : {0u, 16u, 31u, 32u, 35u}) {
+        header_of(bytes)->nlmsg_len = length;
+        EXPECT_FALSE(parse_link(header_of(bytes), &link)) << length;
+    }
 }
 
 TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
@@ -144,6 +156,7 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
         // Only four bytes are compared.
         {AF_INET6, 128, {{IFA_ADDRESS, alike6}, {IFA_LOCAL, near6}}, "fd00::1/128"},
         {AF_INET, 24, {}, ""},
+        {AF_INET6, 64, {{IFA_ADDRESS, near}}, ""},  // shorter than an address
     };
     for (const auto& [family, prefix, attributes, expected] : cases) {
         address_entry entry = {};
@@ -151,19 +164,23 @@ TEST(Address, IsTheLocalOneWithItsPrefixUnlessPointToPoint) {
         std::string bytes = make_message(RTM_NEWADDR, address, attributes);
         EXPECT_EQ(parse_address(header_of(bytes), &entry), *expected != '\0');
         EXPECT_STREQ(entry.text, expected);
+        header_of(bytes)->nlmsg_type = RTM_DELADDR;
+        EXPECT_FALSE(parse_address(header_of(bytes), &entry));
     }
 }
 
 TEST_F(MadeUpHost, HasTheAddressesOfItsLinksInTheirOrderCutAt1023Characters) {
     kernel_messages = {link_message(1, "vnic0", "\2abcde"), link_message(2, "vnix0", "\2abcde", 0),
-                       address_message(AF_INET, 1, 9)};
+                       link_message(3, "br0", "\2abcde"), address_message(AF_INET, 1, 9)};
     std::string all;
     for (char number = 120; number >= 20; --number) {
         kernel_messages.push_back(address_message(AF_INET, 2, number));
         all += (all.empty() ? "10.1.0." : ",10.1.0.") + std::to_string(number) + "/24";
     }
     kernel_messages.push_back(address_message(AF_INET, 1, 8));
+    update_tarnnetif_info("br0", 0, IFU_TYPE, number_value(IFT_BRIDGE));
     read_single_ifconfioctl(TARNNET_READ_IPV4, 0);
+    EXPECT_NE(find_tarnnetif_info("br0", 0, IFT_BRIDGE), nullptr) << "keeps its kind";
     const tarnnetif_info* vnix0 = find_tarnnetif_info("vnix0", 0, IFT_ETHERNET);
     const tarnnetif_info* vnic0 = find_tarnnetif_info("vnic0", 0, IFT_VNIC);
     EXPECT_EQ(line_of(*vnix0), "vnix0 2 [" + all.substr(0, 1023) + "] []");

@@ -40,6 +40,19 @@ NamedRecording counting(const Readings& readings) {
     return named;
 }
 
+TEST(UsageSummary, PercentilesAreValuesThatWereSeen) {
+    std::vector<UsageValue> values(100);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i].value = static_cast<double>((i * 7) % 100 + 1);  // 1 to 100 in some order
+    }
+    for (const auto& [percentile, expected] : {std::pair(1, 1), {50, 50}, {100, 100}}) {
+        EXPECT_EQ(summarize_usage(values, percentile).percentile, expected) << percentile;
+    }
+    values.push_back(values[57]);  // the 100
+    EXPECT_EQ(summarize_usage(values, 95).median, 51);
+    EXPECT_EQ(summarize_usage(values, 95).percentile, 96);
+}
+
 TEST(UsageSummary, ACounterThatDidNotGrowOnBeginsAnew) {
     const std::pair<Readings, Values> cases[] = {
         {{{5000, 1000}, {5000, 2000}}, {}},                     // no time passed
