@@ -40,9 +40,11 @@ TEST_F(OnePass, AFloorBehindTheFactorHasNone) {
 TEST_F(OnePass, PagesOfTwoKinds) {
     named_.recording.header.page_size = 65536;
     counts_[&PhysParams::lockedpages] = 512;  // 614 with the factor
-    counts_[&PhysParams::shmpages] = 22000;   // 26400
+    counts_[&PhysParams::privvmpages] = 524288;
+    counts_[&PhysParams::shmpages] = 22000;  // 26400
     EXPECT_EQ(line_of(named_, "LOCKEDPAGES").seen, "2.0 MiB (512)");
     EXPECT_EQ(line_of(named_, "LOCKEDPAGES").meaning, "38.4 MiB");
+    EXPECT_EQ(line_of(named_, "PRIVVMPAGES").seen, "2.0 GiB (524,288)");
     EXPECT_EQ(line_of(named_, "SHMPAGES").seen, "1.3 GiB (22,000)");
     EXPECT_EQ(line_of(named_, "SHMPAGES").meaning, "1.6 GiB");
 }

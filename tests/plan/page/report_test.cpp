@@ -59,6 +59,7 @@ ReportFleet odd_fleet() {
     fleet.servers = {failed_server("=w\u00e4b1", "-no, \"really\"\x1b"),
                      failed_server("@larger than a column", "")};
     fleet.servers[0].warnings = {"+watch longer", "two"};
+    fleet.servers[1].warnings = {"three"};
     fleet.servers[0].host = "web7;\x1b";
     return fleet;
 }
@@ -68,7 +69,7 @@ TEST(Tables, ForASpreadsheet) {
     EXPECT_EQ(csv.substr(csv.find("\r\n")),
               "\r\n'=w\u00e4b1,failed,\"'-no, \"\"really\"\"\\x1b\",,,,,,,,,2,"
               "\"'+watch longer; two\",\"web7;\\x1b\"\r\n"
-              "'@larger than a column,failed,,,,,,,,,,0,,\r\n");
+              "'@larger than a column,failed,,,,,,,,,,1,three,\r\n");
 }
 
 TEST(Tables, ForATerminal) {
@@ -80,8 +81,9 @@ SERVER      STATE    MEMORY     DISK  PROCS  FILES  COVERAGE  WARN
     +watch longer
     two
 @larger than a column
-            failed        -        -      -      -  -            0
-total of 2  0 done  0 bytes  0 bytes      0      0               2
+            failed        -        -      -      -  -            1
+    three
+total of 2  0 done  0 bytes  0 bytes      0      0               3
 )");
 }
 
@@ -111,17 +113,6 @@ TEST(Server, AFolderGivesOneForEveryName) {
     const std::string in = files.root + "/";
     EXPECT_EQ(found, "a:  " + in + "a.failed\nb: " + in + "b.jsonl " + in + "b.failed\n" +
                          "d.x: /nowhere/d.x.jsonl \ne.example.org: e.example.org \n");
-}
-
-TEST(Server, OnesThatCallThemselvesTheSameAreTold) {
-    std::vector<ReportServer> servers(5);
-    servers[0].host = servers[2].host = "web7";
-    servers[1].host = "web8";
-    warn_of_same_hosts(servers);
-    const Remarks told = {"several servers here call themselves web7; each is counted"};
-    for (std::size_t i = 0; i < servers.size(); ++i) {
-        EXPECT_EQ(servers[i].warnings, i == 0 || i == 2 ? told : Remarks()) << i;
-    }
 }
 
 }  // namespace
