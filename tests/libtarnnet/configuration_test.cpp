@@ -7,6 +7,7 @@
 
 #include "conf_lists.h"
 #include "made_up_host.h"
+#include "netinfo/single_conf.h"
 #include "sysconfig.h"
 #include "vlan_naming.h"
 
@@ -51,10 +52,15 @@ TEST_F(ConfFile, MissingUnreadableAndUnchangedFiles) {
     EXPECT_EQ(find_network_by_br("br0"), nullptr);
     EXPECT_EQ(read_tarnnetconf(1), 0);
     EXPECT_NE(find_network_by_br("br0"), nullptr);
+    update_tarnnetif_info("eth0", 0, IFU_NETWORK_ID, text_value("n"));
+    update_tarnnetif_info("eth0", 0, IFU_BRIDGE, text_value("br0"));
+    read_single_conf(0, 0);
+    EXPECT_EQ(line_of(*netinfo.active), "eth0 1 [] [x]") << "of the last read";
     ASSERT_EQ(unlink(path), 0);
     ASSERT_EQ(mkfifo(path, 0600), 0);
     EXPECT_EQ(read_tarnnetconf(0), 1) << "no file";
     EXPECT_EQ(find_network_by_br("br0"), nullptr) << "every read starts anew";
+    EXPECT_FALSE(configured.iface_addrs.begin() != configured.iface_addrs.end());
 }
 
 TEST(VlanNaming, FollowsTheKernelsWord) {

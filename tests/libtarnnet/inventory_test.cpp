@@ -1,4 +1,5 @@
 // The whole inventory of made-up files and messages. Scenarios show that of the kernel's own.
+#include "conf_lists.h"
 #include "made_up_host.h"
 
 namespace {
@@ -23,6 +24,12 @@ TEST_F(MadeUpHost, IsClassifiedByItsFiles) {
     EXPECT_EQ(lines_of(first), all);
     EXPECT_EQ(line_of(*find_tarnnetif_info("eth0", 101, IFT_VETH)),
               "101:eth0 16 [] [] network=net1 peer=0:veth101.0");
+
+    inventory();  // the list of pairs is read anew, not added to
+    Lines pairs;
+    for (const veth_pair& pair : configured.veths)
+        pairs.push_back(pair.host_name + std::string(" ") + pair.container_name);
+    EXPECT_EQ(pairs, (Lines{"veth102.0 eth1", "veth101.0 eth0"}));
 
     std::filesystem::remove(state.host.more_pair_devices);
     std::filesystem::create_directories(state.host.more_pair_devices);

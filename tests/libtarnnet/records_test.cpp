@@ -1,7 +1,8 @@
-// The record operations: updates, the copy made of a held record, lists, generations.
+// The record operations: updates, the copy made of a held record, lists, generations, indexes.
 #include "netinfo/records.h"
 
 #include "made_up_host.h"
+#include "netinfo/index.h"
 
 namespace {
 
@@ -44,17 +45,32 @@ TEST_F(Records, AreReplacedAtTheHeadWhenHeldAndDifferentAndStayWhenTheSame) {
     EXPECT_EQ(set("eth0", IFU_STATE, 0u), old);
     EXPECT_EQ(set("eth0", IFU_BRIDGE, nullptr), old);
     EXPECT_NE(set("eth1", IFU_CONF_ADDRESSES, ""), listed) << "a list always changes";
-    const tarnnetif_info* fresh = set("eth0", IFU_HWADDR, "00:02");
+    tarnnetif_info* fresh = set("eth0", IFU_HWADDR, "00:02");
+    EXPECT_EQ(fresh->set_mask, old->set_mask);
+    EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), fresh);
     EXPECT_EQ(names(), "eth0 eth1 ");
     EXPECT_EQ(line_of(*fresh), "eth0 1 [10.0.0.1/24,10.0.0.2/24] [] network=net1");
     EXPECT_EQ(line_of(*set("eth0", IFU_ADDRESSES, " 10.9.0.2  10.9.0.3 ")),
               "eth0 1 [10.9.0.2,10.9.0.3] [] network=net1")
         << "a list starts anew in a generation";
+    set("eth0", IFU_NETWORK_ID, nullptr);
+    EXPECT_EQ(network_index_find("net1", "eth0", 0, IFT_GENERIC), nullptr);
     EXPECT_TRUE(netinfo.trash == old && old->generation == -1);
     EXPECT_STREQ(old->hwaddr, "00:01");
+    // A holder that goes on with what it holds reaches the replacement.
+    EXPECT_EQ(update_tarnnetif_info_by_ptr(old, IFU_STATE, number_value(2)), fresh);
 }
 
-TEST_F(Records, StartAnewWithoutItsDataWhenTheyStopBeingAPairDevice) {
+TEST_F(Records, StartAnewWithoutItsDataWhenTheyStopBeingABridgeVlanOrPairDevice) {
+    for (const uint32_t kind : {IFT_BRIDGE, IFT_VLAN, IFT_VETH}) {
+        set("dev0", IFU_TYPE, kind);
+        set("other", IFU_STATE, 1);
+        EXPECT_EQ(names(), "other dev0 ") << kind;
+        const tarnnetif_info* record = set("dev0", IFU_TYPE, IFT_ETHERNET);
+        EXPECT_EQ(names(), "dev0 other ") << kind;
+        EXPECT_EQ(find_tarnnetif_info("dev0", 0, IFT_ETHERNET), record) << kind;
+        purge_all_generations();
+    }
     set("veth0", IFU_TYPE, IFT_VETH);
     set("veth0", IFU_PEER_VEID, 101);
     const tarnnetif_info* pair = set("veth0", IFU_PEER_NAME, "eth0");
