@@ -23,7 +23,8 @@ struct Output {
     mode_t mode = 0600;               // of a new file
 };
 
-// Writes all of it. A file that is one of the inputs, or a recording, is refused as it is.
+// Writes all of it, or leaves the file empty. A file that is one of the inputs, or a recording, is
+// refused as it is.
 Kiln::Done write_result(const Output& output, const std::string& text);
 
 // Says the reason, if there is one. Returns status_done or status_io.
