@@ -145,12 +145,16 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     named = small_server();
     for (RecordedPass& pass : named.recording.passes) {
         pass.usage->swap_kib = pass.usage->cpu_ms = std::nullopt;
+        pass.taken.reset(place_of(&PhysParams::diskspace));
+        pass.taken.reset(place_of(&PhysParams::diskinodes));
     }
     named.recording.summary.reset();
     EXPECT_EQ(text_of(Engine::podman, named).complaints,
               (Remarks{"left out: the limit from swap in use (no pass has it)",
                        "left out: the limit from cores in use (it takes two passes of one boot "
                        "that have it)",
+                       "left out: DISKSPACE (no pass counted diskspace)",
+                       "left out: DISKINODES (no pass counted diskinodes)",
                        "left out: #IP_ADDRESS (there is no recording with its last line)",
                        "left out: SEARCHDOMAIN (there is no recording with its last line)",
                        "left out: NAMESERVER (there is no recording with its last line)",
@@ -162,6 +166,7 @@ TEST(Limits, WhatIsNotKnownIsSaid) {
     named.recording.summary->findings.failures = {{OneShotStep::mounts, "late"}};
     EXPECT_EQ(text_of(Engine::rsync, named).complaints, no_paths);
 
+    named = small_server();
     named.recording.passes[0].counts[&PhysParams::diskspace] = 2000000000;
     const Remarks large = sheet_of(named).complaints;
     EXPECT_EQ(std::count(large.begin(), large.end(),
