@@ -105,12 +105,12 @@ static void be(struct kind* kind) {
     char name[16];
     snprintf(name, sizeof name, "load-%s", kind->name);
     prctl(PR_SET_NAME, name);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
     signal(SIGTERM, SIG_DFL);
     // Nobody's: root would be above the limits on locked memory.
     if (setgroups(0, NULL) != 0 || setgid(NOBODY) != 0 || setuid(NOBODY) != 0) {
         _exit(1);
     }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // forgotten when the user changes
     while (kind->got < kind->wanted && kind->more()) {
         kind->got++;
     }
